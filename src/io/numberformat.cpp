@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "numberformat.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace Morvane {
+
+namespace {
+
+QByteArray toByteArray(int (*writer)(char *, double), double value)
+{
+    char buffer[NumberFormat::BufferSize];
+    const int length = writer(buffer, value);
+    return QByteArray(buffer, length);
+}
+
+int writeZero(char *buffer)
+{
+    buffer[0] = '0';
+    return 1;
+}
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+} // namespace
+
+int NumberFormat::writeInteger(char *buffer, std::int64_t value)
+{
+    const auto result = std::to_chars(buffer, buffer + BufferSize, value);
+    return int(result.ptr - buffer);
+}
+
+int NumberFormat::writeReal6(char *buffer, double value)
+{
+    if (!std::isfinite(value))
+        return writeZero(buffer);
+    const auto result = std::to_chars(buffer, buffer + BufferSize, value,
+                                      std::chars_format::fixed, 6);
+    int length = int(result.ptr - buffer);
+    // Six decimals are always present, so there is always a "." to stop at.
+    while (length > 0 && buffer[length - 1] == '0')
+        --length;
+    if (length > 0 && buffer[length - 1] == '.')
+        --length;
+    return length;
+}
+
+int NumberFormat::writeG6(char *buffer, double value)
+{
+    if (!std::isfinite(value))
+        return writeZero(buffer);
+    const auto result = std::to_chars(buffer, buffer + BufferSize, value,
+                                      std::chars_format::general, 6);
+    return int(result.ptr - buffer);
+}
+
+int NumberFormat::writeShortest(char *buffer, double value)
+{
+    if (!std::isfinite(value) || value == 0.0)
+        return writeZero(buffer);
+    const double magnitude = std::fabs(value);
+    // Integral values up to 2^53 are exact as integers; print them without exponent
+    // even where the exponent form would be shorter (100000, not 1e+05).
+    if (magnitude < 9007199254740992.0 && std::trunc(value) == value)
+        return writeInteger(buffer, std::int64_t(value));
+    if (magnitude >= 1e-7 && magnitude < 1e21) {
+        const auto result = std::to_chars(buffer, buffer + BufferSize, value,
+                                          std::chars_format::fixed);
+        return int(result.ptr - buffer);
+    }
+    const auto result = std::to_chars(buffer, buffer + BufferSize, value,
+                                      std::chars_format::scientific);
+    int length = int(result.ptr - buffer);
+    // to_chars pads the exponent to two digits ("1e-08"); drop the padding.
+    char *e = static_cast<char *>(std::memchr(buffer, 'e', size_t(length)));
+    if (e && e + 2 < buffer + length && e[2] == '0' && e + 3 < buffer + length) {
+        std::memmove(e + 2, e + 3, size_t(buffer + length - (e + 3)));
+        --length;
+    }
+    return length;
+}
+
+QByteArray NumberFormat::integer(std::int64_t value)
+{
+    char buffer[BufferSize];
+    return QByteArray(buffer, writeInteger(buffer, value));
+}
+
+QByteArray NumberFormat::real6(double value)
+{
+    return toByteArray(&NumberFormat::writeReal6, value);
+}
+
+QByteArray NumberFormat::g6(double value)
+{
+    return toByteArray(&NumberFormat::writeG6, value);
+}
+
+QByteArray NumberFormat::shortest(double value)
+{
+    return toByteArray(&NumberFormat::writeShortest, value);
+}
+
+bool NumberFormat::parseDouble(const char *begin, const char *end, double *value)
+{
+    while (begin < end && isBlank(*begin))
+        ++begin;
+    while (end > begin && isBlank(end[-1]))
+        --end;
+    if (begin < end && *begin == '+')
+        ++begin;
+    if (begin == end)
+        return false;
+    // from_chars would accept "inf", "nan" and hex forms; a file never holds them.
+    const char first = (*begin == '-' && begin + 1 < end) ? begin[1] : *begin;
+    if (!(first >= '0' && first <= '9') && first != '.')
+        return false;
+    double parsed = 0.0;
+    const auto result = std::from_chars(begin, end, parsed, std::chars_format::general);
+    if (result.ec != std::errc() || result.ptr != end || !std::isfinite(parsed))
+        return false;
+    *value = parsed;
+    return true;
+}
+
+bool NumberFormat::parseDouble(const QString &text, double *value)
+{
+    const QByteArray latin = text.toLatin1();
+    return parseDouble(latin.constData(), latin.constData() + latin.size(), value);
+}
+
+bool NumberFormat::parseInt(const char *begin, const char *end, int *value)
+{
+    while (begin < end && isBlank(*begin))
+        ++begin;
+    while (end > begin && isBlank(end[-1]))
+        --end;
+    if (begin < end && *begin == '+')
+        ++begin;
+    int parsed = 0;
+    const auto result = std::from_chars(begin, end, parsed);
+    if (result.ec == std::errc() && result.ptr == end && begin != end) {
+        *value = parsed;
+        return true;
+    }
+    double real = 0.0;
+    if (!parseDouble(begin, end, &real) || std::trunc(real) != real
+        || real < double(std::numeric_limits<int>::min())
+        || real > double(std::numeric_limits<int>::max()))
+        return false;
+    *value = int(real);
+    return true;
+}
+
+bool NumberFormat::parseInt(const QString &text, int *value)
+{
+    const QByteArray latin = text.toLatin1();
+    return parseInt(latin.constData(), latin.constData() + latin.size(), value);
+}
+
+} // namespace Morvane

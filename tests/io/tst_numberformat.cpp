@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "io/numberformat.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+using namespace Morvane;
+
+class TestNumberFormat : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void real6_data();
+    void real6();
+    void g6_data();
+    void g6();
+    void g6MatchesPrintf();
+    void shortest_data();
+    void shortest();
+    void shortestRoundTrips();
+    void integer_data();
+    void integer();
+    void parseDouble_data();
+    void parseDouble();
+    void parseInt_data();
+    void parseInt();
+};
+
+void TestNumberFormat::real6_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("tenth") << 0.1 << QByteArray("0.1");
+    QTest::newRow("two") << 2.0 << QByteArray("2");
+    QTest::newRow("one and a half") << 1.5 << QByteArray("1.5");
+    QTest::newRow("negative quarter") << -0.25 << QByteArray("-0.25");
+    QTest::newRow("tiny negative rounds to -0") << -0.0000004 << QByteArray("-0");
+    QTest::newRow("zero") << 0.0 << QByteArray("0");
+    QTest::newRow("rounds at sixth decimal") << 1.0000005 << QByteArray("1.000001");
+    QTest::newRow("rounds up to integer") << 2.9999999 << QByteArray("3");
+    QTest::newRow("keeps inner zeros") << 100.000001 << QByteArray("100.000001");
+    QTest::newRow("large integer") << 123456789.0 << QByteArray("123456789");
+    QTest::newRow("third") << 1.0 / 3.0 << QByteArray("0.333333");
+    QTest::newRow("big exponent")
+        << 1e20 << QByteArray("100000000000000000000");
+    QTest::newRow("nan") << std::nan("") << QByteArray("0");
+    QTest::newRow("infinity") << std::numeric_limits<double>::infinity() << QByteArray("0");
+}
+
+void TestNumberFormat::real6()
+{
+    QFETCH(double, value);
+    QFETCH(QByteArray, text);
+    QCOMPARE(NumberFormat::real6(value), text);
+}
+
+void TestNumberFormat::g6_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("half") << 0.5 << QByteArray("0.5");
+    QTest::newRow("integer") << 128.0 << QByteArray("128");
+    QTest::newRow("six digits") << 0.123456789 << QByteArray("0.123457");
+    QTest::newRow("million switches to exponent") << 1000000.0 << QByteArray("1e+06");
+    QTest::newRow("below 1e-4 switches to exponent") << 0.00001234 << QByteArray("1.234e-05");
+    QTest::newRow("1 - 0.3") << 1.0 - 0.3 << QByteArray("0.7");
+    QTest::newRow("negative") << -12.5 << QByteArray("-12.5");
+    QTest::newRow("nan") << std::nan("") << QByteArray("0");
+}
+
+void TestNumberFormat::g6()
+{
+    QFETCH(double, value);
+    QFETCH(QByteArray, text);
+    QCOMPARE(NumberFormat::g6(value), text);
+}
+
+void TestNumberFormat::g6MatchesPrintf()
+{
+    // %g is the reference for this form; compare over many magnitudes.
+    QRandomGenerator random(42);
+    for (int i = 0; i < 20000; ++i) {
+        const double mantissa = random.generateDouble() * 2.0 - 1.0;
+        const double value = mantissa * std::pow(10.0, random.bounded(-12, 12));
+        char expected[64];
+        std::snprintf(expected, sizeof expected, "%g", value);
+        QCOMPARE(NumberFormat::g6(value), QByteArray(expected));
+    }
+}
+
+void TestNumberFormat::shortest_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("tenth") << 0.1 << QByteArray("0.1");
+    QTest::newRow("two") << 2.0 << QByteArray("2");
+    QTest::newRow("negative quarter") << -0.25 << QByteArray("-0.25");
+    QTest::newRow("negative zero") << -0.0 << QByteArray("0");
+    QTest::newRow("hundred thousand") << 100000.0 << QByteArray("100000");
+    QTest::newRow("ten thousandth") << 0.0001 << QByteArray("0.0001");
+    QTest::newRow("1e-7 stays fixed") << 1e-7 << QByteArray("0.0000001");
+    QTest::newRow("below 1e-7") << 1e-8 << QByteArray("1e-8");
+    QTest::newRow("from 1e21") << 1e21 << QByteArray("1e+21");
+    QTest::newRow("2^53 + 2") << 9007199254740994.0 << QByteArray("9007199254740994");
+    QTest::newRow("0.1 + 0.2") << 0.1 + 0.2 << QByteArray("0.30000000000000004");
+    QTest::newRow("large negative integer") << -123456789012.0 << QByteArray("-123456789012");
+    QTest::newRow("small exponent three digits") << 1.5e-300 << QByteArray("1.5e-300");
+}
+
+void TestNumberFormat::shortest()
+{
+    QFETCH(double, value);
+    QFETCH(QByteArray, text);
+    QCOMPARE(NumberFormat::shortest(value), text);
+}
+
+void TestNumberFormat::shortestRoundTrips()
+{
+    QRandomGenerator random(7);
+    for (int i = 0; i < 20000; ++i) {
+        double value;
+        do {
+            const quint64 bits = random.generate64();
+            std::memcpy(&value, &bits, sizeof value);
+        } while (!std::isfinite(value));
+        const QByteArray text = NumberFormat::shortest(value);
+        double back = 0.0;
+        QVERIFY2(NumberFormat::parseDouble(text.constData(), text.constData() + text.size(), &back),
+                 text.constData());
+        if (value == 0.0)
+            QCOMPARE(back, 0.0);
+        else
+            QCOMPARE(back, value);
+    }
+}
+
+void TestNumberFormat::integer_data()
+{
+    QTest::addColumn<qint64>("value");
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("zero") << qint64(0) << QByteArray("0");
+    QTest::newRow("negative") << qint64(-26) << QByteArray("-26");
+    QTest::newRow("int max") << qint64(2147483647) << QByteArray("2147483647");
+    QTest::newRow("int64 min") << std::numeric_limits<qint64>::min()
+                               << QByteArray("-9223372036854775808");
+}
+
+void TestNumberFormat::integer()
+{
+    QFETCH(qint64, value);
+    QFETCH(QByteArray, text);
+    QCOMPARE(NumberFormat::integer(value), text);
+}
+
+void TestNumberFormat::parseDouble_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<double>("value");
+    QTest::newRow("plain") << "1.5" << true << 1.5;
+    QTest::newRow("blanks around") << " -2 " << true << -2.0;
+    QTest::newRow("plus sign") << "+3" << true << 3.0;
+    QTest::newRow("exponent") << "1e3" << true << 1000.0;
+    QTest::newRow("leading dot") << ".5" << true << 0.5;
+    QTest::newRow("empty") << "" << false << 0.0;
+    QTest::newRow("blank") << "  " << false << 0.0;
+    QTest::newRow("nan") << "nan" << false << 0.0;
+    QTest::newRow("negative nan") << "-nan" << false << 0.0;
+    QTest::newRow("infinity") << "inf" << false << 0.0;
+    QTest::newRow("overflow") << "1e999" << false << 0.0;
+    QTest::newRow("trailing junk") << "1.5px" << false << 0.0;
+    QTest::newRow("comma decimal") << "1,5" << false << 0.0;
+    QTest::newRow("hex") << "0x10" << false << 0.0;
+    QTest::newRow("lone minus") << "-" << false << 0.0;
+    QTest::newRow("non-latin") << QString::fromUtf8("１") << false << 0.0;
+}
+
+void TestNumberFormat::parseDouble()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, ok);
+    QFETCH(double, value);
+    double parsed = -999.0;
+    QCOMPARE(NumberFormat::parseDouble(text, &parsed), ok);
+    QCOMPARE(parsed, ok ? value : -999.0);
+}
+
+void TestNumberFormat::parseInt_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<int>("value");
+    QTest::newRow("plain") << "42" << true << 42;
+    QTest::newRow("negative") << "-7" << true << -7;
+    QTest::newRow("integral real") << "2.0" << true << 2;
+    QTest::newRow("integral exponent") << "1e3" << true << 1000;
+    QTest::newRow("fraction") << "2.5" << false << 0;
+    QTest::newRow("above int range") << "2147483648" << false << 0;
+    QTest::newRow("int min") << "-2147483648" << true << std::numeric_limits<int>::min();
+    QTest::newRow("word") << "true" << false << 0;
+    QTest::newRow("empty") << "" << false << 0;
+}
+
+void TestNumberFormat::parseInt()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, ok);
+    QFETCH(int, value);
+    int parsed = -999;
+    QCOMPARE(NumberFormat::parseInt(text, &parsed), ok);
+    QCOMPARE(parsed, ok ? value : -999);
+}
+
+QTEST_GUILESS_MAIN(TestNumberFormat)
+#include "tst_numberformat.moc"
