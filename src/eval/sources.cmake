@@ -1,3 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+# SPDX-FileCopyrightText: 2026 The Morvane developers
 list(APPEND MORVANE_CORE_SOURCES
+    ${CMAKE_CURRENT_LIST_DIR}/tweeninfo.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/tweeninfo.h
 )
