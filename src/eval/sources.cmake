@@ -3,4 +3,7 @@
 list(APPEND MORVANE_CORE_SOURCES
     ${CMAKE_CURRENT_LIST_DIR}/tweeninfo.cpp
     ${CMAKE_CURRENT_LIST_DIR}/tweeninfo.h
+    ${CMAKE_CURRENT_LIST_DIR}/displayinfo.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/displayinfo.h
+    ${CMAKE_CURRENT_LIST_DIR}/entityinfo.h
 )

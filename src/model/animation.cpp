@@ -1,0 +1,450 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "model/animation.h"
+
+#include "model/entity.h"
+#include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/objectref.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Morvane {
+
+int Animation::currentMainKeyId = 0;
+int Animation::currentTimeKeyId = 0;
+double Animation::lastSnappingInterval = 100.0;
+
+Animation::Animation(const QString &name, bool withFirstKey)
+    : MorvaneModelItem(MorvaneItemType::Animation)
+    , mName(name)
+    , mSnappingInterval(int(std::lround(lastSnappingInterval)))
+{
+    if (withFirstKey)
+        appendMainlineKey(new MainlineKey, 0, true, true);
+}
+
+Animation::Animation(const Animation &other)
+    : MorvaneModelItem(MorvaneItemType::Animation)
+    , mName(other.mName)
+    , mLength(other.mLength)
+    , mLooping(other.mLooping)
+    , mLoopTo(other.mLoopTo)
+    , mSnappingInterval(other.mSnappingInterval)
+    , mGuideLines(other.mGuideLines)
+{
+    QHash<const TimelineKey *, TimelineKey *> keyCopies;
+    mTimelines.reserve(other.mTimelines.size());
+    for (const auto &tl : other.mTimelines) {
+        auto copy = std::make_unique<Timeline>(*tl);
+        copy->setParentItem(this);
+        for (int i = 0; i < tl->keyCount(); ++i)
+            keyCopies.insert(tl->key(i), copy->key(i));
+        mTimelines.push_back(std::move(copy));
+    }
+
+    mMainlineKeys.reserve(other.mMainlineKeys.size());
+    for (const auto &mk : other.mMainlineKeys) {
+        auto copy = std::make_unique<MainlineKey>(*mk);
+        copy->setParentItem(this);
+        // The copied references still name the original's keys: repoint them.
+        for (int i = 0; i < copy->refCount(); ++i) {
+            ObjectRef *r = copy->ref(i);
+            r->setKey(keyCopies.value(mk->ref(i)->key(), nullptr));
+        }
+        for (int i = 0; i < mk->childTimeKeyCount(); ++i) {
+            if (TimelineKey *k = keyCopies.value(mk->childTimeKey(i), nullptr))
+                copy->addChildTimelineKey(k);
+        }
+        mMainlineKeys.push_back(std::move(copy));
+    }
+}
+
+Animation::~Animation()
+{
+    clearAllLinksAndChildren();
+}
+
+MainlineKey *Animation::mainlineKey(int index) const
+{
+    if (index < 0 || index >= int(mMainlineKeys.size()))
+        return nullptr;
+    return mMainlineKeys[size_t(index)].get();
+}
+
+int Animation::indexOfMainlineKey(const MainlineKey *key) const
+{
+    for (size_t i = 0; i < mMainlineKeys.size(); ++i) {
+        if (mMainlineKeys[i].get() == key)
+            return int(i);
+    }
+    return -1;
+}
+
+MainlineKey *Animation::mainlineKeyFromId(int id) const
+{
+    for (const auto &mk : mMainlineKeys) {
+        if (mk->id() == id)
+            return mk.get();
+    }
+    return nullptr;
+}
+
+MainlineKey *Animation::mainlineKeyFromTime(int time, bool exact) const
+{
+    if (time < 0)
+        time = 0;
+    if (time > mLength)
+        time = mLength;
+
+    const int count = int(mMainlineKeys.size());
+    if (count > 5) {
+        // The last key whose time is at most `time`.
+        int lo = 0;
+        int hi = count - 1;
+        int found = -1;
+        while (lo <= hi) {
+            const int mid = lo + (hi - lo) / 2;
+            if (mMainlineKeys[size_t(mid)]->currentTime() <= time) {
+                found = mid;
+                lo = mid + 1;
+            } else {
+                hi = mid - 1;
+            }
+        }
+        if (found < 0)
+            return nullptr;
+        MainlineKey *k = mMainlineKeys[size_t(found)].get();
+        if (k->currentTime() == time)
+            return k;
+        return exact ? nullptr : k;
+    }
+
+    MainlineKey *below = nullptr;
+    for (const auto &mk : mMainlineKeys) {
+        const int t = mk->currentTime();
+        if (t == time)
+            return mk.get();
+        if (t < time)
+            below = mk.get();
+        else
+            break;
+    }
+    return exact ? nullptr : below;
+}
+
+MainlineKey *Animation::mainlineKeyAtExactTime(int time) const
+{
+    // Unlike mainlineKeyFromTime, no clamping: a key beyond the length is
+    // still found where it stands.
+    auto it = std::lower_bound(mMainlineKeys.begin(), mMainlineKeys.end(), time,
+                               [](const auto &k, int t) { return k->currentTime() < t; });
+    if (it != mMainlineKeys.end() && (*it)->currentTime() == time)
+        return it->get();
+    for (const auto &mk : mMainlineKeys) {
+        if (mk->currentTime() == time) // the list may be unsorted mid-edit
+            return mk.get();
+    }
+    return nullptr;
+}
+
+int Animation::appendMainlineKey(MainlineKey *key, int time, bool sort, bool giveId,
+                                 bool editorFlag)
+{
+    if (!key)
+        return -2;
+    const int t = time == -1 ? key->currentTime() : time;
+    for (const auto &mk : mMainlineKeys) {
+        if (mk.get() != key && mk->currentTime() == t) {
+            delete key;
+            return -2;
+        }
+    }
+    key->setCurrentTime(t, false, true);
+    key->setParentItem(this);
+    mMainlineKeys.emplace_back(key);
+    int result = -2;
+    if (giveId) {
+        key->setId(currentMainKeyId++);
+        result = key->id();
+    }
+    key->setEditorFlag(editorFlag);
+    if (sort)
+        sortMainlineKeysByTime();
+    return result;
+}
+
+void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
+{
+    // The undoable form pushes the same steps as commands once the editor's
+    // command layer exists; the model change is the same either way.
+    Q_UNUSED(withUndo);
+    for (const auto &tl : mTimelines) {
+        if (tl->isSound())
+            continue;
+        for (int i = 0; i < tl->keyCount(); ++i) {
+            TimelineKey *k = tl->key(i);
+            const int t = k->time(true);
+            MainlineKey *mk = mainlineKeyAtExactTime(t);
+            if (!mk) {
+                const MainlineKey *inForce = mainlineKeyFromTime(t, false);
+                mk = inForce ? new MainlineKey(*inForce) : new MainlineKey;
+                mk->setId(currentMainKeyId++);
+                appendMainlineKey(mk, t, true, false); // the time is free: accepted
+            }
+            if (k->mainKey() != mk)
+                mk->addChildTimelineKey(k);
+            // The reference at this moment takes its values from this key.
+            if (ObjectRef *r = mk->refFromTimeline(tl.get()))
+                r->setKey(k);
+            else
+                mk->appendRef(tl.get(), i);
+        }
+    }
+}
+
+void Animation::deleteMainlineKey(MainlineKey *key, bool deleteKeys)
+{
+    if (indexOfMainlineKey(key) < 0)
+        return;
+    if (deleteKeys)
+        deleteTimelineKeysForMainlineKey(key);
+    removeMainlineKey(key);
+    delete key;
+}
+
+void Animation::deleteMainlineKey(int index, bool deleteKeys)
+{
+    deleteMainlineKey(mainlineKey(index), deleteKeys);
+}
+
+void Animation::deleteMainlineKeyById(int id, bool deleteKeys)
+{
+    deleteMainlineKey(mainlineKeyFromId(id), deleteKeys);
+}
+
+void Animation::deleteMainlineKeyByTime(int time, bool deleteKeys)
+{
+    deleteMainlineKey(mainlineKeyFromTime(time, true), deleteKeys);
+}
+
+void Animation::deleteTimelineKeysForMainlineKey(MainlineKey *key)
+{
+    if (!key)
+        return;
+    while (key->childTimeKeyCount() > 0) {
+        TimelineKey *k = key->childTimeKey(0);
+        Timeline *tl = k->parentTimeline();
+        // References elsewhere that still name the key lose it with it.
+        if (!tl || !tl->removeKey(k, true))
+            key->removeChildKey(k);
+    }
+}
+
+bool Animation::removeMainlineKey(MainlineKey *key)
+{
+    const int i = indexOfMainlineKey(key);
+    if (i < 0)
+        return false;
+    mMainlineKeys[size_t(i)].release();
+    mMainlineKeys.erase(mMainlineKeys.begin() + i);
+    key->setParentItem(nullptr);
+    return true;
+}
+
+int Animation::sortMainlineKeysByTime(int followedPosition)
+{
+    for (size_t i = 1; i < mMainlineKeys.size(); ++i) {
+        size_t j = i;
+        const int t = mMainlineKeys[i]->currentTime();
+        while (j > 0 && mMainlineKeys[j - 1]->currentTime() > t) {
+            std::swap(mMainlineKeys[j - 1], mMainlineKeys[j]);
+            if (followedPosition == int(j))
+                followedPosition = int(j - 1);
+            else if (followedPosition == int(j - 1))
+                followedPosition = int(j);
+            --j;
+        }
+    }
+    return followedPosition;
+}
+
+void Animation::sortAllKeysByTime(bool mainlineToo)
+{
+    if (mainlineToo)
+        sortMainlineKeysByTime();
+    for (const auto &tl : mTimelines)
+        tl->sortKeysByTime();
+}
+
+Timeline *Animation::timeline(int index) const
+{
+    if (index < 0 || index >= int(mTimelines.size()))
+        return nullptr;
+    return mTimelines[size_t(index)].get();
+}
+
+int Animation::indexOfTimeline(const Timeline *timeline) const
+{
+    for (size_t i = 0; i < mTimelines.size(); ++i) {
+        if (mTimelines[i].get() == timeline)
+            return int(i);
+    }
+    return -1;
+}
+
+void Animation::appendTimeline(Timeline *timeline, int index, bool renumber)
+{
+    if (!timeline)
+        return;
+    timeline->setParentItem(this);
+    if (index < 0 || index > int(mTimelines.size()))
+        mTimelines.emplace_back(timeline);
+    else
+        mTimelines.emplace(mTimelines.begin() + index, timeline);
+    if (renumber) {
+        for (size_t i = 0; i < mTimelines.size(); ++i)
+            mTimelines[i]->setId(int(i));
+    }
+}
+
+Timeline *Animation::appendObjectAsTimeline(Object *object)
+{
+    if (!object)
+        return nullptr;
+    auto *tl = new Timeline(object, object->name());
+    appendTimeline(tl);
+    return tl;
+}
+
+void Animation::deleteTimeline(int index)
+{
+    Timeline *tl = timeline(index);
+    if (tl && removeTimeline(tl))
+        delete tl;
+}
+
+bool Animation::removeTimeline(Timeline *timeline)
+{
+    const int i = indexOfTimeline(timeline);
+    if (i < 0)
+        return false;
+    // References to its keys go with the timeline.
+    for (const auto &mk : mMainlineKeys) {
+        while (ObjectRef *r = mk->refFromTimeline(timeline))
+            mk->deleteRef(r, true, false);
+    }
+    mTimelines[size_t(i)].release();
+    mTimelines.erase(mTimelines.begin() + i);
+    timeline->setParentItem(nullptr);
+    for (size_t j = 0; j < mTimelines.size(); ++j)
+        mTimelines[j]->setId(int(j));
+    return true;
+}
+
+int Animation::deleteEmptyTimelines(bool renumber)
+{
+    int removed = 0;
+    for (size_t i = mTimelines.size(); i-- > 0;) {
+        if (mTimelines[i]->keyCount() == 0) {
+            Timeline *tl = mTimelines[i].get();
+            removeTimeline(tl);
+            delete tl;
+            ++removed;
+        }
+    }
+    if (renumber) {
+        for (size_t i = 0; i < mTimelines.size(); ++i)
+            mTimelines[i]->setId(int(i));
+    }
+    return removed;
+}
+
+Timeline *Animation::timelineFromObjectId(int objectIndex) const
+{
+    const Entity *e = parentEntity();
+    const Object *o = e ? e->object(objectIndex) : nullptr;
+    if (!o)
+        return nullptr;
+    for (const auto &tl : mTimelines) {
+        if (tl->object() == o)
+            return tl.get();
+    }
+    return nullptr;
+}
+
+Timeline *Animation::timelineFromObjectName(const QString &name) const
+{
+    for (const auto &tl : mTimelines) {
+        const Object *o = tl->object();
+        if (o && o->name() == name)
+            return tl.get();
+    }
+    return nullptr;
+}
+
+TimelineKey *Animation::timelineKey(int timelineIndex, int keyIndex) const
+{
+    const Timeline *tl = timeline(timelineIndex);
+    return tl ? tl->key(keyIndex) : nullptr;
+}
+
+void Animation::removeGuide(int index)
+{
+    if (index >= 0 && index < mGuideLines.size())
+        mGuideLines.removeAt(index);
+}
+
+Entity *Animation::parentEntity() const
+{
+    MorvaneModelItem *p = parentItem();
+    if (p && p->morvaneItemType() == MorvaneItemType::Entity)
+        return static_cast<Entity *>(p);
+    return nullptr;
+}
+
+Address Animation::address() const
+{
+    const Entity *e = parentEntity();
+    Address a = e ? e->address() : Address();
+    a.set(1, e ? e->indexOfAnimation(this) : -1);
+    a.setDirectPointer(const_cast<Animation *>(this));
+    return a;
+}
+
+int Animation::indexOfChild(const MorvaneModelItem *child) const
+{
+    if (!child)
+        return -1;
+    if (child->morvaneItemType() == MorvaneItemType::MainlineKey)
+        return indexOfMainlineKey(static_cast<const MainlineKey *>(child));
+    if (child->morvaneItemType() == MorvaneItemType::Timeline)
+        return indexOfTimeline(static_cast<const Timeline *>(child));
+    return -1;
+}
+
+bool Animation::removeChildItem(MorvaneModelItem *child)
+{
+    if (!child)
+        return false;
+    if (child->morvaneItemType() == MorvaneItemType::MainlineKey)
+        return removeMainlineKey(static_cast<MainlineKey *>(child));
+    if (child->morvaneItemType() == MorvaneItemType::Timeline)
+        return removeTimeline(static_cast<Timeline *>(child));
+    return false;
+}
+
+void Animation::clearAllLinksAndChildren()
+{
+    MorvaneModelItem::clearAllLinksAndChildren();
+    // Mainline keys first: they unlink their child keys before the keys go.
+    mMainlineKeys.clear();
+    mTimelines.clear();
+}
+
+} // namespace Morvane

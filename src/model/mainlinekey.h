@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include "eval/tweeninfo.h"
+#include "model/address.h"
+#include "model/morvanemodelitem.h"
+
+#include <QList>
+
+#include <memory>
+#include <vector>
+
+namespace Morvane {
+
+class Animation;
+class BoneRef;
+class ObjectRef;
+class Timeline;
+class TimelineKey;
+class ZRef;
+
+/// One moment of the mainline: from its time until the next mainline key it
+/// fixes which bones and objects exist, their parenting, the drawing order
+/// (position in the object references) and the timeline keys they use.
+class MainlineKey : public MorvaneModelItem
+{
+public:
+    static constexpr int NoId = -26;
+
+    MainlineKey();
+    /// A copy of the curve, time, id, editor flags and references (pointing at
+    /// the same timeline keys, with the same parenting); no child keys.
+    MainlineKey(const MainlineKey &other);
+    MainlineKey &operator=(const MainlineKey &) = delete;
+    ~MainlineKey() override;
+
+    int id() const { return mId; }
+    void setId(int id) { mId = id; }
+    /// Milliseconds; -1 until set.
+    int currentTime() const { return mTime; }
+    /// Sets the time; with `sort`, restores the animation's time order; with
+    /// `updateChildren`, the child keys' cached times follow.
+    void setCurrentTime(int time, bool sort = false, bool updateChildren = true);
+    TweenInfo &curve() { return mCurve; }
+    const TweenInfo &curve() const { return mCurve; }
+    void setCurve(const TweenInfo &curve) { mCurve = curve; }
+    bool editorFlag() const { return mEditorFlag; }
+    void setEditorFlag(bool on) { mEditorFlag = on; }
+    bool onionSkinFlag() const { return mOnionSkinFlag; }
+    void setOnionSkinFlag(bool on) { mOnionSkinFlag = on; }
+
+    // References.
+    int refCount() const { return boneRefCount() + zRefCount(); }
+    int boneRefCount() const { return int(mBoneRefs.size()); }
+    int zRefCount() const { return int(mZRefs.size()); }
+    BoneRef *boneRef(int index) const;
+    ZRef *zRef(int index) const;
+    /// Bone references first, then object references; null out of range.
+    ObjectRef *ref(int index) const;
+    BoneRef *boneRefFromId(int id) const;
+    ZRef *zRefFromId(int id) const;
+    ObjectRef *refFromId(int type, int id) const;
+    ObjectRef *refFromTypeAndIndex(int type, int index) const;
+    /// The reference that takes values from `timeline`, or null.
+    ObjectRef *refFromTimeline(const Timeline *timeline, int startIndex = 0) const;
+    int indexOfBoneRef(const ObjectRef *ref) const;
+    int indexOfZRef(const ObjectRef *ref) const;
+
+    /// Take ownership; `index` -1 appends. Ids are renumbered to positions.
+    void appendBoneRef(BoneRef *ref, int index = -1);
+    void appendZRef(ZRef *ref, int index = -1);
+    /// A reference of the right kind for the timeline, pointing at its key at
+    /// `keyIndex`; objects are appended in front (at the end of the z order).
+    ObjectRef *appendRef(Timeline *timeline, int keyIndex);
+    void appendRef(ObjectRef *ref, int type, int index = -1);
+    /// Remove without destroying; children of a removed bone lose their parent.
+    bool removeBoneRef(BoneRef *ref);
+    bool removeZRef(ZRef *ref);
+    void deleteBoneRef(int index);
+    void deleteZOrderRef(int index);
+    /// Removes (and with `destroy` deletes) the reference; with `deleteKey`,
+    /// also the referenced timeline key when it is a child of this key.
+    void deleteRef(ObjectRef *ref, bool destroy = true, bool deleteKey = false);
+
+    // Child timeline keys: those whose time is this key's time (not owned).
+    void addChildTimelineKey(TimelineKey *key);
+    void removeChildKey(TimelineKey *key);
+    TimelineKey *childTimeKey(int index) const;
+    int childTimeKeyCount() const { return int(mChildKeys.size()); }
+
+    /// The next mainline key of the animation, or null for the last one.
+    MainlineKey *nextMainlineKey() const;
+    Animation *parentAnimation() const;
+
+    /// Reorders the bone references depth first from the roots, a parent
+    /// before its children, and renumbers them. References caught in a parent
+    /// cycle come last with their parent cleared.
+    void applyBoneSaveSortIds();
+    /// Orders the object references by the z index they were read with.
+    void sortRefsByLoadZIndex(bool renumber = true);
+
+    /// (entity, animation, mainline key index) with a direct pointer.
+    Address address() const;
+
+    int indexOfChild(const MorvaneModelItem *child) const override;
+    bool removeChildItem(MorvaneModelItem *child) override;
+    void clearAllLinksAndChildren() override;
+
+private:
+    void renumberBoneRefs();
+    void renumberZRefs();
+    void detachChildKeys();
+
+    TweenInfo mCurve;
+    int mId = NoId;
+    int mTime = -1;
+    bool mEditorFlag = false;
+    bool mOnionSkinFlag = false;
+    std::vector<std::unique_ptr<BoneRef>> mBoneRefs;
+    std::vector<std::unique_ptr<ZRef>> mZRefs;
+    QList<TimelineKey *> mChildKeys;
+};
+
+} // namespace Morvane

@@ -1,0 +1,438 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "model/rigxdata.h"
+
+#include "model/animation.h"
+#include "model/entity.h"
+#include "model/file.h"
+#include "model/folder.h"
+#include "model/mainlinekey.h"
+#include "model/naming.h"
+#include "model/object.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QSet>
+#include <QUndoStack>
+
+namespace Morvane {
+
+RigxData::RigxData(QUndoStack *undoStack, const QString &kind, QObject *mainWindow)
+    : MorvaneModelItem(MorvaneItemType::Document)
+    , mMainWindow(mainWindow)
+    , mUndoStack(undoStack)
+    , mKind(kind)
+{}
+
+RigxData::~RigxData()
+{
+    clearAllLinksAndChildren();
+}
+
+void RigxData::pushUndo(QUndoCommand *command)
+{
+    if (mUndoStack)
+        mUndoStack->push(command);
+    else
+        delete command;
+}
+
+QString RigxData::projectDirectory() const
+{
+    const int slash = mFilePath.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return mFilePath.isEmpty() ? QString() : QStringLiteral(".");
+    if (slash == 0)
+        return QStringLiteral("/");
+    return mFilePath.left(slash);
+}
+
+Folder *RigxData::folder(int index) const
+{
+    if (index < 0 || index >= int(mFolders.size()))
+        return nullptr;
+    return mFolders[size_t(index)].get();
+}
+
+Folder *RigxData::folder(const QString &name) const
+{
+    for (const auto &f : mFolders) {
+        if (f->name() == name)
+            return f.get();
+    }
+    return nullptr;
+}
+
+Folder *RigxData::folderFromId(int id) const
+{
+    for (const auto &f : mFolders) {
+        if (f->id() == id)
+            return f.get();
+    }
+    return nullptr;
+}
+
+int RigxData::indexOfFolder(const Folder *folder) const
+{
+    for (size_t i = 0; i < mFolders.size(); ++i) {
+        if (mFolders[i].get() == folder)
+            return int(i);
+    }
+    return -1;
+}
+
+void RigxData::appendFolder(Folder *folder)
+{
+    if (!folder)
+        return;
+    folder->setParentItem(this);
+    mFolders.emplace_back(folder);
+}
+
+void RigxData::deleteFolder(int index)
+{
+    if (index < 0 || index >= int(mFolders.size()))
+        return;
+    mFolders.erase(mFolders.begin() + index);
+}
+
+bool RigxData::removeFolder(Folder *folder)
+{
+    const int i = indexOfFolder(folder);
+    if (i < 0)
+        return false;
+    mFolders[size_t(i)].release();
+    mFolders.erase(mFolders.begin() + i);
+    folder->setParentItem(nullptr);
+    return true;
+}
+
+void RigxData::clearFiles()
+{
+    mFolders.clear();
+    mMissingImages.clear();
+}
+
+File *RigxData::file(int folderIndex, int fileIndex) const
+{
+    const Folder *f = folder(folderIndex);
+    return f ? f->file(fileIndex) : nullptr;
+}
+
+File *RigxData::fileFromIds(int folderId, int fileId) const
+{
+    const Folder *f = folderFromId(folderId);
+    return f ? f->fileFromId(fileId) : nullptr;
+}
+
+File *RigxData::file(const QString &path, bool validate) const
+{
+    const QString name = validate ? validatePath(path, true) : path;
+    for (const auto &folder : mFolders) {
+        if (File *f = folder->file(name))
+            return f;
+    }
+    return nullptr;
+}
+
+QStringList RigxData::fileNames(bool fullPaths) const
+{
+    QStringList names;
+    for (const auto &folder : mFolders) {
+        for (int i = 0; i < folder->fileCount(); ++i)
+            names.append(fullPaths ? folder->file(i)->fullPath() : folder->file(i)->name());
+    }
+    return names;
+}
+
+Entity *RigxData::entity(int index) const
+{
+    if (index < 0 || index >= int(mEntities.size()))
+        return nullptr;
+    return mEntities[size_t(index)].get();
+}
+
+Entity *RigxData::entity(const QString &name) const
+{
+    for (const auto &e : mEntities) {
+        if (e->name() == name)
+            return e.get();
+    }
+    return nullptr;
+}
+
+Entity *RigxData::entityFromId(int id) const
+{
+    for (const auto &e : mEntities) {
+        if (e->id() == id)
+            return e.get();
+    }
+    return nullptr;
+}
+
+int RigxData::indexOfEntity(const Entity *entity) const
+{
+    for (size_t i = 0; i < mEntities.size(); ++i) {
+        if (mEntities[i].get() == entity)
+            return int(i);
+    }
+    return -1;
+}
+
+void RigxData::appendEntity(Entity *entity, int index)
+{
+    if (!entity)
+        return;
+    entity->setParentItem(this);
+    if (index < 0 || index > int(mEntities.size()))
+        mEntities.emplace_back(entity);
+    else
+        mEntities.emplace(mEntities.begin() + index, entity);
+}
+
+Entity *RigxData::appendEmptyEntity()
+{
+    auto *e = new Entity(uniqueName(QStringLiteral("entity_000"), entityNames()), true);
+    appendEntity(e);
+    return e;
+}
+
+void RigxData::deleteEntity(int index)
+{
+    delete removeEntity(index);
+}
+
+Entity *RigxData::removeEntity(int index)
+{
+    if (index < 0 || index >= int(mEntities.size()))
+        return nullptr;
+    Entity *e = mEntities[size_t(index)].release();
+    mEntities.erase(mEntities.begin() + index);
+    e->setParentItem(nullptr);
+    if (mCurrentEntity >= int(mEntities.size()))
+        mCurrentEntity = qMax(0, int(mEntities.size()) - 1);
+    return e;
+}
+
+void RigxData::clearEntities()
+{
+    mEntities.clear();
+    mCurrentEntity = 0;
+}
+
+QStringList RigxData::entityNames(const Entity *except) const
+{
+    QStringList names;
+    for (const auto &e : mEntities) {
+        if (e.get() != except)
+            names.append(e->name());
+    }
+    return names;
+}
+
+Entity *RigxData::currentEntity() const
+{
+    return entity(mCurrentEntity);
+}
+
+void RigxData::setCurrentEntity(int index)
+{
+    mCurrentEntity = index;
+}
+
+Animation *RigxData::animationFromNames(const QString &entityName,
+                                        const QString &animationName) const
+{
+    const Entity *e = entity(entityName);
+    return e ? e->animation(animationName) : nullptr;
+}
+
+int RigxData::fullAnimationCount() const
+{
+    int n = 0;
+    for (const auto &e : mEntities)
+        n += e->animationCount();
+    return n;
+}
+
+Animation *RigxData::animationFromNumericIndexes(int entityIndex, int animation) const
+{
+    const Entity *e = entity(entityIndex);
+    return e ? e->animation(animation) : nullptr;
+}
+
+MainlineKey *RigxData::mainlineKeyFromNumericIndexes(int entityIndex, int animation,
+                                                     int mainlineKey) const
+{
+    const Animation *a = animationFromNumericIndexes(entityIndex, animation);
+    return a ? a->mainlineKey(mainlineKey) : nullptr;
+}
+
+Timeline *RigxData::timelineFromNumericIndexes(int entityIndex, int animation, int timeline) const
+{
+    const Animation *a = animationFromNumericIndexes(entityIndex, animation);
+    return a ? a->timeline(timeline) : nullptr;
+}
+
+TimelineKey *RigxData::keyFromNumericIndexes(int entityIndex, int animation, int timeline,
+                                             int key) const
+{
+    const Timeline *tl = timelineFromNumericIndexes(entityIndex, animation, timeline);
+    return tl ? tl->key(key) : nullptr;
+}
+
+ObjectRef *RigxData::refFromNumericIndexes(int entityIndex, int animation, int mainlineKey,
+                                           int refType, int refIndex) const
+{
+    const MainlineKey *mk = mainlineKeyFromNumericIndexes(entityIndex, animation, mainlineKey);
+    return mk ? mk->refFromTypeAndIndex(refType, refIndex) : nullptr;
+}
+
+Object *RigxData::objectFromNumericIndexes(int entityIndex, int object) const
+{
+    const Entity *e = entity(entityIndex);
+    return e ? e->object(object) : nullptr;
+}
+
+void RigxData::clear()
+{
+    clearEntities();
+    clearFiles();
+}
+
+void RigxData::removeUnusedFiles()
+{
+    // One pass over every key instead of one per file: projects hold far more
+    // keys than files.
+    QSet<const File *> used;
+    for (const auto &e : mEntities) {
+        for (int a = 0; a < e->animationCount(); ++a) {
+            const Animation *anim = e->animation(a);
+            for (int t = 0; t < anim->timelineCount(); ++t) {
+                const Timeline *tl = anim->timeline(t);
+                for (int k = 0; k < tl->keyCount(); ++k) {
+                    if (const File *f = tl->key(k)->fileInfo().file())
+                        used.insert(f);
+                }
+            }
+        }
+    }
+
+    mMissingImages.clear();
+    for (size_t fi = mFolders.size(); fi-- > 0;) {
+        Folder *folder = mFolders[fi].get();
+        for (int i = folder->fileCount(); i-- > 0;) {
+            File *f = folder->file(i);
+            if (f->fileStillValid())
+                continue;
+            bool keep = used.contains(f);
+            for (size_t e = 0; !keep && e < mEntities.size(); ++e)
+                keep = mEntities[e]->charMapsContainFile(f);
+            if (keep) {
+                if (!f->imageLoaded())
+                    f->setPlaceholderImage();
+                mMissingImages.prepend(f->fullPath());
+            } else {
+                folder->deleteFile(i);
+            }
+        }
+        if (folder->fileCount() == 0)
+            mFolders.erase(mFolders.begin() + qptrdiff(fi));
+    }
+}
+
+void RigxData::replaceFileReferences(const Address &from, const Address &to, bool undoable)
+{
+    // Undoable key commands arrive with the editing views; until a stack is
+    // present the change is applied directly either way.
+    Q_UNUSED(undoable);
+    const File *source = from.file();
+    if (!source)
+        return;
+    for (const auto &e : mEntities) {
+        for (int a = 0; a < e->animationCount(); ++a) {
+            const Animation *anim = e->animation(a);
+            for (int t = 0; t < anim->timelineCount(); ++t) {
+                const Timeline *tl = anim->timeline(t);
+                for (int k = 0; k < tl->keyCount(); ++k) {
+                    TimelineKey *key = tl->key(k);
+                    if (key->fileInfo().file() == source)
+                        key->fileInfo().setAddress(to);
+                }
+            }
+        }
+    }
+}
+
+QString RigxData::validatePath(const QString &path, bool stripProjectDirectory) const
+{
+    QString result = path;
+    result.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    if (stripProjectDirectory && !mFilePath.isEmpty()) {
+        QString dir = projectDirectory();
+        dir.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        if (!dir.isEmpty() && dir != QLatin1String(".")) {
+            if (!dir.endsWith(QLatin1Char('/')))
+                dir += QLatin1Char('/');
+            if (result.startsWith(dir))
+                result.remove(0, dir.size());
+        }
+    }
+    return File::removeLeadingSlashes(result);
+}
+
+void RigxData::refreshAllPixmaps()
+{
+    for (const auto &f : mFolders)
+        f->refreshAllPixmaps();
+}
+
+QString RigxData::removeBeginningBracketDirectory(const QString &name)
+{
+    const int i = name.lastIndexOf(QLatin1String(">/"));
+    return i < 0 ? name : name.mid(i + 2);
+}
+
+QString RigxData::extractNameFromBrackets(const QString &name)
+{
+    const int open = name.indexOf(QLatin1Char('<'));
+    if (open < 0)
+        return QString();
+    const int close = name.indexOf(QLatin1Char('>'), open + 1);
+    if (close < 0)
+        return QString();
+    return name.mid(open + 1, close - open - 1);
+}
+
+int RigxData::indexOfChild(const MorvaneModelItem *child) const
+{
+    if (!child)
+        return -1;
+    if (child->morvaneItemType() == MorvaneItemType::Folder)
+        return indexOfFolder(static_cast<const Folder *>(child));
+    if (child->morvaneItemType() == MorvaneItemType::Entity)
+        return indexOfEntity(static_cast<const Entity *>(child));
+    return -1;
+}
+
+bool RigxData::removeChildItem(MorvaneModelItem *child)
+{
+    if (!child)
+        return false;
+    if (child->morvaneItemType() == MorvaneItemType::Folder)
+        return removeFolder(static_cast<Folder *>(child));
+    if (child->morvaneItemType() == MorvaneItemType::Entity)
+        return removeEntity(indexOfEntity(static_cast<Entity *>(child))) != nullptr;
+    return false;
+}
+
+void RigxData::clearAllLinksAndChildren()
+{
+    MorvaneModelItem::clearAllLinksAndChildren();
+    // Entities first: their keys point at files.
+    mEntities.clear();
+    mFolders.clear();
+    mMissingImages.clear();
+}
+
+} // namespace Morvane

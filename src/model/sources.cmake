@@ -1,0 +1,29 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+list(APPEND MORVANE_CORE_SOURCES
+    model/address.cpp
+    model/address.h
+    model/animation.cpp
+    model/animation.h
+    model/entity.cpp
+    model/entity.h
+    model/file.cpp
+    model/file.h
+    model/folder.cpp
+    model/folder.h
+    model/mainlinekey.cpp
+    model/mainlinekey.h
+    model/morvanemodelitem.cpp
+    model/morvanemodelitem.h
+    model/naming.cpp
+    model/naming.h
+    model/object.cpp
+    model/object.h
+    model/objectref.cpp
+    model/objectref.h
+    model/rigxdata.cpp
+    model/rigxdata.h
+    model/timeline.cpp
+    model/timeline.h
+    model/timelinekey.cpp
+    model/timelinekey.h
+)

@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "model/timeline.h"
+
+#include "model/animation.h"
+#include "model/entity.h"
+#include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/timelinekey.h"
+
+namespace Morvane {
+
+Timeline::Timeline(Object *object, const QString &name, int id)
+    : MorvaneModelItem(MorvaneItemType::Timeline)
+    , mId(id)
+    , mName(name)
+{
+    setObject(object);
+}
+
+Timeline::Timeline(const Timeline &other)
+    : MorvaneModelItem(MorvaneItemType::Timeline)
+    , mId(other.mId)
+    , mName(other.mName)
+    , mObject(other.mObject)
+{
+    mKeys.reserve(other.mKeys.size());
+    for (const auto &k : other.mKeys) {
+        auto copy = std::make_unique<TimelineKey>(*k);
+        copy->setParentItem(this);
+        mKeys.push_back(std::move(copy));
+    }
+}
+
+Timeline::~Timeline()
+{
+    clearAllLinksAndChildren();
+}
+
+Object *Timeline::object() const
+{
+    return mObject.isValid() ? mObject.object() : nullptr;
+}
+
+void Timeline::setObject(Object *object)
+{
+    mObject = Address();
+    if (object)
+        mObject.setDirectPointer(object);
+}
+
+int Timeline::objectType() const
+{
+    const Object *o = object();
+    return o ? o->objectType() : 0;
+}
+
+QString Timeline::objectTypeString(bool shortName) const
+{
+    return Object::objectTypeString(objectType(), shortName);
+}
+
+bool Timeline::isBone() const { return objectType() == Object::Bone; }
+bool Timeline::isSprite() const { return objectType() == Object::Sprite; }
+bool Timeline::isBox() const { return objectType() == Object::Box; }
+bool Timeline::isPoint() const { return objectType() == Object::Point; }
+bool Timeline::isSkin() const { return objectType() == Object::Skin; }
+bool Timeline::isSubEntity() const { return objectType() == Object::SubEntity; }
+bool Timeline::isSound() const { return objectType() == Object::Sound; }
+bool Timeline::isEvent() const { return objectType() == Object::Event; }
+bool Timeline::isGuideLine() const { return objectType() == Object::GuideLine; }
+bool Timeline::isGuideBox() const { return objectType() == Object::GuideBox; }
+bool Timeline::isGuideSprite() const { return objectType() == Object::GuideSprite; }
+
+TimelineKey *Timeline::key(int index) const
+{
+    if (index < 0 || index >= int(mKeys.size()))
+        return nullptr;
+    return mKeys[size_t(index)].get();
+}
+
+int Timeline::indexOfKey(const TimelineKey *key) const
+{
+    for (size_t i = 0; i < mKeys.size(); ++i) {
+        if (mKeys[i].get() == key)
+            return int(i);
+    }
+    return -1;
+}
+
+TimelineKey *Timeline::keyFromMainKeyId(int mainKeyId) const
+{
+    for (const auto &k : mKeys) {
+        if (k->mainKeyId() == mainKeyId && k->mainKey())
+            return k.get();
+    }
+    return nullptr;
+}
+
+TimelineKey *Timeline::keyFromTimeKeyId(int id) const
+{
+    for (const auto &k : mKeys) {
+        if (k->id() == id)
+            return k.get();
+    }
+    return nullptr;
+}
+
+TimelineKey *Timeline::keyFromTimes(int from, int to) const
+{
+    for (const auto &k : mKeys) {
+        const int t = k->time(true);
+        if (t >= from && t <= to)
+            return k.get();
+    }
+    return nullptr;
+}
+
+TimelineKey *Timeline::actualKeyFromTime(int time, bool useCached, bool mainlineOnly) const
+{
+    for (const auto &k : mKeys) {
+        if (mainlineOnly && !k->mainKey())
+            continue;
+        if (k->time(useCached) == time)
+            return k.get();
+    }
+    return nullptr;
+}
+
+void Timeline::appendTimelineKey(TimelineKey *key, bool sort, bool linkToMainline)
+{
+    if (!key)
+        return;
+    key->setParentItem(this);
+    mKeys.emplace_back(key);
+    if (sort)
+        sortKeysByTime();
+    if (!linkToMainline)
+        return;
+    Animation *anim = parentAnimation();
+    if (!anim)
+        return;
+    MainlineKey *current = key->mainKey();
+    if (current && current->parentItem() == anim)
+        return;
+    if (MainlineKey *mk = anim->mainlineKeyFromTime(key->time(true), true))
+        mk->addChildTimelineKey(key);
+}
+
+bool Timeline::removeKey(TimelineKey *key, bool destroy)
+{
+    if (!key || key->parentItem() != this)
+        return false;
+    if (MainlineKey *mk = key->mainKey())
+        mk->removeChildKey(key);
+    const int i = indexOfKey(key);
+    if (i < 0)
+        return false;
+    std::unique_ptr<TimelineKey> owned = std::move(mKeys[size_t(i)]);
+    mKeys.erase(mKeys.begin() + i);
+    key->setParentItem(nullptr);
+    if (!destroy)
+        owned.release();
+    return true;
+}
+
+bool Timeline::deleteKeyByTime(int time)
+{
+    TimelineKey *k = actualKeyFromTime(time);
+    return k && removeKey(k, true);
+}
+
+int Timeline::sortKeysByTime(int followedPosition)
+{
+    // Insertion sort: stable, and linear on the nearly sorted lists that
+    // edits produce.
+    for (size_t i = 1; i < mKeys.size(); ++i) {
+        size_t j = i;
+        const int t = mKeys[i]->time(true);
+        while (j > 0 && mKeys[j - 1]->time(true) > t) {
+            std::swap(mKeys[j - 1], mKeys[j]);
+            if (followedPosition == int(j))
+                followedPosition = int(j - 1);
+            else if (followedPosition == int(j - 1))
+                followedPosition = int(j);
+            --j;
+        }
+    }
+    return followedPosition;
+}
+
+Animation *Timeline::parentAnimation() const
+{
+    MorvaneModelItem *p = parentItem();
+    if (p && p->morvaneItemType() == MorvaneItemType::Animation)
+        return static_cast<Animation *>(p);
+    return nullptr;
+}
+
+Entity *Timeline::parentEntity() const
+{
+    const Animation *anim = parentAnimation();
+    return anim ? anim->parentEntity() : nullptr;
+}
+
+Address Timeline::address() const
+{
+    const Animation *anim = parentAnimation();
+    Address a = anim ? anim->address() : Address();
+    a.set(2, anim ? anim->indexOfTimeline(this) : -1);
+    a.setDirectPointer(const_cast<Timeline *>(this));
+    return a;
+}
+
+int Timeline::indexOfChild(const MorvaneModelItem *child) const
+{
+    if (!child || child->morvaneItemType() != MorvaneItemType::TimelineKey)
+        return -1;
+    return indexOfKey(static_cast<const TimelineKey *>(child));
+}
+
+bool Timeline::removeChildItem(MorvaneModelItem *child)
+{
+    if (!child || child->morvaneItemType() != MorvaneItemType::TimelineKey)
+        return false;
+    return removeKey(static_cast<TimelineKey *>(child), false);
+}
+
+void Timeline::clearAllLinksAndChildren()
+{
+    MorvaneModelItem::clearAllLinksAndChildren();
+    mKeys.clear();
+}
+
+} // namespace Morvane

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include "model/address.h"
+#include "model/morvanemodelitem.h"
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+namespace Morvane {
+
+class Animation;
+class Entity;
+class Object;
+class TimelineKey;
+
+/// The keys of one object or bone in one animation, kept sorted by time.
+class Timeline : public MorvaneModelItem
+{
+public:
+    explicit Timeline(Object *object = nullptr, const QString &name = QString(), int id = -1);
+    /// A deep copy of the keys (values and cached times); the copy is detached
+    /// and its keys are linked to no mainline key.
+    Timeline(const Timeline &other);
+    Timeline &operator=(const Timeline &) = delete;
+    ~Timeline() override;
+
+    int id() const { return mId; }
+    void setId(int id) { mId = id; }
+    QString name() const { return mName; }
+    void setName(const QString &name) { mName = name; }
+
+    /// The object info this timeline animates (owned by the entity), or null.
+    Object *object() const;
+    void setObject(Object *object);
+    /// The object's type, or 0 without object.
+    int objectType() const;
+    QString objectTypeString(bool shortName = false) const;
+    bool isBone() const;
+    bool isSprite() const;
+    bool isBox() const;
+    bool isPoint() const;
+    bool isSkin() const;
+    bool isSubEntity() const;
+    bool isSound() const;
+    bool isEvent() const;
+    bool isGuideLine() const;
+    bool isGuideBox() const;
+    bool isGuideSprite() const;
+
+    /// Null when out of range / not found.
+    TimelineKey *key(int index) const;
+    int keyCount() const { return int(mKeys.size()); }
+    int indexOfKey(const TimelineKey *key) const;
+    TimelineKey *keyFromMainKeyId(int mainKeyId) const;
+    TimelineKey *keyFromTimeKeyId(int id) const;
+    /// The first key whose time lies in [from, to].
+    TimelineKey *keyFromTimes(int from, int to) const;
+    /// The key placed exactly at `time`. With `useCached`, detached keys count
+    /// with their cached time; with `mainlineOnly`, only keys linked to a
+    /// mainline key count.
+    TimelineKey *actualKeyFromTime(int time, bool useCached = true, bool mainlineOnly = false) const;
+
+    /// Takes ownership. With `sort`, restores time order; with `linkToMainline`,
+    /// makes the key a child of the animation's mainline key at its time.
+    void appendTimelineKey(TimelineKey *key, bool sort = true, bool linkToMainline = true);
+    /// Only a key of this timeline is removed: detached from its mainline key,
+    /// taken out and, with `destroy`, deleted (else the caller owns it).
+    bool removeKey(TimelineKey *key, bool destroy = true);
+    bool deleteKeyByTime(int time);
+    /// Restores time order (stable); returns where the key that was at
+    /// `followedPosition` is now (-1 in, -1 out).
+    int sortKeysByTime(int followedPosition = -1);
+
+    Animation *parentAnimation() const;
+    Entity *parentEntity() const;
+    /// (entity, animation, timeline index) with a direct pointer to this timeline.
+    Address address() const;
+
+    int indexOfChild(const MorvaneModelItem *child) const override;
+    bool removeChildItem(MorvaneModelItem *child) override;
+    void clearAllLinksAndChildren() override;
+
+private:
+    int mId = -1;
+    QString mName;
+    Address mObject;
+    std::vector<std::unique_ptr<TimelineKey>> mKeys;
+};
+
+} // namespace Morvane
