@@ -15,6 +15,8 @@
 #include <QSet>
 #include <QUndoStack>
 
+#include <algorithm>
+
 namespace Morvane {
 
 RigxData::RigxData(QUndoStack *undoStack, const QString &kind, QObject *mainWindow)
@@ -385,6 +387,19 @@ void RigxData::refreshAllPixmaps()
 {
     for (const auto &f : mFolders)
         f->refreshAllPixmaps();
+}
+
+QList<File *> RigxData::flattenedFiles() const
+{
+    QList<File *> files;
+    for (const auto &folder : mFolders) {
+        for (int i = 0; i < folder->fileCount(); ++i)
+            files.append(folder->file(i));
+    }
+    std::stable_sort(files.begin(), files.end(), [](const File *a, const File *b) {
+        return a->name().compare(b->name(), Qt::CaseInsensitive) < 0;
+    });
+    return files;
 }
 
 QString RigxData::removeBeginningBracketDirectory(const QString &name)

@@ -125,6 +125,11 @@ public:
     /// is set), and leading "/" go.
     QString validatePath(const QString &path, bool stripProjectDirectory = true) const;
     void refreshAllPixmaps();
+    /// All files in the file palette's order: case-insensitive by name, ties
+    /// in folder order. Computed on demand, so it never holds a stale file.
+    QList<File *> flattenedFiles() const;
+    /// Tells the views that the flattened order may have changed.
+    void setFileFlattenedSorts() { emitLayoutChanged(); }
 
     /// The part of `name` behind the last ">/" (all of it when there is none).
     static QString removeBeginningBracketDirectory(const QString &name);

@@ -107,6 +107,17 @@ void TestDocumentModel::lookupsReturnNullOutOfRange()
     QCOMPARE(file->document(), &doc);
     QCOMPARE(file->row(), 0);
     QCOMPARE(doc.fullAnimationCount(), 1);
+
+    // The palette order sorts across folders, case-insensitively.
+    auto *other = new Folder(QStringLiteral("legs"));
+    doc.appendFolder(other);
+    auto *b = new File(QStringLiteral("B.png"));
+    auto *c = new File(QStringLiteral("c.png"));
+    other->appendFile(c);
+    other->appendFile(b);
+    QCOMPARE(doc.flattenedFiles(), (QList<File *>{file, b, c}));
+    doc.deleteFolder(1);
+    QCOMPARE(doc.flattenedFiles(), QList<File *>{file});
 }
 
 void TestDocumentModel::removeUnusedFiles()
