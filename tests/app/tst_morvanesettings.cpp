@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "apptesthelpers.h"
+#include "morvanesettings.h"
+#include "morvanesettingsdialog.h"
+#include "saveoptionsdialog.h"
+#include "updatecheckoptionsdialog.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSettings>
+#include <QTest>
+#include <QTimeEdit>
+#include <QUndoCommand>
+
+using namespace Morvane;
+
+class TestMorvaneSettings : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void defaultsBeforeReading();
+    void absentKeysTakeDefaults();
+    void storedValuesAreRead_data();
+    void storedValuesAreRead();
+    void suppressionNests();
+    void pushUndoWithoutWindowDeletesCommand();
+    void saveOptionsApply();
+    void saveOptionsOpeningRewritesOpenGL();
+    void settingsDialogApply_data();
+    void settingsDialogApply();
+    void settingsDialogTexts();
+    void updateOptionsDialogStoresChoice();
+};
+
+void TestMorvaneSettings::init()
+{
+    Test::useTestSettings();
+    QSettings().clear();
+    MorvaneSettings::resetToDefaults();
+}
+
+void TestMorvaneSettings::defaultsBeforeReading()
+{
+    QCOMPARE(MorvaneSettings::autoSaveInterval, 1);
+    QCOMPARE(MorvaneSettings::autoSaveEnabled, true);
+    QCOMPARE(MorvaneSettings::updateCheckSettings, 0);
+    QCOMPARE(MorvaneSettings::canvasSmoothSampling, true);
+    QCOMPARE(MorvaneSettings::tessellationLevel, 25);
+    QCOMPARE(MorvaneSettings::lastSnappingInterval, 100.0);
+}
+
+void TestMorvaneSettings::absentKeysTakeDefaults()
+{
+    QSettings store;
+    MorvaneSettings::readAll(store);
+    QCOMPARE(MorvaneSettings::saveAbsoluteAnimationPoseData, false);
+    QCOMPARE(MorvaneSettings::saveSpriteFrameData, false);
+    QCOMPARE(MorvaneSettings::saveObjInfoNamesUniqueToFile, false);
+    QCOMPARE(MorvaneSettings::prettifyXML, true);
+    QCOMPARE(MorvaneSettings::prettifyJson, true);
+    QCOMPARE(MorvaneSettings::openGLEnabled, true);
+    QCOMPARE(MorvaneSettings::updateCheckSettings, 0);
+    QCOMPARE(MorvaneSettings::autoSaveInterval, 5);
+    QCOMPARE(MorvaneSettings::autoSaveEnabled, true);
+    QCOMPARE(MorvaneSettings::texturePackerPath, QString());
+    QCOMPARE(MorvaneSettings::alwaysPlaySubEntities, true);
+}
+
+void TestMorvaneSettings::storedValuesAreRead_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("saveAbsoluteAnimationPoseData") << "saveAbsoluteAnimationPoseData" << QVariant(true);
+    QTest::newRow("saveSpriteFrameData") << "saveSpriteFrameData" << QVariant(true);
+    QTest::newRow("saveObjInfoNamesUniqueToFile") << "saveObjInfoNamesUniqueToFile" << QVariant(true);
+    QTest::newRow("prettifyXML") << "prettifyXML" << QVariant(false);
+    QTest::newRow("prettifyJson") << "prettifyJson" << QVariant(false);
+    QTest::newRow("openGLEnabled") << "openGLEnabled" << QVariant(false);
+    QTest::newRow("updateCheckSettings") << "updateCheckSettings" << QVariant(2);
+    QTest::newRow("autoSaveInterval") << "autoSaveInterval" << QVariant(17);
+    QTest::newRow("autoSaveEnabled") << "autoSaveEnabled" << QVariant(false);
+    QTest::newRow("texturePackerPath") << "texturePackerPath" << QVariant(QString("/opt/tp"));
+    QTest::newRow("alwaysPlaySubEntities") << "alwaysPlaySubEntities" << QVariant(false);
+}
+
+void TestMorvaneSettings::storedValuesAreRead()
+{
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    {
+        QSettings store;
+        store.setValue(key, value);
+    }
+    QSettings store;
+    MorvaneSettings::readAll(store);
+    const QHash<QString, QVariant> read = {
+        {"saveAbsoluteAnimationPoseData", MorvaneSettings::saveAbsoluteAnimationPoseData},
+        {"saveSpriteFrameData", MorvaneSettings::saveSpriteFrameData},
+        {"saveObjInfoNamesUniqueToFile", MorvaneSettings::saveObjInfoNamesUniqueToFile},
+        {"prettifyXML", MorvaneSettings::prettifyXML},
+        {"prettifyJson", MorvaneSettings::prettifyJson},
+        {"openGLEnabled", MorvaneSettings::openGLEnabled},
+        {"updateCheckSettings", MorvaneSettings::updateCheckSettings},
+        {"autoSaveInterval", MorvaneSettings::autoSaveInterval},
+        {"autoSaveEnabled", MorvaneSettings::autoSaveEnabled},
+        {"texturePackerPath", MorvaneSettings::texturePackerPath},
+        {"alwaysPlaySubEntities", MorvaneSettings::alwaysPlaySubEntities},
+    };
+    QCOMPARE(read.value(key), value);
+}
+
+void TestMorvaneSettings::suppressionNests()
+{
+    QVERIFY(!MorvaneSettings::suppressAutoSave());
+    MorvaneSettings::startSuppressAutoSave();
+    MorvaneSettings::startSuppressAutoSave();
+    MorvaneSettings::endSuppressAutoSave();
+    QVERIFY(MorvaneSettings::suppressAutoSave());
+    MorvaneSettings::endSuppressAutoSave();
+    QVERIFY(!MorvaneSettings::suppressAutoSave());
+
+    MorvaneSettings::reportRefreshStart();
+    QVERIFY(MorvaneSettings::refreshSuppressed());
+    MorvaneSettings::reportRefreshEnd();
+    QVERIFY(!MorvaneSettings::refreshSuppressed());
+}
+
+namespace {
+
+class TrackedCommand : public QUndoCommand
+{
+public:
+    explicit TrackedCommand(bool *deleted)
+        : mDeleted(deleted)
+    {
+    }
+    ~TrackedCommand() override { *mDeleted = true; }
+
+private:
+    bool *mDeleted;
+};
+
+} // namespace
+
+void TestMorvaneSettings::pushUndoWithoutWindowDeletesCommand()
+{
+    QVERIFY(!MorvaneSettings::mainWindow);
+    bool deleted = false;
+    MorvaneSettings::pushUndo(new TrackedCommand(&deleted));
+    QVERIFY(deleted);
+    // Macros without a window do nothing and must not crash.
+    MorvaneSettings::beginUndoMacro("macro");
+    MorvaneSettings::endUndoMacro();
+}
+
+void TestMorvaneSettings::saveOptionsApply()
+{
+    QPointer<SaveOptionsDialog> dialog = new SaveOptionsDialog;
+    QCOMPARE(dialog->windowTitle(), QString("Custom Save Options"));
+    const QStringList texts = {"Prettify XML",
+                               "Prettify Json",
+                               "Save sprite object/frame data in obj_info tags",
+                               "Save initial animation position as absolute values",
+                               "Make object names in obj_info tags unique to the entire file"};
+    const QList<QCheckBox *> boxes = dialog->findChildren<QCheckBox *>();
+    QCOMPARE(boxes.size(), texts.size());
+    // Flip every box, then apply.
+    for (QCheckBox *box : boxes) {
+        QVERIFY(texts.contains(box->text()));
+        box->setChecked(!box->isChecked());
+    }
+    dialog->show();
+    dialog->apply();
+    QSettings store;
+    QCOMPARE(store.value("prettifyXML").toBool(), false);
+    QCOMPARE(store.value("prettifyJson").toBool(), false);
+    QCOMPARE(store.value("saveSpriteFrameData").toBool(), true);
+    QCOMPARE(store.value("saveAbsoluteAnimationPoseData").toBool(), true);
+    QCOMPARE(store.value("saveObjInfoNamesUniqueToFile").toBool(), true);
+    QCOMPARE(MorvaneSettings::prettifyXML, false);
+    QCOMPARE(MorvaneSettings::saveObjInfoNamesUniqueToFile, true);
+    // Apply closes the dialog, which deletes itself.
+    QTRY_VERIFY(dialog.isNull());
+}
+
+void TestMorvaneSettings::saveOptionsOpeningRewritesOpenGL()
+{
+    MorvaneSettings::openGLEnabled = false;
+    QVERIFY(!QSettings().contains("openGLEnabled"));
+    auto *dialog = new SaveOptionsDialog;
+    QCOMPARE(QSettings().value("openGLEnabled").toBool(), false);
+    delete dialog;
+}
+
+void TestMorvaneSettings::settingsDialogApply_data()
+{
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<QTime>("frequency");
+    QTest::addColumn<QString>("radio");
+    QTest::addColumn<int>("expectedChoice");
+    QTest::addColumn<int>("expectedInterval");
+    QTest::newRow("stable, 1h05") << true << QTime(1, 5) << "stableRadio" << 1 << 65;
+    QTest::newRow("all, 0h30") << true << QTime(0, 30) << "allRadio" << 2 << 30;
+    QTest::newRow("never, off") << false << QTime(0, 5) << "neverRadio" << 3 << 5;
+    QTest::newRow("no radio keeps choice") << true << QTime(0, 0) << "" << 0 << 0;
+}
+
+void TestMorvaneSettings::settingsDialogApply()
+{
+    QFETCH(bool, enabled);
+    QFETCH(QTime, frequency);
+    QFETCH(QString, radio);
+    QFETCH(int, expectedChoice);
+    QFETCH(int, expectedInterval);
+
+    MorvaneSettingsDialog dialog;
+    if (!radio.isEmpty())
+        dialog.findChild<QRadioButton *>(radio)->setChecked(true);
+    dialog.findChild<QGroupBox *>()->setChecked(enabled);
+    dialog.findChild<QTimeEdit *>()->setTime(frequency);
+    dialog.applyChoices();
+
+    QSettings store;
+    QCOMPARE(MorvaneSettings::updateCheckSettings, expectedChoice);
+    QCOMPARE(store.value("updateCheckSettings").toInt(), expectedChoice);
+    QCOMPARE(MorvaneSettings::autoSaveInterval, expectedInterval);
+    QCOMPARE(store.value("autoSaveInterval").toInt(), expectedInterval);
+    QCOMPARE(MorvaneSettings::autoSaveEnabled, enabled);
+    QCOMPARE(store.value("autoSaveEnabled").toBool(), enabled);
+}
+
+void TestMorvaneSettings::settingsDialogTexts()
+{
+    MorvaneSettings::autoSaveInterval = 125;
+    MorvaneSettings::updateCheckSettings = 2;
+    MorvaneSettingsDialog dialog;
+    QCOMPARE(dialog.windowTitle(), QString("Morvane Settings"));
+    QCOMPARE(dialog.findChild<QTimeEdit *>()->time(), QTime(2, 5));
+    QVERIFY(dialog.findChild<QRadioButton *>("allRadio")->isChecked());
+    QCOMPARE(dialog.findChild<QGroupBox *>()->title(), QString("Enable AutoSave"));
+    auto *buttons = dialog.findChild<QDialogButtonBox *>();
+    QCOMPARE(buttons->button(QDialogButtonBox::Ok)->text(), QString("Save Settings"));
+    QCOMPARE(dialog.findChild<QPushButton *>("checkStableButton")->text(),
+             QString("Check for stable updates now"));
+    QCOMPARE(dialog.findChild<QPushButton *>("checkAnyButton")->text(),
+             QString("Check for stable or beta updates now"));
+    QCOMPARE(dialog.findChild<QRadioButton *>("neverRadio")->text(),
+             QString("Don't automatically check for updates."));
+}
+
+void TestMorvaneSettings::updateOptionsDialogStoresChoice()
+{
+    UpdateCheckOptionsDialog dialog;
+    QCOMPARE(dialog.windowTitle(), QString("Automatic Update Settings"));
+    QPushButton *ok = dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+    QCOMPARE(ok->text(), QString("Save Settings"));
+    QVERIFY(!ok->isEnabled());
+    dialog.findChild<QRadioButton *>("allRadio")->click();
+    QVERIFY(ok->isEnabled());
+    ok->click();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(MorvaneSettings::updateCheckSettings, 2);
+    QCOMPARE(QSettings().value("updateCheckSettings").toInt(), 2);
+}
+
+QTEST_MAIN(TestMorvaneSettings)
+#include "tst_morvanesettings.moc"
