@@ -1,0 +1,598 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include "eval/displayinfo.h"
+#include "eval/tweeninfo.h"
+#include "io/projectwriter.h"
+#include "model/animation.h"
+#include "model/entity.h"
+#include "model/file.h"
+#include "model/folder.h"
+#include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/objectref.h"
+#include "model/rigxdata.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QColor>
+#include <QHash>
+#include <QPair>
+#include <QStringList>
+
+#include <cmath>
+#include <vector>
+
+namespace Morvane {
+
+/// Builds a document from a parsed project tree; shared by the XML and JSON readers, which
+/// differ only in the node type they hand in.
+///
+/// Strict about structure, lenient about content: unknown elements and keys are skipped,
+/// missing or non-finite numbers take their defaults, and references to things that do
+/// not exist (a file, a timeline, a key, a bone parent, a sub-entity's animation) are
+/// dropped with a warning instead of being followed. Never fails once the tree parsed.
+///
+/// `Node` provides: `bool isValid()`, `bool string(const char *, QString *)`,
+/// `bool real(const char *, double *)` (finite values only), `bool integer(const char *,
+/// int *)`, `Node first(const char *)` and `forEach(const char *, F)` over the children of
+/// one name, in order.
+template <typename Node>
+class ProjectReader
+{
+public:
+    ProjectReader(RigxData *document, QStringList *warnings)
+        : mDocument(document)
+        , mWarnings(warnings)
+    {}
+
+    void readRoot(const Node &root)
+    {
+        // Folders first: entities refer to files through the id map folders fill, and the
+        // JSON form lists "entity" before "folder".
+        readAtlases(root.first("atlas"));
+        root.forEach("folder", [this](const Node &node) { readFolder(node); });
+        readTagList(root.first("tag_list"));
+        root.forEach("entity", [this](const Node &node) { readEntity(node); });
+        resolveSubEntityKeys();
+    }
+
+private:
+    struct PendingSubEntity
+    {
+        TimelineKey *key;
+        int entityId;
+        int animationIndex;
+    };
+
+    void warn(const QString &text)
+    {
+        // A hostile file can produce millions; the first ones say enough.
+        if (mWarnings && mWarnings->size() < MaxWarnings)
+            mWarnings->append(text);
+    }
+
+    static double realOr(const Node &node, const char *name, double fallback)
+    {
+        double value;
+        return node.real(name, &value) ? value : fallback;
+    }
+
+    static int intOr(const Node &node, const char *name, int fallback)
+    {
+        int value;
+        return node.integer(name, &value) ? value : fallback;
+    }
+
+    File *fileFromIds(const Node &node, const char *folderName = "folder",
+                      const char *fileName = "file")
+    {
+        int folderId;
+        int fileId;
+        if (!node.integer(folderName, &folderId) || !node.integer(fileName, &fileId))
+            return nullptr;
+        File *file = mFiles.value(qMakePair(folderId, fileId), nullptr);
+        if (!file)
+            warn(QStringLiteral("No file with folder %1 and file %2; the reference is dropped")
+                     .arg(folderId)
+                     .arg(fileId));
+        return file;
+    }
+
+    void readCurve(const Node &node, TweenInfo *curve)
+    {
+        QString type;
+        if (node.string("curve_type", &type))
+            curve->setCurveType(type);
+        static const char *const names[] = {"c1", "c2", "c3", "c4"};
+        for (int i = 0; i < curve->cCount() && i < TweenInfo::MaxParameters; ++i) {
+            double value;
+            if (node.real(names[i], &value))
+                curve->setC(i, value);
+        }
+    }
+
+    void readAtlases(const Node &atlas)
+    {
+        if (!atlas.isValid())
+            return;
+        atlas.forEach("i", [this](const Node &node) {
+            QString name;
+            node.string("name", &name);
+            mAtlasNames.append(name);
+        });
+    }
+
+    void readFolder(const Node &node)
+    {
+        QString name;
+        node.string("name", &name);
+        int atlas;
+        if (node.integer("atlas", &atlas)) {
+            if (atlas >= 0 && atlas < mAtlasNames.size())
+                name = QLatin1Char('<') + mAtlasNames.at(atlas) + QLatin1String(">/") + name;
+            else
+                warn(QStringLiteral("Folder \"%1\" names a missing atlas").arg(name));
+        }
+        const int folderId = intOr(node, "id", mFolderElements);
+        ++mFolderElements;
+
+        // A folder of a name already read adds its files to that folder.
+        Folder *folder = mDocument->folder(name);
+        if (!folder) {
+            folder = new Folder(name);
+            mDocument->appendFolder(folder);
+        }
+        const QString prefix = folder->spriteSheet()
+                                   ? QLatin1Char('<') + folder->spriteSheetName()
+                                         + QLatin1String(">/")
+                                   : QString();
+        int position = 0;
+        node.forEach("file", [&](const Node &fileNode) {
+            readFile(folder, folderId, position++, prefix, fileNode);
+        });
+    }
+
+    void readFile(Folder *folder, int folderId, int position, const QString &prefix,
+                  const Node &node)
+    {
+        QString name;
+        node.string("name", &name);
+        name = mDocument->validatePath(prefix + name, false);
+        QString type;
+        node.string("type", &type);
+        const int fileType = type == QLatin1String("sound") ? File::Sound : File::Image;
+        const int fileId = intOr(node, "id", position);
+
+        File *file = folder->file(name);
+        if (!file) {
+            file = new File(name, realOr(node, "pivot_x", 0.0), 1.0 - realOr(node, "pivot_y", 1.0),
+                            fileType, mDocument->projectDirectory());
+            folder->appendFile(file);
+            // Keep the size the file was saved with while its image is missing, so that
+            // the project saves back unchanged.
+            int width;
+            int height;
+            if (!file->imageLoaded() && file->isImage() && node.integer("width", &width)
+                && node.integer("height", &height) && width > 0 && height > 0)
+                file->setSize(width, height);
+        }
+        mFiles.insert(qMakePair(folderId, fileId), file);
+    }
+
+    void readTagList(const Node &node)
+    {
+        // The project's tag list ("tag_list") is read here.
+        Q_UNUSED(node);
+    }
+
+    void readEntity(const Node &node)
+    {
+        QString name = QStringLiteral("entity_000");
+        node.string("name", &name);
+        node.string("realname", &name);
+        auto *entity = new Entity(name, false);
+        const int index = mDocument->entityCount();
+        mDocument->appendEntity(entity);
+        mEntityIndexes.insert(intOr(node, "id", index), index);
+
+        // The position of each obj_info; timelines refer to objects by it.
+        mObjInfos.clear();
+        mCreatedObjects.clear();
+        node.forEach("obj_info", [&](const Node &child) { readObjInfo(entity, child); });
+        node.forEach("character_map", [&](const Node &child) { readCharacterMap(entity, child); });
+        readEntityVariables(entity, node.first("var_defs"));
+        node.forEach("animation", [&](const Node &child) { readAnimation(entity, child); });
+    }
+
+    void readObjInfo(Entity *entity, const Node &node)
+    {
+        QString typeName;
+        node.string("type", &typeName);
+        const int type = Object::objectTypeFromString(typeName);
+        if (type == 0) {
+            warn(QStringLiteral("Object type \"%1\" is unknown; the object is skipped")
+                     .arg(typeName));
+            mObjInfos.push_back(nullptr);
+            return;
+        }
+        QString name;
+        node.string("name", &name);
+        node.string("realname", &name);
+        auto *object = new Object(name, type);
+        DisplayInfo &info = object->defaultState().info();
+        if (object->isBone() || object->isBox() || object->isSkin()) {
+            info.width = realOr(node, "w", info.width);
+            info.height = realOr(node, "h", info.height);
+        }
+        if (object->isBox() || object->isSkin()) {
+            info.setPivotX(realOr(node, "pivot_x", info.pivotX(false)));
+            info.setPivotY(1.0 - realOr(node, "pivot_y", 1.0 - info.pivotY(false)));
+        }
+        if (object->isSkin()) {
+            if (File *file = fileFromIds(node))
+                object->defaultState().setFileInfo(FileInfo(file->address()));
+            info.x = realOr(node, "x", 0.0);
+            info.y = -realOr(node, "y", 0.0);
+            info.angle = ProjectWriter::normalizedAngle(360.0 - realOr(node, "angle", 360.0));
+            info.xScale = realOr(node, "scale_x", 1.0);
+            info.yScale = realOr(node, "scale_y", 1.0);
+        }
+        entity->appendObject(object, -1, true);
+        readObjectVariables(object, node.first("var_defs"));
+        mObjInfos.push_back(object);
+    }
+
+    void readCharacterMap(Entity *entity, const Node &node)
+    {
+        // Character maps ("character_map" with "map" children) are read here.
+        Q_UNUSED(entity);
+        Q_UNUSED(node);
+    }
+
+    void readEntityVariables(Entity *entity, const Node &node)
+    {
+        // The entity's variable definitions ("var_defs") are read here.
+        Q_UNUSED(entity);
+        Q_UNUSED(node);
+    }
+
+    void readObjectVariables(Object *object, const Node &node)
+    {
+        // An object's variable definitions ("var_defs") are read here.
+        Q_UNUSED(object);
+        Q_UNUSED(node);
+    }
+
+    void readAnimationValueLines(Animation *animation, const Node &node)
+    {
+        // An animation's value and tag lines ("meta") are read here.
+        Q_UNUSED(animation);
+        Q_UNUSED(node);
+    }
+
+    void readTimelineValueLines(Timeline *timeline, const Node &node)
+    {
+        // A timeline's value and tag lines ("meta") are read here.
+        Q_UNUSED(timeline);
+        Q_UNUSED(node);
+    }
+
+    void readAnimation(Entity *entity, const Node &node)
+    {
+        QString name = QStringLiteral("NewAnimation");
+        node.string("name", &name);
+        auto *animation = new Animation(name, false);
+        animation->setLength(qMax(0, intOr(node, "length", animation->length())));
+        const double interval = realOr(node, "interval", animation->snappingInterval());
+        if (interval >= 0.0 && interval < 2147483647.0)
+            animation->setSnappingInterval(int(std::lround(interval)));
+        QString looping;
+        if (node.string("looping", &looping)) {
+            if (looping == QLatin1String("false"))
+                animation->setLoopingMode(Animation::NoLooping);
+            else if (looping == QLatin1String("ping_pong"))
+                animation->setLoopingMode(Animation::PingPong);
+        }
+        animation->setLoopTo(qMax(0, intOr(node, "loop_to", 0)));
+        entity->appendAnimation(animation);
+
+        node.forEach("gline", [&](const Node &child) {
+            GuideLine line;
+            line.position = intOr(child, "pos", 0);
+            line.vertical = intOr(child, "v", 0) == 1;
+            animation->appendGuideLine(line);
+        });
+
+        mTimelines.clear();
+        mTimelineKeys.clear();
+        node.forEach("timeline", [&](const Node &child) {
+            readTimeline(entity, animation, child, 0);
+        });
+        node.forEach("soundline", [&](const Node &child) {
+            readTimeline(entity, animation, child, Object::Sound);
+        });
+        node.forEach("eventline", [&](const Node &child) {
+            readTimeline(entity, animation, child, Object::Event);
+        });
+        const Node mainline = node.first("mainline");
+        if (mainline.isValid())
+            mainline.forEach("key", [&](const Node &child) { readMainlineKey(animation, child); });
+
+        // Each timeline key becomes a child of the mainline key at its time; keys without
+        // one get one (a file from elsewhere may leave them out).
+        for (int t = 0; t < animation->timelineCount(); ++t) {
+            Timeline *timeline = animation->timeline(t);
+            for (int k = 0; k < timeline->keyCount(); ++k) {
+                TimelineKey *key = timeline->key(k);
+                if (MainlineKey *mainKey = animation->mainlineKeyAtExactTime(key->time(true)))
+                    mainKey->addChildTimelineKey(key);
+            }
+        }
+        animation->appendMainKeysForOrphanTimeKeys(false);
+        readAnimationValueLines(animation, node.first("meta"));
+    }
+
+    Object *objectForTimeline(Entity *entity, const Node &node, int forcedType)
+    {
+        QString name;
+        node.string("name", &name);
+        int type = forcedType;
+        if (type == 0) {
+            QString typeName = QStringLiteral("sprite");
+            node.string("object_type", &typeName);
+            type = Object::objectTypeFromString(typeName);
+            if (type == 0 || type == Object::Sound || type == Object::Event)
+                return nullptr;
+        }
+        const int position = intOr(node, "obj", -1);
+        if (position >= 0 && position < int(mObjInfos.size()) && mObjInfos[size_t(position)]
+            && mObjInfos[size_t(position)]->objectType() == type)
+            return mObjInfos[size_t(position)];
+        // Objects without obj_info (points, sounds, events) are rebuilt from their
+        // timelines, once per position.
+        const QPair<int, int> key(position, type);
+        if (Object *object = mCreatedObjects.value(key, nullptr))
+            return object;
+        auto *object = new Object(name, type);
+        entity->appendObject(object, -1, true);
+        mCreatedObjects.insert(key, object);
+        return object;
+    }
+
+    void readTimeline(Entity *entity, Animation *animation, const Node &node, int forcedType)
+    {
+        Object *object = objectForTimeline(entity, node, forcedType);
+        if (!object) {
+            warn(QStringLiteral("A timeline of animation \"%1\" has an unknown object type; "
+                                "it is skipped")
+                     .arg(animation->name()));
+            return;
+        }
+        QString name = object->name();
+        node.string("name", &name);
+        const int id = intOr(node, "id", animation->timelineCount());
+        auto *timeline = new Timeline(object, name, animation->timelineCount());
+        animation->appendTimeline(timeline, -1, true);
+        if (!mTimelines.contains(id))
+            mTimelines.insert(id, timeline);
+        std::vector<TimelineKey *> &keys = mTimelineKeys[timeline];
+        node.forEach("key", [&](const Node &child) {
+            keys.push_back(readTimelineKey(timeline, object, child));
+        });
+        readTimelineValueLines(timeline, node.first("meta"));
+    }
+
+    TimelineKey *readTimelineKey(Timeline *timeline, Object *object, const Node &node)
+    {
+        auto *key = new TimelineKey;
+        key->setId(Animation::currentTimeKeyId++);
+        key->setCachedTime(qMax(0, intOr(node, "time", 0)));
+        readCurve(node, &key->curve());
+        Node content = node.first(object->isBone() ? "bone" : "object");
+        if (content.isValid())
+            readKeyContent(object, key, content);
+        else
+            applyObjectDefaults(object, key);
+        timeline->appendTimelineKey(key, true, false);
+        return key;
+    }
+
+    static void applyObjectDefaults(const Object *object, TimelineKey *key)
+    {
+        if (object->isBone() || object->isBox()) {
+            key->info().width = object->width();
+            key->info().height = object->height();
+        }
+    }
+
+    void readKeyContent(const Object *object, TimelineKey *key, const Node &node)
+    {
+        DisplayInfo &info = key->info();
+        applyObjectDefaults(object, key);
+        if (object->isSound()) {
+            if (File *file = fileFromIds(node))
+                key->setFileInfo(FileInfo(file->address()));
+            key->soundInfo().trigger = intOr(node, "trigger", 1) != 0;
+            key->soundInfo().panning = realOr(node, "panning", 0.0);
+            key->soundInfo().volume = realOr(node, "volume", 1.0);
+            return;
+        }
+        File *file = nullptr;
+        if (object->isSprite() || object->isSkin()) {
+            file = fileFromIds(node);
+            if (file)
+                key->setFileInfo(FileInfo(file->address()));
+        }
+        if (object->isSubEntity()) {
+            int entityId;
+            int animationIndex;
+            if (node.integer("entity", &entityId) && node.integer("animation", &animationIndex))
+                mPendingSubEntities.push_back({key, entityId, animationIndex});
+            key->entityInfo().timeRatio = realOr(node, "t", 0.0);
+        }
+        info.x = realOr(node, "x", 0.0);
+        info.y = -realOr(node, "y", -0.0);
+        if (object->isSprite() || object->isBox()) {
+            double pivotX;
+            double pivotY;
+            const bool hasX = node.real("pivot_x", &pivotX);
+            const bool hasY = node.real("pivot_y", &pivotY);
+            QPointF fallback;
+            if (object->isSprite() && file)
+                fallback = file->pivot(true);
+            else if (object->isBox())
+                fallback = QPointF(object->defaultState().info().pivotX(false),
+                                   object->defaultState().info().pivotY(false));
+            if (!hasX && !hasY && object->isSprite() && file) {
+                info.setDefaultPivot(true, file->address());
+            } else {
+                info.setPivotX(hasX ? pivotX : fallback.x());
+                info.setPivotY(hasY ? 1.0 - pivotY : fallback.y());
+            }
+        }
+        double angle;
+        info.angle = node.real("angle", &angle) ? ProjectWriter::normalizedAngle(360.0 - angle)
+                                                : 0.0;
+        info.xScale = realOr(node, "scale_x", 1.0);
+        info.yScale = realOr(node, "scale_y", 1.0);
+        double red;
+        double green;
+        double blue;
+        const bool hasRed = node.real("r", &red);
+        const bool hasGreen = node.real("g", &green);
+        const bool hasBlue = node.real("b", &blue);
+        if (hasRed || hasGreen || hasBlue)
+            info.color = QColor::fromRgbF(float(qBound(0.0, hasRed ? red : 1.0, 1.0)),
+                                          float(qBound(0.0, hasGreen ? green : 1.0, 1.0)),
+                                          float(qBound(0.0, hasBlue ? blue : 1.0, 1.0)));
+        info.alpha = realOr(node, "a", 1.0);
+    }
+
+    TimelineKey *referencedKey(const Animation *animation, const Node &node)
+    {
+        int timelineId;
+        int keyIndex;
+        if (!node.integer("timeline", &timelineId) || !node.integer("key", &keyIndex)) {
+            warn(QStringLiteral("A reference in animation \"%1\" names no timeline key; "
+                                "it is dropped")
+                     .arg(animation->name()));
+            return nullptr;
+        }
+        Timeline *timeline = mTimelines.value(timelineId, nullptr);
+        const auto keys = mTimelineKeys.constFind(timeline);
+        if (!timeline || keys == mTimelineKeys.constEnd() || keyIndex < 0
+            || keyIndex >= int(keys->size())) {
+            warn(QStringLiteral("A reference in animation \"%1\" names timeline %2 key %3, "
+                                "which does not exist; it is dropped")
+                     .arg(animation->name())
+                     .arg(timelineId)
+                     .arg(keyIndex));
+            return nullptr;
+        }
+        return (*keys)[size_t(keyIndex)];
+    }
+
+    void readMainlineKey(Animation *animation, const Node &node)
+    {
+        auto *key = new MainlineKey;
+        const int time = qMax(0, intOr(node, "time", 0));
+        readCurve(node, &key->curve());
+        if (animation->appendMainlineKey(key, time, true, true) == -2) {
+            // appendMainlineKey consumed the key.
+            warn(QStringLiteral("Animation \"%1\" has two mainline keys at %2 ms; the second "
+                                "is dropped")
+                     .arg(animation->name())
+                     .arg(time));
+            return;
+        }
+
+        QHash<int, BoneRef *> bonesById;
+        QHash<ObjectRef *, int> parentIds;
+        node.forEach("bone_ref", [&](const Node &child) {
+            TimelineKey *target = referencedKey(animation, child);
+            if (!target || !target->parentTimeline()->isBone())
+                return;
+            auto *ref = new BoneRef(target);
+            key->appendBoneRef(ref);
+            const int id = intOr(child, "id", key->boneRefCount() - 1);
+            if (!bonesById.contains(id))
+                bonesById.insert(id, ref);
+            int parent;
+            if (child.integer("parent", &parent))
+                parentIds.insert(ref, parent);
+        });
+        node.forEach("object_ref", [&](const Node &child) {
+            TimelineKey *target = referencedKey(animation, child);
+            if (!target || target->parentTimeline()->isBone())
+                return;
+            auto *ref = new ZRef(target);
+            ref->setLoadZIndex(intOr(child, "z_index", key->zRefCount()));
+            key->appendZRef(ref);
+            int parent;
+            if (child.integer("parent", &parent))
+                parentIds.insert(ref, parent);
+        });
+        // Parents are set once all bones are known; a parent that is missing, or one that
+        // would close a cycle, is dropped.
+        for (auto it = parentIds.constBegin(); it != parentIds.constEnd(); ++it) {
+            BoneRef *parent = bonesById.value(it.value(), nullptr);
+            if (!parent) {
+                warn(QStringLiteral("A reference in animation \"%1\" names a missing parent "
+                                    "bone; it keeps no parent")
+                         .arg(animation->name()));
+                continue;
+            }
+            it.key()->setParentRef(parent);
+        }
+        for (int b = 0; b < key->boneRefCount(); ++b) {
+            BoneRef *ref = key->boneRef(b);
+            int steps = 0;
+            for (BoneRef *up = ref->parentRef(); up; up = up->parentRef()) {
+                if (up == ref || ++steps > key->boneRefCount()) {
+                    warn(QStringLiteral("Bone parents in animation \"%1\" form a cycle; it is "
+                                        "broken")
+                             .arg(animation->name()));
+                    ref->setParentRef(nullptr);
+                    break;
+                }
+            }
+        }
+        key->sortRefsByLoadZIndex(true);
+    }
+
+    void resolveSubEntityKeys()
+    {
+        for (const PendingSubEntity &pending : mPendingSubEntities) {
+            const int index = mEntityIndexes.value(pending.entityId, -1);
+            Entity *entity = mDocument->entity(index);
+            if (!entity || !entity->animation(pending.animationIndex)) {
+                warn(QStringLiteral("A sub-entity key names entity %1 animation %2, which do "
+                                    "not exist; it shows nothing")
+                         .arg(pending.entityId)
+                         .arg(pending.animationIndex));
+                continue;
+            }
+            pending.key->entityInfo().animation
+                = Address(mDocument, {index, pending.animationIndex},
+                          entity->animation(pending.animationIndex));
+        }
+    }
+
+    static constexpr int MaxWarnings = 100;
+
+    RigxData *mDocument;
+    QStringList *mWarnings;
+    QStringList mAtlasNames;
+    int mFolderElements = 0;
+    QHash<QPair<int, int>, File *> mFiles;
+    QHash<int, int> mEntityIndexes;
+    std::vector<Object *> mObjInfos;
+    QHash<QPair<int, int>, Object *> mCreatedObjects;
+    QHash<int, Timeline *> mTimelines;
+    QHash<const Timeline *, std::vector<TimelineKey *>> mTimelineKeys;
+    std::vector<PendingSubEntity> mPendingSubEntities;
+};
+
+} // namespace Morvane

@@ -1,0 +1,616 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "projectwriter.h"
+
+#include "eval/displayinfo.h"
+#include "eval/tweeninfo.h"
+#include "io/projectsink.h"
+#include "model/animation.h"
+#include "model/entity.h"
+#include "model/file.h"
+#include "model/folder.h"
+#include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/objectref.h"
+#include "model/rigxdata.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QSet>
+
+#include <cmath>
+#include <map>
+
+namespace Morvane {
+
+namespace {
+
+const QString sGenerator = QStringLiteral("Tallowcraft Morvane");
+
+// A file's name as written: without atlas bracket directory, "./" segments and doubled
+// slashes, so the same image is always named the same way.
+QString cleanFileName(const QString &name)
+{
+    QString clean = RigxData::removeBeginningBracketDirectory(name);
+    while (clean.contains(QLatin1String("//")))
+        clean.replace(QLatin1String("//"), QLatin1String("/"));
+    while (clean.startsWith(QLatin1String("./")))
+        clean.remove(0, 2);
+    while (clean.contains(QLatin1String("/./")))
+        clean.replace(QLatin1String("/./"), QLatin1String("/"));
+    return clean;
+}
+
+bool isRootFolderName(const QString &name)
+{
+    return name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("/");
+}
+
+} // namespace
+
+ProjectWriter::ProjectWriter(RigxData &document, ProjectSink &sink,
+                             const ProjectSaveOptions &options)
+    : mDocument(document)
+    , mSink(sink)
+    , mOptions(options)
+{
+}
+
+void ProjectWriter::prepareDocument(RigxData &document)
+{
+    for (int e = 0; e < document.entityCount(); ++e) {
+        Entity *entity = document.entity(e);
+        for (int a = 0; a < entity->animationCount(); ++a)
+            entity->animation(a)->deleteEmptyTimelines(true);
+    }
+    document.removeUnusedFiles();
+}
+
+double ProjectWriter::normalizedAngle(double angle)
+{
+    if (!std::isfinite(angle))
+        return 0.0;
+    // fmod first, so that a huge value does not loop for ages.
+    if (std::fabs(angle) > 3600.0)
+        angle = std::fmod(angle, 360.0);
+    while (angle < 0.0)
+        angle += 360.0;
+    while (angle > 360.0)
+        angle -= 360.0;
+    return angle;
+}
+
+bool ProjectWriter::isClockwise(double from, double to)
+{
+    if (from == to)
+        return false;
+    double difference = to - from;
+    for (int guard = 0; difference < -180.0 && guard < 64; ++guard) {
+        from -= 360.0;
+        difference = to - from;
+    }
+    if (difference <= 180.0)
+        return to > from;
+    for (int guard = 0; to - from > 180.0 && guard < 64; ++guard)
+        to -= 360.0;
+    return to > from;
+}
+
+void ProjectWriter::indexFiles()
+{
+    mFilePositions.clear();
+    for (int f = 0; f < mDocument.folderCount(); ++f) {
+        const Folder *folder = mDocument.folder(f);
+        for (int i = 0; i < folder->fileCount(); ++i)
+            mFilePositions.insert(folder->file(i), FilePosition(f, i));
+    }
+}
+
+bool ProjectWriter::filePosition(const File *file, FilePosition *position) const
+{
+    const auto it = mFilePositions.constFind(file);
+    if (it == mFilePositions.constEnd())
+        return false;
+    *position = it.value();
+    return true;
+}
+
+void ProjectWriter::write()
+{
+    indexFiles();
+    // Angles are stored back normalised, and bone references reordered, before anything
+    // is written, so that spin and parent ids see the final values.
+    for (int e = 0; e < mDocument.entityCount(); ++e) {
+        Entity *entity = mDocument.entity(e);
+        for (int a = 0; a < entity->animationCount(); ++a) {
+            Animation *animation = entity->animation(a);
+            for (int t = 0; t < animation->timelineCount(); ++t) {
+                Timeline *timeline = animation->timeline(t);
+                for (int k = 0; k < timeline->keyCount(); ++k) {
+                    DisplayInfo &info = timeline->key(k)->info();
+                    info.angle = normalizedAngle(info.angle);
+                }
+            }
+            for (int m = 0; m < animation->mainlineKeyCount(); ++m)
+                animation->mainlineKey(m)->applyBoneSaveSortIds();
+        }
+    }
+    writeRoot();
+}
+
+void ProjectWriter::writeRoot()
+{
+    mSink.startElement("morvane_data");
+    mSink.attribute(mSink.isJson() ? "rigj_version" : "rigx_version", u"1.0");
+    mSink.attribute("generator", sGenerator);
+    mSink.attribute("generator_version", mDocument.kind());
+    if (mOptions.pixelArtMode)
+        mSink.integerAttribute("pixel_mode", 1);
+
+    writeAtlases();
+    for (int f = 0; f < mDocument.folderCount(); ++f)
+        writeFolder(*mDocument.folder(f), f);
+    writeTagList();
+    for (int e = 0; e < mDocument.entityCount(); ++e)
+        writeEntity(*mDocument.entity(e), e);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeAtlases()
+{
+    // Distinct atlas names in ascending order; a folder refers to its name's position.
+    std::map<QString, int> names;
+    for (int f = 0; f < mDocument.folderCount(); ++f) {
+        const Folder *folder = mDocument.folder(f);
+        if (folder->spriteSheet())
+            names.emplace(folder->spriteSheetName(), 0);
+    }
+    mAtlasIndexes.clear();
+    if (names.empty())
+        return;
+    mSink.startElement("atlas", true);
+    int index = 0;
+    for (auto &entry : names) {
+        entry.second = index;
+        mAtlasIndexes.insert(entry.first, index++);
+        mSink.startElement("i");
+        mSink.attribute("name", entry.first);
+        mSink.endElement();
+    }
+    mSink.endElement();
+}
+
+void ProjectWriter::writeFolder(const Folder &folder, int index)
+{
+    mSink.startElement("folder");
+    mSink.integerAttribute("id", index);
+    const QString name = RigxData::removeBeginningBracketDirectory(folder.name());
+    if (!isRootFolderName(name))
+        mSink.attribute("name", name);
+    if (folder.spriteSheet())
+        mSink.integerAttribute("atlas", mAtlasIndexes.value(folder.spriteSheetName()));
+    for (int i = 0; i < folder.fileCount(); ++i)
+        writeFile(*folder.file(i), i);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeFile(const File &file, int index)
+{
+    mSink.startElement("file");
+    mSink.integerAttribute("id", index);
+    mSink.attribute("name", cleanFileName(file.name()));
+    if (!file.isImage()) {
+        mSink.attribute("type", file.typeString());
+    } else {
+        const QPointF pivot = file.pivot(false);
+        mSink.integerAttribute("width", file.width());
+        mSink.integerAttribute("height", file.height());
+        mSink.g6Attribute("pivot_x", pivot.x());
+        mSink.g6Attribute("pivot_y", 1.0 - pivot.y());
+    }
+    mSink.endElement();
+}
+
+bool ProjectWriter::objectHasVariables(const Object &object) const
+{
+    // Variable definitions: answered here once objects carry them.
+    Q_UNUSED(object);
+    return false;
+}
+
+bool ProjectWriter::writesObjInfo(const Object &object) const
+{
+    return object.isBone() || object.isBox() || object.isSkin() || object.isSprite()
+           || object.isSubEntity() || objectHasVariables(object);
+}
+
+void ProjectWriter::writeEntity(Entity &entity, int index)
+{
+    // Written obj_infos are numbered first; objects without one continue the numbering,
+    // so that their timelines still name them apart (the reader rebuilds them from the
+    // timeline's name and type).
+    mObjectPositions.clear();
+    int position = 0;
+    for (int o = 0; o < entity.objectCount(); ++o) {
+        if (writesObjInfo(*entity.object(o)))
+            mObjectPositions.insert(entity.object(o), position++);
+    }
+    for (int o = 0; o < entity.objectCount(); ++o) {
+        if (!writesObjInfo(*entity.object(o)))
+            mObjectPositions.insert(entity.object(o), position++);
+    }
+
+    mSink.startElement("entity");
+    mSink.integerAttribute("id", index);
+    mSink.attribute("name", entity.name());
+    for (int o = 0; o < entity.objectCount(); ++o) {
+        if (writesObjInfo(*entity.object(o)))
+            writeObjInfo(entity, *entity.object(o));
+    }
+    writeCharacterMaps(entity);
+    writeEntityVariables(entity);
+    for (int a = 0; a < entity.animationCount(); ++a)
+        writeAnimation(*entity.animation(a), a);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeObjInfo(const Entity &entity, const Object &object)
+{
+    mSink.startElement("obj_info");
+    if (mOptions.objInfoNamesUniqueToFile) {
+        mSink.attribute("name", QString(entity.name() + QLatin1Char('_') + object.name()));
+        mSink.attribute("realname", object.name());
+    } else {
+        mSink.attribute("name", object.name());
+    }
+    mSink.attribute("type", object.objectTypeString());
+    const TimelineKey &state = object.defaultState();
+    if (object.isBone() || object.isBox() || object.isSkin()) {
+        mSink.g6Attribute("w", object.width());
+        mSink.g6Attribute("h", object.height());
+    }
+    if (object.isBox() || object.isSkin()) {
+        mSink.g6Attribute("pivot_x", state.info().pivotX(false));
+        mSink.g6Attribute("pivot_y", 1.0 - state.info().pivotY(false));
+    }
+    if (object.isSkin()) {
+        FilePosition position;
+        if (filePosition(state.fileInfo().file(), &position)) {
+            mSink.integerAttribute("folder", position.first);
+            mSink.integerAttribute("file", position.second);
+        }
+        const DisplayInfo &info = state.info();
+        mSink.real6Attribute("x", info.x);
+        mSink.real6Attribute("y", -info.y);
+        mSink.real6Attribute("angle", 360.0 - normalizedAngle(info.angle));
+        mSink.real6Attribute("scale_x", info.xScale);
+        mSink.real6Attribute("scale_y", info.yScale);
+        // The mesh of a skin is written here once skins carry one.
+    }
+    writeObjectVariables(object);
+    if (object.isSprite())
+        writeFrames(entity, object);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeFrames(const Entity &entity, const Object &object)
+{
+    // Every image a key of this object shows, animation by animation, each once.
+    QSet<const File *> seen;
+    QList<FilePosition> frames;
+    for (int a = 0; a < entity.animationCount(); ++a) {
+        const Animation *animation = entity.animation(a);
+        for (int t = 0; t < animation->timelineCount(); ++t) {
+            const Timeline *timeline = animation->timeline(t);
+            if (timeline->object() != &object)
+                continue;
+            for (int k = 0; k < timeline->keyCount(); ++k) {
+                const File *file = timeline->key(k)->fileInfo().file();
+                FilePosition position;
+                if (!file || seen.contains(file) || !filePosition(file, &position))
+                    continue;
+                seen.insert(file);
+                frames.append(position);
+            }
+        }
+    }
+    mSink.startElement("frames", true);
+    for (const FilePosition &position : std::as_const(frames)) {
+        mSink.startElement("i");
+        mSink.integerAttribute("folder", position.first);
+        mSink.integerAttribute("file", position.second);
+        mSink.endElement();
+    }
+    mSink.endElement();
+}
+
+void ProjectWriter::writeAnimation(Animation &animation, int index)
+{
+    mTimelineIndexes.clear();
+    for (int t = 0; t < animation.timelineCount(); ++t)
+        mTimelineIndexes.insert(animation.timeline(t), t);
+
+    mSink.startElement("animation");
+    mSink.integerAttribute("id", index);
+    mSink.attribute("name", animation.name());
+    mSink.integerAttribute("length", animation.length());
+    mSink.g6Attribute("interval", animation.snappingInterval());
+    if (animation.loopingMode() == Animation::NoLooping)
+        mSink.attribute("looping", u"false");
+    else if (animation.loopingMode() == Animation::PingPong)
+        mSink.attribute("looping", u"ping_pong");
+    if (animation.loopTo() > 0)
+        mSink.integerAttribute("loop_to", animation.loopTo());
+
+    for (int g = 0; g < animation.guidelineCount(); ++g) {
+        const GuideLine line = animation.guideline(g);
+        mSink.startElement("gline");
+        mSink.integerAttribute("pos", line.position);
+        if (line.vertical)
+            mSink.integerAttribute("v", 1);
+        mSink.endElement();
+    }
+    writeMainline(animation);
+    for (int t = 0; t < animation.timelineCount(); ++t) {
+        Timeline *timeline = animation.timeline(t);
+        if (!timeline->isSound() && !timeline->isEvent())
+            writeTimeline(*timeline, t);
+    }
+    for (int t = 0; t < animation.timelineCount(); ++t) {
+        if (animation.timeline(t)->isSound())
+            writeTimeline(*animation.timeline(t), t);
+    }
+    for (int t = 0; t < animation.timelineCount(); ++t) {
+        if (animation.timeline(t)->isEvent())
+            writeTimeline(*animation.timeline(t), t);
+    }
+    writeAnimationValueLines(animation);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeMainline(Animation &animation)
+{
+    mSink.startElement("mainline", true);
+    for (int m = 0; m < animation.mainlineKeyCount(); ++m)
+        writeMainlineKey(*animation.mainlineKey(m), m);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeCurve(const TweenInfo &curve)
+{
+    if (curve.isLinear())
+        return;
+    mSink.attribute("curve_type", curve.curveTypeName());
+    static const char *const names[] = {"c1", "c2", "c3", "c4"};
+    for (int i = 0; i < curve.cCount() && i < TweenInfo::MaxParameters; ++i)
+        mSink.g6Attribute(names[i], curve.cAt(i));
+}
+
+void ProjectWriter::writeMainlineKey(MainlineKey &key, int index)
+{
+    mSink.startElement("key");
+    mSink.integerAttribute("id", index);
+    if (key.currentTime() != 0)
+        mSink.integerAttribute("time", key.currentTime());
+    writeCurve(key.curve());
+
+    // References whose key is gone are left out; the others are numbered as written.
+    QHash<const BoneRef *, int> boneIds;
+    for (int b = 0; b < key.boneRefCount(); ++b) {
+        const BoneRef *ref = key.boneRef(b);
+        const TimelineKey *target = ref->key();
+        if (!target || !ref->timeline() || !mTimelineIndexes.contains(ref->timeline()))
+            continue;
+        const int id = int(boneIds.size());
+        boneIds.insert(ref, id);
+        mSink.startElement("bone_ref");
+        mSink.integerAttribute("id", id);
+        if (ref->parentRef() && boneIds.contains(ref->parentRef()))
+            mSink.integerAttribute("parent", boneIds.value(ref->parentRef()));
+        mSink.integerAttribute("timeline", mTimelineIndexes.value(ref->timeline()));
+        mSink.integerAttribute("key", ref->keyIndex());
+        mSink.endElement();
+    }
+    int written = 0;
+    for (int z = 0; z < key.zRefCount(); ++z) {
+        const ZRef *ref = key.zRef(z);
+        const TimelineKey *target = ref->key();
+        if (!target || !ref->timeline() || !mTimelineIndexes.contains(ref->timeline()))
+            continue;
+        mSink.startElement("object_ref");
+        mSink.integerAttribute("id", written);
+        if (ref->parentRef() && boneIds.contains(ref->parentRef()))
+            mSink.integerAttribute("parent", boneIds.value(ref->parentRef()));
+        DisplayInfo pose;
+        if (mOptions.absolutePose && ref->timeline()->isSprite()
+            && mOptions.absolutePose(*ref, &pose)) {
+            const Object *object = ref->timeline()->object();
+            mSink.attribute("name", object ? object->name() : ref->timeline()->name());
+            FilePosition position;
+            if (filePosition(target->fileInfo().file(), &position)) {
+                mSink.integerAttribute("folder", position.first);
+                mSink.integerAttribute("file", position.second);
+            }
+            mSink.real6Attribute("abs_x", pose.x);
+            mSink.real6Attribute("abs_y", -pose.y);
+            if (mSink.isJson()) {
+                mSink.real6Attribute("abs_pivot_x", pose.pivotX());
+                mSink.real6Attribute("abs_pivot_y", 1.0 - pose.pivotY());
+            }
+            mSink.real6Attribute("abs_angle", 360.0 - normalizedAngle(pose.angle));
+            mSink.real6Attribute("abs_scale_x", pose.xScale);
+            mSink.real6Attribute("abs_scale_y", pose.yScale);
+            mSink.real6Attribute("abs_a", pose.alpha);
+        }
+        mSink.integerAttribute("timeline", mTimelineIndexes.value(ref->timeline()));
+        mSink.integerAttribute("key", ref->keyIndex());
+        mSink.integerAttribute("z_index", written);
+        mSink.endElement();
+        ++written;
+    }
+    mSink.endElement();
+}
+
+void ProjectWriter::writeTimeline(Timeline &timeline, int index)
+{
+    const bool sound = timeline.isSound();
+    const bool event = timeline.isEvent();
+    mSink.startElement(sound ? "soundline" : event ? "eventline" : "timeline");
+    mSink.integerAttribute("id", index);
+    mSink.integerAttribute("obj", mObjectPositions.value(timeline.object(), -1));
+    mSink.attribute("name", timeline.name());
+    if (!sound && !event && !timeline.isSprite())
+        mSink.attribute("object_type", timeline.objectTypeString());
+    for (int k = 0; k < timeline.keyCount(); ++k)
+        writeTimelineKey(timeline, k);
+    writeTimelineValueLines(timeline);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeTimelineKey(const Timeline &timeline, int index)
+{
+    const TimelineKey &key = *timeline.key(index);
+    mSink.startElement("key");
+    mSink.integerAttribute("id", index);
+    const int time = key.time(true);
+    if (time != 0)
+        mSink.integerAttribute("time", time);
+    if (timeline.isEvent()) {
+        mSink.endElement();
+        return;
+    }
+    // Spin is derived from this key's and the next key's angle (the last key wraps to the
+    // first; a single key compares with itself).
+    const double angle = key.info().angle;
+    const double next = timeline.key((index + 1) % timeline.keyCount())->info().angle;
+    if (std::fabs(angle - next) < 0.00001)
+        mSink.integerAttribute("spin", 0);
+    else if (isClockwise(angle, next))
+        mSink.integerAttribute("spin", -1);
+    writeCurve(key.curve());
+    writeKeyContent(timeline, key);
+    mSink.endElement();
+}
+
+void ProjectWriter::writeSoundAttributes(const TimelineKey &key)
+{
+    FilePosition position;
+    if (filePosition(key.fileInfo().file(), &position)) {
+        mSink.integerAttribute("folder", position.first);
+        mSink.integerAttribute("file", position.second);
+    }
+    const SoundInfo &sound = key.soundInfo();
+    if (!sound.trigger)
+        mSink.integerAttribute("trigger", 0);
+    if (sound.panning != 0.0)
+        mSink.g6Attribute("panning", sound.panning);
+    if (sound.volume != 1.0)
+        mSink.g6Attribute("volume", sound.volume);
+}
+
+void ProjectWriter::writeKeyContent(const Timeline &timeline, const TimelineKey &key)
+{
+    mSink.startElement(timeline.isBone() ? "bone" : "object", true);
+    if (timeline.isSound()) {
+        writeSoundAttributes(key);
+        mSink.endElement();
+        return;
+    }
+    const DisplayInfo &info = key.info();
+    const bool sprite = timeline.isSprite();
+    const bool box = timeline.isBox();
+    if (sprite || timeline.isSkin()) {
+        FilePosition position;
+        if (filePosition(key.fileInfo().file(), &position)) {
+            mSink.integerAttribute("folder", position.first);
+            mSink.integerAttribute("file", position.second);
+        }
+    }
+    if (timeline.isSubEntity()) {
+        const Address &target = key.entityInfo().animation;
+        mSink.integerAttribute("entity", target.entityIndex());
+        mSink.integerAttribute("animation", target.animationIndex());
+        mSink.g6Attribute("t", key.entityInfo().timeRatio);
+    }
+    if (info.x != 0.0)
+        mSink.real6Attribute("x", info.x);
+    if (info.y != 0.0)
+        mSink.real6Attribute("y", -info.y);
+    if (sprite || box) {
+        // A key that follows its image's default pivot leaves the pivot out; so does one
+        // whose own pivot equals that default.
+        bool writePivot = !info.defaultPivot();
+        if (writePivot) {
+            QPointF reference(qQNaN(), qQNaN());
+            if (sprite && key.fileInfo().file())
+                reference = key.fileInfo().file()->pivot(true);
+            else if (box && timeline.object())
+                reference = QPointF(timeline.object()->defaultState().info().pivotX(false),
+                                    timeline.object()->defaultState().info().pivotY(false));
+            writePivot = !(reference.x() == info.pivotX(false)
+                           && reference.y() == info.pivotY(false));
+        }
+        if (writePivot) {
+            mSink.real6Attribute("pivot_x", info.pivotX(false));
+            mSink.real6Attribute("pivot_y", 1.0 - info.pivotY(false));
+        }
+    }
+    if (info.angle != 0.0)
+        mSink.real6Attribute("angle", 360.0 - info.angle);
+    if (timeline.isBone() || sprite || box || timeline.isSubEntity()) {
+        if (info.xScale != 1.0)
+            mSink.real6Attribute("scale_x", info.xScale);
+        if (info.yScale != 1.0)
+            mSink.real6Attribute("scale_y", info.yScale);
+    }
+    if (info.color.isValid()) {
+        if (info.color.redF() != 1.0)
+            mSink.real6Attribute("r", info.color.redF());
+        if (info.color.greenF() != 1.0)
+            mSink.real6Attribute("g", info.color.greenF());
+        if (info.color.blueF() != 1.0)
+            mSink.real6Attribute("b", info.color.blueF());
+    }
+    if (info.alpha != 1.0)
+        mSink.real6Attribute("a", info.alpha);
+    // The mesh data of skin keys is written here once skins carry one.
+    mSink.endElement();
+}
+
+void ProjectWriter::writeTagList()
+{
+    // The project's tag list ("tag_list") is written here, between folders and entities.
+}
+
+void ProjectWriter::writeCharacterMaps(const Entity &entity)
+{
+    // The entity's character maps ("character_map" with "map" children) are written here,
+    // after the obj_infos.
+    Q_UNUSED(entity);
+}
+
+void ProjectWriter::writeEntityVariables(const Entity &entity)
+{
+    // The entity's variable definitions ("var_defs") are written here, before animations.
+    Q_UNUSED(entity);
+}
+
+void ProjectWriter::writeObjectVariables(const Object &object)
+{
+    // An object's variable definitions ("var_defs") are written here, inside its obj_info.
+    Q_UNUSED(object);
+}
+
+void ProjectWriter::writeAnimationValueLines(const Animation &animation)
+{
+    // The animation's own value and tag lines ("meta") are written here, last.
+    Q_UNUSED(animation);
+}
+
+void ProjectWriter::writeTimelineValueLines(const Timeline &timeline)
+{
+    // A timeline's value and tag lines ("meta") are written here, after its keys.
+    Q_UNUSED(timeline);
+}
+
+} // namespace Morvane

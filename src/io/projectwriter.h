@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include "io/projectsaveoptions.h"
+
+#include <QHash>
+#include <QPair>
+#include <QString>
+
+namespace Morvane {
+
+class Animation;
+class Entity;
+class File;
+class Folder;
+class MainlineKey;
+class Object;
+class ProjectSink;
+class RigxData;
+class Timeline;
+class TimelineKey;
+class TweenInfo;
+
+/// Walks a document and sends it to a sink in file order: the one place that knows the
+/// elements, their order, the number forms, the omission rules and the file's coordinate
+/// conventions (y up, counter-clockwise angles, pivot y from the bottom).
+///
+/// Writing has two intended side effects on the document, both made before anything is
+/// emitted by `prepare`: key angles are normalised into 0..360, and the bone references of
+/// every mainline key are put into depth-first order. Ids are written as positions.
+class ProjectWriter
+{
+public:
+    ProjectWriter(RigxData &document, ProjectSink &sink, const ProjectSaveOptions &options);
+
+    /// The clean-up before a save: empty timelines and unused files go.
+    static void prepareDocument(RigxData &document);
+
+    void write();
+
+    /// Whether turning from model angle `from` to `to` the shorter way is clockwise.
+    static bool isClockwise(double from, double to);
+    /// `angle` brought into 0..360 the way saving stores it back (360 stays 360).
+    static double normalizedAngle(double angle);
+
+private:
+    using FilePosition = QPair<int, int>; // folder index, file index
+
+    void indexFiles();
+    bool filePosition(const File *file, FilePosition *position) const;
+
+    void writeRoot();
+    void writeAtlases();
+    void writeFolder(const Folder &folder, int index);
+    void writeFile(const File &file, int index);
+    void writeEntity(Entity &entity, int index);
+    void writeObjInfo(const Entity &entity, const Object &object);
+    void writeFrames(const Entity &entity, const Object &object);
+    void writeAnimation(Animation &animation, int index);
+    void writeMainline(Animation &animation);
+    void writeMainlineKey(MainlineKey &key, int index);
+    void writeTimeline(Timeline &timeline, int index);
+    void writeTimelineKey(const Timeline &timeline, int index);
+    void writeKeyContent(const Timeline &timeline, const TimelineKey &key);
+    void writeSoundAttributes(const TimelineKey &key);
+    void writeCurve(const TweenInfo &curve);
+
+    // Places for the variables, value lines, tags and character maps that other parts of
+    // the program store; each is written exactly here in the element order of the file.
+    void writeTagList();
+    void writeCharacterMaps(const Entity &entity);
+    void writeEntityVariables(const Entity &entity);
+    void writeObjectVariables(const Object &object);
+    void writeAnimationValueLines(const Animation &animation);
+    void writeTimelineValueLines(const Timeline &timeline);
+    /// Whether the object has variable definitions, which make it need an `obj_info`.
+    bool objectHasVariables(const Object &object) const;
+
+    /// Whether the object is written as an `obj_info`.
+    bool writesObjInfo(const Object &object) const;
+
+    RigxData &mDocument;
+    ProjectSink &mSink;
+    const ProjectSaveOptions &mOptions;
+    QHash<const File *, FilePosition> mFilePositions;
+    QHash<QString, int> mAtlasIndexes;
+    // Per entity: the `obj` number of each object (written obj_infos first, the rest after).
+    QHash<const Object *, int> mObjectPositions;
+    // Per animation: each timeline's index.
+    QHash<const Timeline *, int> mTimelineIndexes;
+};
+
+} // namespace Morvane

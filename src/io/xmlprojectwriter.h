@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include "io/projectsaveoptions.h"
+
+#include <QString>
+
+class QIODevice;
+
+namespace Morvane {
+
+class RigxData;
+
+/// Writes a project in the XML form (root element "morvane_data").
+class XmlProjectWriter
+{
+public:
+    /// Writes the whole document to `device`, indented with 4 spaces when
+    /// `options.prettifyXml`, else on one line. The document is not cleaned up first (see
+    /// `ProjectWriter::prepareDocument`); key angles are normalised and bone references
+    /// reordered as a side effect. Returns false with the device's reason in `error` when
+    /// writing fails.
+    static bool write(RigxData &document, QIODevice *device, const ProjectSaveOptions &options,
+                      QString *error = nullptr);
+};
+
+} // namespace Morvane

@@ -1,0 +1,537 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "testhost.h"
+
+#include "io/jsonprojectreader.h"
+#include "io/projectfile.h"
+#include "io/projectwriter.h"
+#include "io/xmlprojectreader.h"
+#include "io/xmlprojectwriter.h"
+#include "model/animation.h"
+#include "model/entity.h"
+#include "model/file.h"
+#include "model/folder.h"
+#include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/objectref.h"
+#include "model/rigxdata.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace Morvane;
+
+namespace {
+
+QByteArray writeXml(RigxData &document, bool pretty = true)
+{
+    QByteArray out;
+    QBuffer buffer(&out);
+    buffer.open(QIODevice::WriteOnly);
+    ProjectSaveOptions options;
+    options.prettifyXml = pretty;
+    XmlProjectWriter::write(document, &buffer, options);
+    return out;
+}
+
+// A document with one sprite timeline whose keys have the given model angles and values.
+struct SpriteProject
+{
+    RigxData document;
+    Animation *animation = nullptr;
+    Timeline *timeline = nullptr;
+    File *file = nullptr;
+
+    explicit SpriteProject(const QList<DisplayInfo> &keys, const QList<int> &times = {})
+    {
+        document.setFilePath(QStringLiteral("/nonexistent/project.rigx"));
+        auto *folder = new Folder(QString());
+        document.appendFolder(folder);
+        file = new File(QStringLiteral("a.png"), 0.5, 0.5, File::Image, document.projectDirectory());
+        folder->appendFile(file);
+        auto *entity = new Entity(QStringLiteral("e"));
+        document.appendEntity(entity);
+        auto *object = new Object(QStringLiteral("s"), Object::Sprite);
+        entity->appendObject(object);
+        animation = new Animation(QStringLiteral("a"), true);
+        entity->appendAnimation(animation);
+        timeline = new Timeline(object, QStringLiteral("s"));
+        animation->appendTimeline(timeline);
+        for (int i = 0; i < keys.size(); ++i) {
+            auto *key = new TimelineKey(FileInfo(file->address()), keys.at(i));
+            key->setCachedTime(times.value(i, i * 100));
+            timeline->appendTimelineKey(key, true, false);
+        }
+        animation->appendMainKeysForOrphanTimeKeys(false);
+    }
+};
+
+DisplayInfo spriteInfo(double angle = 0.0)
+{
+    DisplayInfo info;
+    info.angle = angle;
+    info.setPivotX(0.5);
+    info.setPivotY(0.5);
+    return info;
+}
+
+// The text of the first line holding `needle`, trimmed.
+QByteArray lineWith(const QByteArray &text, const QByteArray &needle)
+{
+    for (const QByteArray &line : text.split('\n')) {
+        if (line.contains(needle))
+            return line.trimmed();
+    }
+    return QByteArray();
+}
+
+} // namespace
+
+class TestProjectFile : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void roundTripIsByteIdentical_data();
+    void roundTripIsByteIdentical();
+    void xmlJsonXmlGivesSameFile();
+    void idsAreRemapped();
+    void keyValues_data();
+    void keyValues();
+    void angleIsStoredBackNormalised();
+    void spin_data();
+    void spin();
+    void animationAttributes();
+    void pointsHaveNoObjInfo();
+    void extensionCaseIsIgnored();
+    void errorLines_data();
+    void errorLines();
+    void failedOpenKeepsDocument();
+    void failedSaveKeepsOldFile();
+    void unwritableFolderKeepsOldFile();
+    void hostileInput_data();
+    void hostileInput();
+    void jsonLayout();
+};
+
+void TestProjectFile::roundTripIsByteIdentical_data()
+{
+    QTest::addColumn<QString>("fixture");
+    QTest::addColumn<bool>("pretty");
+    QTest::newRow("pretty xml") << testData("canonical.rigx") << true;
+    QTest::newRow("compact xml") << testData("canonical-compact.rigx") << false;
+    QTest::newRow("pretty json") << testData("canonical.rigj") << true;
+}
+
+void TestProjectFile::roundTripIsByteIdentical()
+{
+    QFETCH(QString, fixture);
+    QFETCH(bool, pretty);
+    QTemporaryDir dir;
+    TestHost host;
+    RigxData document;
+    QStringList warnings;
+    QVERIFY(ProjectFile::open(&document, fixture, &host, nullptr, &warnings));
+    QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
+    ProjectSaveOptions options;
+    options.prettifyXml = pretty;
+    options.prettifyJson = pretty;
+    const QString out = dir.filePath(QFileInfo(fixture).fileName());
+    QVERIFY(ProjectFile::save(&document, out, options, &host));
+    QCOMPARE(readAll(out), readAll(fixture));
+    QVERIFY(host.lines.isEmpty());
+    QCOMPARE(host.suppressDepth, 0);
+}
+
+void TestProjectFile::xmlJsonXmlGivesSameFile()
+{
+    QTemporaryDir dir;
+    TestHost host;
+    RigxData xml;
+    QVERIFY(ProjectFile::open(&xml, testData("canonical.rigx"), &host));
+    QVERIFY(ProjectFile::save(&xml, dir.filePath(QStringLiteral("p.rigj")), {}, &host));
+    RigxData json;
+    QVERIFY(ProjectFile::open(&json, dir.filePath(QStringLiteral("p.rigj")), &host));
+    QVERIFY(ProjectFile::save(&json, dir.filePath(QStringLiteral("p.rigx")), {}, &host));
+    QCOMPARE(readAll(dir.filePath(QStringLiteral("p.rigx"))), readAll(testData("canonical.rigx")));
+}
+
+void TestProjectFile::idsAreRemapped()
+{
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("remapped-ids.rigx"), &host));
+    QCOMPARE(document.folderCount(), 2);
+    QCOMPARE(document.folder(0)->name(), QStringLiteral("body"));
+    QCOMPARE(document.folder(1)->name(), QStringLiteral("sfx"));
+    // File id 3 of folder 5 is the torso, file id 1 the head, whatever their positions.
+    const Entity *hero = document.entity(0);
+    QCOMPARE(hero->name(), QStringLiteral("hero"));
+    const Animation *walk = hero->animation(0);
+    QCOMPARE(walk->timeline(1)->key(0)->fileInfo().file()->name(), QStringLiteral("body/torso.png"));
+    QCOMPARE(walk->timeline(2)->key(0)->fileInfo().file()->name(), QStringLiteral("body/head.png"));
+    QCOMPARE(walk->timeline(6)->key(0)->fileInfo().file()->name(), QStringLiteral("sfx/step.ogg"));
+    // Entity id 8 is the second entity.
+    const Address &shown = walk->timeline(5)->key(0)->entityInfo().animation;
+    QCOMPARE(shown.entityIndex(), 1);
+    QCOMPARE(shown.animation(), document.entity(1)->animation(0));
+    // A bone reference read later than its child still parents it.
+    const MainlineKey *first = walk->mainlineKey(0);
+    QCOMPARE(first->zRef(0)->timeline()->name(), QStringLiteral("head"));
+    QCOMPARE(first->zRef(0)->parentRef(), first->boneRef(0));
+    // File pivot y is stored from the bottom in the file.
+    QCOMPARE(document.folder(0)->file(0)->pivot(false), QPointF(0.5, 0.75));
+}
+
+void TestProjectFile::keyValues_data()
+{
+    QTest::addColumn<double>("x");
+    QTest::addColumn<double>("y");
+    QTest::addColumn<double>("angle");
+    QTest::addColumn<double>("alpha");
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("defaults are left out")
+        << 0.0 << 0.0 << 0.0 << 1.0 << QByteArray("<object folder=\"0\" file=\"0\"/>");
+    QTest::newRow("tenth and integer")
+        << 0.1 << 2.0 << 0.0 << 1.0 << QByteArray("<object folder=\"0\" file=\"0\" x=\"0.1\" y=\"-2\"/>");
+    QTest::newRow("tiny y written as -0")
+        << 0.0 << 0.0000004 << 0.0 << 1.0
+        << QByteArray("<object folder=\"0\" file=\"0\" y=\"-0\"/>");
+    QTest::newRow("minus 90 degrees")
+        << 0.0 << 0.0 << -90.0 << 1.0 << QByteArray("<object folder=\"0\" file=\"0\" angle=\"90\"/>");
+    QTest::newRow("360 degrees written as 0")
+        << 0.0 << 0.0 << 360.0 << 1.0 << QByteArray("<object folder=\"0\" file=\"0\" angle=\"0\"/>");
+    QTest::newRow("many turns")
+        << 0.0 << 0.0 << 1000.0 << 1.0 << QByteArray("<object folder=\"0\" file=\"0\" angle=\"80\"/>");
+    QTest::newRow("alpha")
+        << 0.0 << 0.0 << 0.0 << 0.25 << QByteArray("<object folder=\"0\" file=\"0\" a=\"0.25\"/>");
+}
+
+void TestProjectFile::keyValues()
+{
+    QFETCH(double, x);
+    QFETCH(double, y);
+    QFETCH(double, angle);
+    QFETCH(double, alpha);
+    QFETCH(QByteArray, line);
+    DisplayInfo info = spriteInfo(angle);
+    info.x = x;
+    info.y = y;
+    info.alpha = alpha;
+    SpriteProject project({info});
+    const QByteArray text = writeXml(project.document);
+    QCOMPARE(lineWith(text, "<object "), line);
+}
+
+void TestProjectFile::angleIsStoredBackNormalised()
+{
+    SpriteProject project({spriteInfo(-90.0)});
+    writeXml(project.document);
+    QCOMPARE(project.timeline->key(0)->info().angle, 270.0);
+}
+
+void TestProjectFile::spin_data()
+{
+    QTest::addColumn<double>("first");
+    QTest::addColumn<double>("second");
+    QTest::addColumn<QByteArray>("firstKey");
+    QTest::addColumn<QByteArray>("secondKey");
+    QTest::newRow("same angle") << 30.0 << 30.0 << QByteArray("<key id=\"0\" spin=\"0\">")
+                                << QByteArray("<key id=\"1\" time=\"100\" spin=\"0\">");
+    QTest::newRow("clockwise then back") << 10.0 << 50.0 << QByteArray("<key id=\"0\" spin=\"-1\">")
+                                         << QByteArray("<key id=\"1\" time=\"100\">");
+    QTest::newRow("shorter way over 0 is clockwise")
+        << 350.0 << 20.0 << QByteArray("<key id=\"0\" spin=\"-1\">")
+        << QByteArray("<key id=\"1\" time=\"100\">");
+    QTest::newRow("shorter way back over 0") << 20.0 << 350.0 << QByteArray("<key id=\"0\">")
+                                             << QByteArray("<key id=\"1\" time=\"100\" spin=\"-1\">");
+    QTest::newRow("below the tolerance") << 10.0 << 10.000001
+                                         << QByteArray("<key id=\"0\" spin=\"0\">")
+                                         << QByteArray("<key id=\"1\" time=\"100\" spin=\"0\">");
+}
+
+void TestProjectFile::spin()
+{
+    QFETCH(double, first);
+    QFETCH(double, second);
+    QFETCH(QByteArray, firstKey);
+    QFETCH(QByteArray, secondKey);
+    SpriteProject project({spriteInfo(first), spriteInfo(second)});
+    // Timeline keys only: mainline keys carry no spin.
+    const QByteArray written = writeXml(project.document);
+    const QByteArray text = written.mid(written.indexOf("<timeline"));
+    QCOMPARE(lineWith(text, "<key id=\"0\""), firstKey);
+    QCOMPARE(lineWith(text, "<key id=\"1\" time=\"100\""), secondKey);
+    // A timeline with one key compares it with itself.
+    SpriteProject single({spriteInfo(first)});
+    const QByteArray singleText = writeXml(single.document);
+    QCOMPARE(lineWith(singleText.mid(singleText.indexOf("<timeline")), "<key id=\"0\""),
+             QByteArray("<key id=\"0\" spin=\"0\">"));
+    QVERIFY(ProjectWriter::isClockwise(350.0, 20.0));
+    QVERIFY(!ProjectWriter::isClockwise(20.0, 350.0));
+    QVERIFY(!ProjectWriter::isClockwise(5.0, 5.0));
+}
+
+void TestProjectFile::animationAttributes()
+{
+    SpriteProject project({spriteInfo()});
+    project.animation->setLoopingMode(Animation::NoLooping);
+    project.animation->setLoopTo(0);
+    QVERIFY(writeXml(project.document)
+                .contains("<animation id=\"0\" name=\"a\" length=\"1000\" interval=\"100\" "
+                          "looping=\"false\">"));
+    project.animation->setLoopingMode(Animation::Looping);
+    project.animation->setLoopTo(250);
+    QVERIFY(writeXml(project.document)
+                .contains("<animation id=\"0\" name=\"a\" length=\"1000\" interval=\"100\" "
+                          "loop_to=\"250\">"));
+    project.animation->setLoopingMode(Animation::PingPong);
+    QVERIFY(writeXml(project.document).contains("looping=\"ping_pong\" loop_to=\"250\">"));
+}
+
+void TestProjectFile::pointsHaveNoObjInfo()
+{
+    RigxData document;
+    auto *entity = new Entity(QStringLiteral("e"));
+    document.appendEntity(entity);
+    auto *point = new Object(QStringLiteral("p"), Object::Point);
+    entity->appendObject(point);
+    auto *animation = new Animation(QStringLiteral("a"), true);
+    entity->appendAnimation(animation);
+    auto *timeline = new Timeline(point, QStringLiteral("p"));
+    animation->appendTimeline(timeline);
+    DisplayInfo info;
+    info.x = 3;
+    timeline->appendTimelineKey(new TimelineKey(FileInfo(), info), true, false);
+    animation->appendMainKeysForOrphanTimeKeys(false);
+
+    const QByteArray text = writeXml(document);
+    QVERIFY(!text.contains("<obj_info"));
+    QVERIFY(text.contains("<timeline id=\"0\" obj=\"0\" name=\"p\" object_type=\"point\">"));
+
+    // Reading it back rebuilds the point from its timeline.
+    XmlProjectReader reader;
+    QString error;
+    QVERIFY(reader.parse(text, &error));
+    RigxData back;
+    reader.read(&back);
+    QCOMPARE(back.entity(0)->objectCount(), 1);
+    QVERIFY(back.entity(0)->object(0)->isPoint());
+    QCOMPARE(back.entity(0)->animation(0)->timeline(0)->key(0)->info().x, 3.0);
+    QCOMPARE(writeXml(back), text);
+}
+
+void TestProjectFile::extensionCaseIsIgnored()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("hero.RIGX"));
+    QVERIFY(QFile::copy(testData("canonical.rigx"), path));
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, path, &host));
+    QCOMPARE(document.entityCount(), 2);
+    QCOMPARE(ProjectFile::formFromPath(QStringLiteral("a.RigJ")), ProjectFile::Form::Json);
+    QCOMPARE(ProjectFile::formFromPath(QStringLiteral("a.xml")), ProjectFile::Form::Unknown);
+}
+
+void TestProjectFile::errorLines_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("missing file") << "none.rigx" << QByteArray()
+                                  << "Error: Cannot read file-%1: No such file or directory";
+    QTest::newRow("broken xml")
+        << "broken.rigx" << QByteArray("<?xml version=\"1.0\"?>\n<morvane_data>\n  <folder>\n</morvane_data>\n")
+        << "Error: Failed to parse file %1: line 4, column 3: Start-end tags mismatch";
+    QTest::newRow("wrong root") << "other.rigx" << QByteArray("<svg/>")
+                                << "Error: Failed to parse file %1: Not a Morvane file";
+    QTest::newRow("broken json") << "broken.rigj" << QByteArray("{\"entity\": [}")
+                                 << "Error: Failed to parse file %1: object is missing after a comma at offset 13";
+    QTest::newRow("json that is no project") << "other.rigj" << QByteArray("{\"a\": 1}")
+                                             << "Error: Failed to parse file %1: Not a Morvane file";
+    QTest::newRow("script instead of json")
+        << "script.rigj" << QByteArray("({entity: []})")
+        << "Error: Failed to parse file %1: illegal value at offset 1";
+}
+
+void TestProjectFile::errorLines()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    QFETCH(QString, line);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    if (!content.isEmpty())
+        QVERIFY(writeAll(path, content));
+    TestHost host;
+    RigxData document;
+    QString error;
+    QVERIFY(!ProjectFile::open(&document, path, &host, &error));
+    QCOMPARE(host.lines, QStringList{line.arg(path)});
+    QCOMPARE(error, line.arg(path));
+    QCOMPARE(host.suppressDepth, 0);
+}
+
+void TestProjectFile::failedOpenKeepsDocument()
+{
+    QTemporaryDir dir;
+    const QString broken = dir.filePath(QStringLiteral("broken.rigx"));
+    QVERIFY(writeAll(broken, "<morvane_data><entity name=\"x\">"));
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+    const QString path = document.filePath();
+    const QByteArray before = writeXml(document);
+    QVERIFY(!ProjectFile::open(&document, broken, &host));
+    QCOMPARE(document.filePath(), path);
+    QCOMPARE(writeXml(document), before);
+}
+
+void TestProjectFile::failedSaveKeepsOldFile()
+{
+    QTemporaryDir dir;
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+    // The target is a directory: nothing can replace it.
+    const QString target = dir.filePath(QStringLiteral("taken.rigx"));
+    QVERIFY(QDir().mkpath(target + QStringLiteral("/inside")));
+    QString error;
+    QVERIFY(!ProjectFile::save(&document, target, {}, &host, &error));
+    QVERIFY2(error.startsWith(QStringLiteral("Error: Cannot write file ") + target + QStringLiteral(": ")),
+             qPrintable(error));
+    QVERIFY(QFileInfo(target + QStringLiteral("/inside")).isDir());
+    QCOMPARE(host.lines.size(), 1);
+    // An unknown extension is refused before anything is written.
+    const QString plain = dir.filePath(QStringLiteral("old.txt"));
+    QVERIFY(writeAll(plain, "old"));
+    QVERIFY(!ProjectFile::save(&document, plain, {}, &host, &error));
+    QCOMPARE(readAll(plain), QByteArray("old"));
+    QCOMPARE(host.suppressDepth, 0);
+}
+
+void TestProjectFile::unwritableFolderKeepsOldFile()
+{
+    if (::geteuid() == 0)
+        QSKIP("permissions do not bind the superuser");
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(QStringLiteral("locked"));
+    QVERIFY(QDir().mkpath(folder));
+    const QString target = folder + QStringLiteral("/p.rigx");
+    QVERIFY(writeAll(target, "old content"));
+    QVERIFY(QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+    QVERIFY(!ProjectFile::save(&document, target, {}, &host));
+    QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                      | QFileDevice::ExeOwner);
+    QCOMPARE(readAll(target), QByteArray("old content"));
+}
+
+void TestProjectFile::hostileInput_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("entities");
+    QTest::addColumn<bool>("warns");
+    const QByteArray head = "<morvane_data><folder id=\"0\"><file id=\"0\" name=\"a.png\"/></folder>";
+    QTest::newRow("dangling timeline and key")
+        << head + "<entity name=\"e\"><obj_info name=\"s\" type=\"sprite\"/><animation name=\"a\">"
+                  "<mainline><key><object_ref timeline=\"7\" key=\"0\"/><object_ref timeline=\"0\" "
+                  "key=\"9\"/></key></mainline><timeline id=\"0\" obj=\"0\"><key><object folder=\"0\" "
+                  "file=\"0\"/></key></timeline></animation></entity></morvane_data>"
+        << 1 << true;
+    QTest::newRow("dangling file") << head + "<entity name=\"e\"><obj_info name=\"s\" type=\"sprite\"/>"
+                                             "<animation><mainline><key/></mainline><timeline obj=\"0\">"
+                                             "<key><object folder=\"3\" file=\"3\"/></key></timeline>"
+                                             "</animation></entity></morvane_data>"
+                                   << 1 << true;
+    QTest::newRow("bone parent cycle")
+        << head + "<entity name=\"e\"><obj_info name=\"b\" type=\"bone\"/><obj_info name=\"c\" "
+                  "type=\"bone\"/><animation><mainline><key><bone_ref id=\"0\" parent=\"1\" "
+                  "timeline=\"0\" key=\"0\"/><bone_ref id=\"1\" parent=\"0\" timeline=\"1\" key=\"0\"/>"
+                  "</key></mainline><timeline id=\"0\" obj=\"0\" object_type=\"bone\"><key><bone/>"
+                  "</key></timeline><timeline id=\"1\" obj=\"1\" object_type=\"bone\"><key><bone/>"
+                  "</key></timeline></animation></entity></morvane_data>"
+        << 1 << true;
+    QTest::newRow("non-finite and junk numbers")
+        << head + "<entity name=\"e\"><obj_info name=\"s\" type=\"sprite\"/><animation length=\"nan\" "
+                  "interval=\"1e999\"><mainline><key time=\"-5\"/></mainline><timeline obj=\"0\">"
+                  "<key time=\"inf\"><object folder=\"0\" file=\"0\" x=\"nan\" y=\"1e400\" "
+                  "angle=\"-inf\" scale_x=\"0x10\"/></key></timeline></animation></entity></morvane_data>"
+        << 1 << false;
+    QTest::newRow("entity expansion is not performed")
+        << QByteArray("<?xml version=\"1.0\"?><!DOCTYPE m [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b "
+                      "\"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">]><morvane_data><entity name=\"&b;\"/>"
+                      "</morvane_data>")
+        << 1 << false;
+    QString deep;
+    for (int i = 0; i < 20000; ++i)
+        deep += QStringLiteral("<x>");
+    QTest::newRow("deep unknown nesting")
+        << QByteArray("<morvane_data><entity name=\"e\"/>" + deep.toLatin1() + "</morvane_data>") << 1
+        << false;
+    QTest::newRow("unknown object types") << QByteArray("<morvane_data><entity><obj_info type=\"dragon\"/>"
+                                                        "<animation><timeline object_type=\"dragon\">"
+                                                        "<key/></timeline></animation></entity>"
+                                                        "</morvane_data>")
+                                          << 1 << true;
+}
+
+void TestProjectFile::hostileInput()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(int, entities);
+    QFETCH(bool, warns);
+    XmlProjectReader reader;
+    QString error;
+    if (!reader.parse(text, &error)) {
+        // Refusing is fine as long as it says why.
+        QVERIFY(!error.isEmpty());
+        return;
+    }
+    RigxData document;
+    QStringList warnings;
+    reader.read(&document, &warnings);
+    QCOMPARE(document.entityCount(), entities);
+    QCOMPARE(!warnings.isEmpty(), warns);
+    QVERIFY(!document.entity(0)->name().contains(QLatin1String("aaaaaaaaaa")));
+    // Whatever was read can be written and read again.
+    const QByteArray written = writeXml(document);
+    XmlProjectReader again;
+    QVERIFY(again.parse(written, &error));
+    RigxData back;
+    again.read(&back);
+    QCOMPARE(writeXml(back), written);
+}
+
+void TestProjectFile::jsonLayout()
+{
+    QTemporaryDir dir;
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+    ProjectSaveOptions compact;
+    compact.prettifyJson = false;
+    const QString path = dir.filePath(QStringLiteral("c.rigj"));
+    QVERIFY(ProjectFile::save(&document, path, compact, &host));
+    const QByteArray text = readAll(path);
+    QVERIFY(!text.contains('\n'));
+    QVERIFY(!text.contains(' ') || text.count(' ') == QByteArray("Tallowcraft Morvane").count(' '));
+    QVERIFY(text.contains("{\"file\":[{\"height\":80,\"id\":0,\"name\":\"body/torso.png\","
+                          "\"pivot_x\":0.5,\"pivot_y\":0.25,\"width\":40}"));
+    QVERIFY(text.contains("\"rigj_version\":\"1.0\""));
+    QVERIFY(!text.contains("rigx_version"));
+    const QByteArray pretty = readAll(testData("canonical.rigj"));
+    QVERIFY(pretty.startsWith("{\n\t\"entity\": [\n\t\t{\n\t\t\t\"animation\": [\n"));
+}
+
+QTEST_GUILESS_MAIN(TestProjectFile)
+#include "tst_projectfile.moc"
