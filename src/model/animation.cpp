@@ -37,6 +37,8 @@ Animation::Animation(const Animation &other)
     , mLoopTo(other.mLoopTo)
     , mSnappingInterval(other.mSnappingInterval)
     , mGuideLines(other.mGuideLines)
+    , mOwnLineHolder(other.mOwnLineHolder)
+    , mObjectLineHolders(other.mObjectLineHolders)
 {
     QHash<const TimelineKey *, TimelineKey *> keyCopies;
     mTimelines.reserve(other.mTimelines.size());
@@ -445,6 +447,36 @@ void Animation::clearAllLinksAndChildren()
     // Mainline keys first: they unlink their child keys before the keys go.
     mMainlineKeys.clear();
     mTimelines.clear();
+}
+
+ValueLineHolder *Animation::objectLineHolder(int objectIndex, bool create)
+{
+    if (objectIndex < 0)
+        return nullptr;
+    const auto it = mObjectLineHolders.find(objectIndex);
+    if (it != mObjectLineHolders.end())
+        return &it->second;
+    if (!create)
+        return nullptr;
+    return &mObjectLineHolders[objectIndex];
+}
+
+const ValueLineHolder *Animation::objectLineHolder(int objectIndex) const
+{
+    const auto it = mObjectLineHolders.find(objectIndex);
+    return it != mObjectLineHolders.end() ? &it->second : nullptr;
+}
+
+void Animation::removeObjectLineHolder(int objectIndex)
+{
+    std::map<int, ValueLineHolder> moved;
+    for (auto &[index, holder] : mObjectLineHolders) {
+        if (index < objectIndex)
+            moved.emplace(index, std::move(holder));
+        else if (index > objectIndex)
+            moved.emplace(index - 1, std::move(holder));
+    }
+    mObjectLineHolders = std::move(moved);
 }
 
 } // namespace Morvane

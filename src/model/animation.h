@@ -2,12 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "meta/valuelineholder.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -118,6 +120,19 @@ public:
     int guidelineCount() const { return int(mGuideLines.size()); }
     void removeGuide(int index);
 
+    // Value lines and the tag line: the entity's own, and one holder per
+    // object (by object index) that has lines in this animation.
+    ValueLineHolder &ownLineHolder() { return mOwnLineHolder; }
+    const ValueLineHolder &ownLineHolder() const { return mOwnLineHolder; }
+    /// The lines of the object at `objectIndex`; with `create` an empty holder
+    /// is made when there is none, otherwise null comes back.
+    ValueLineHolder *objectLineHolder(int objectIndex, bool create = false);
+    const ValueLineHolder *objectLineHolder(int objectIndex) const;
+    const std::map<int, ValueLineHolder> &objectLineHolders() const { return mObjectLineHolders; }
+    /// Drops the object's lines and moves those of later objects down one
+    /// index, for when the object at `objectIndex` is removed.
+    void removeObjectLineHolder(int objectIndex);
+
     Entity *parentEntity() const;
     /// (entity index, animation index) with a direct pointer.
     Address address() const;
@@ -135,6 +150,8 @@ private:
     std::vector<std::unique_ptr<MainlineKey>> mMainlineKeys;
     std::vector<std::unique_ptr<Timeline>> mTimelines;
     QList<GuideLine> mGuideLines;
+    ValueLineHolder mOwnLineHolder;
+    std::map<int, ValueLineHolder> mObjectLineHolders;
 };
 
 } // namespace Morvane

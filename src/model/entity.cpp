@@ -71,11 +71,13 @@ bool Entity::deleteObject(const QString &name)
     Object *o = objectFromName(name);
     if (!o)
         return false;
+    const int objectIndex = indexOfObject(o);
     for (const auto &anim : mAnimations) {
         for (int i = anim->timelineCount(); i-- > 0;) {
             if (anim->timeline(i)->object() == o)
                 anim->deleteTimeline(i);
         }
+        anim->removeObjectLineHolder(objectIndex);
     }
     removeObject(o);
     delete o;
@@ -225,6 +227,7 @@ void Entity::setTo(const Entity &other, bool copyName)
     clearAllLinksAndChildren();
     if (copyName)
         mName = other.mName;
+    mValInfos = other.mValInfos;
     QHash<const Object *, Object *> objectCopies;
     for (const auto &o : other.mObjects) {
         auto *copy = new Object(*o);

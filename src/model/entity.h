@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "meta/valinfocollection.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
@@ -74,6 +75,10 @@ public:
     QStringList animationNameList() const { return animationNames(); }
     QString uniqueAnimationName(const QString &name) const;
 
+    /// The entity's variable declarations ("var_defs").
+    ValInfoCollection &valInfoCollection() { return mValInfos; }
+    const ValInfoCollection &valInfoCollection() const { return mValInfos; }
+
     /// Whether a character map of this entity names `file` (as source or target).
     bool charMapsContainFile(const File *file) const;
 
@@ -94,6 +99,7 @@ private:
     QString mName;
     std::vector<std::unique_ptr<Object>> mObjects;
     std::vector<std::unique_ptr<Animation>> mAnimations;
+    ValInfoCollection mValInfos;
 };
 
 } // namespace Morvane

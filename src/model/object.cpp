@@ -55,6 +55,7 @@ Object::Object(const Object &other)
     , mAnchorPoint(other.mAnchorPoint)
     , mLastSoundFile(other.mLastSoundFile)
     , mVolume(other.mVolume)
+    , mValInfos(other.mValInfos)
 {}
 
 Object::~Object() = default;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "meta/valinfocollection.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 #include "model/timelinekey.h"
@@ -89,6 +90,10 @@ public:
     double volume() const { return mVolume; }
     void setVolume(double volume) { mVolume = volume; }
 
+    /// The object's variable declarations ("var_defs").
+    ValInfoCollection &valInfoCollection() { return mValInfos; }
+    const ValInfoCollection &valInfoCollection() const { return mValInfos; }
+
     Entity *parentEntity() const;
     /// (entity index, object index) with a direct pointer.
     Address address() const;
@@ -104,6 +109,7 @@ private:
     QPointF mAnchorPoint;
     QString mLastSoundFile;
     double mVolume = 1.0;
+    ValInfoCollection mValInfos;
 };
 
 } // namespace Morvane

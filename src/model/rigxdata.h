@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "meta/tagmanager.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
@@ -56,6 +57,10 @@ public:
     void setFilePath(const QString &path) { mFilePath = path; }
     /// The project file's directory without trailing "/", empty without path.
     QString projectDirectory() const;
+
+    /// The project's tag list.
+    TagManager &tagManager() { return mTagManager; }
+    const TagManager &tagManager() const { return mTagManager; }
 
     // Folders.
     Folder *folder(int index) const;
@@ -171,6 +176,7 @@ private:
     QMap<QString, int> mAtlasIndexes;
     QString mKind;
     int mCurrentEntity = 0;
+    TagManager mTagManager;
     QString mFilePath;
     std::vector<std::unique_ptr<Folder>> mFolders;
     std::vector<std::unique_ptr<Entity>> mEntities;

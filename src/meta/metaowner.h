@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+class QUndoCommand;
+
+namespace Morvane {
+
+class Animation;
+class Entity;
+class Object;
+class RigxData;
+class Timeline;
+class ValInfoCollection;
+class ValueLineHolder;
+
+/// Names the owner of variable declarations or value lines by row numbers, so
+/// that undo commands find it again on every undo and redo:
+///   declarations: entity index, and the object index for an object's;
+///   value lines:  entity index, animation index, and the object index for an
+///                 object's lines (-1 for the entity's own lines).
+struct MetaOwner
+{
+    int entityIndex = -1;
+    int animationIndex = -1;
+    int objectIndex = -1;
+
+    static MetaOwner forEntity(const Entity *entity);
+    static MetaOwner forObject(const Object *object);
+    /// The animation's own (the entity's) lines.
+    static MetaOwner forAnimation(const Animation *animation);
+    /// The lines of the timeline's object in the timeline's animation.
+    static MetaOwner forTimeline(const Timeline *timeline);
+    static MetaOwner forAnimationObject(const Animation *animation, int objectIndex);
+
+    bool isObject() const { return objectIndex >= 0; }
+    bool operator==(const MetaOwner &) const = default;
+
+    Entity *entity(const RigxData *document) const;
+    Object *object(const RigxData *document) const;
+    Animation *animation(const RigxData *document) const;
+    /// The declarations of the entity or object; null when it does not resolve.
+    ValInfoCollection *infoCollection(const RigxData *document) const;
+    /// The value lines of the owner in the animation, created empty when the
+    /// object has none yet; null when the indexes do not resolve.
+    ValueLineHolder *lineHolder(const RigxData *document) const;
+};
+
+/// Pushes `command` on the document's undo stack; without a document or a
+/// stack the change is applied at once and the command deleted, so edits work
+/// the same on documents that keep no history.
+void pushMetaCommand(RigxData *document, QUndoCommand *command);
+
+} // namespace Morvane

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "meta/tagmanager.h"
+
+#include "meta/metaowner.h"
+#include "meta/tagchangecommand.h"
+#include "meta/tagstate.h"
+#include "model/rigxdata.h"
+
+namespace Morvane {
+
+Tag TagManager::tag(int index) const
+{
+    if (index < 0 || index >= mTags.size())
+        return Tag::invalidTag();
+    return mTags.at(index);
+}
+
+Tag TagManager::tagFromId(int uid) const
+{
+    return tag(indexOfTag(uid));
+}
+
+Tag TagManager::tagFromName(const QString &name) const
+{
+    for (const Tag &t : mTags) {
+        if (t.name() == name)
+            return t;
+    }
+    return Tag::invalidTag();
+}
+
+int TagManager::indexOfTag(int uid) const
+{
+    for (int i = 0; i < mTags.size(); ++i) {
+        if (mTags.at(i).uid() == uid)
+            return i;
+    }
+    return -1;
+}
+
+bool TagManager::containsName(const QString &name) const
+{
+    return tagFromName(name).isValid();
+}
+
+int TagManager::addTag(const QString &name, RigxData *project)
+{
+    if (name.isEmpty() || containsName(name))
+        return -1;
+    // The counter is process-wide but lists may come from files with uids of
+    // their own: skip any that this list already uses.
+    Tag tag(name);
+    while (indexOfTag(tag.uid()) >= 0)
+        tag = Tag(name);
+    TagManager after = *this;
+    after.mTags.append(tag);
+    commit(after, project);
+    return tag.uid();
+}
+
+bool TagManager::removeTag(int uid, RigxData *project)
+{
+    const int index = indexOfTag(uid);
+    if (index < 0)
+        return false;
+    TagManager after = *this;
+    after.mTags.removeAt(index);
+    commit(after, project);
+    return true;
+}
+
+bool TagManager::renameTag(int uid, const QString &name, RigxData *project)
+{
+    const int index = indexOfTag(uid);
+    if (index < 0 || name.isEmpty() || containsName(name))
+        return false;
+    TagManager after = *this;
+    after.mTags[index].rename(name);
+    commit(after, project);
+    return true;
+}
+
+bool TagManager::appendTag(const Tag &tag)
+{
+    if (!tag.isValid() || indexOfTag(tag.uid()) >= 0 || containsName(tag.name()))
+        return false;
+    mTags.append(tag);
+    return true;
+}
+
+QList<Tag> TagManager::getTags(const TagState *state, int type) const
+{
+    if (!state || type == TagState::AllTags)
+        return mTags;
+    QList<Tag> result;
+    if (type != TagState::ActiveTags && type != TagState::InactiveTags)
+        return result;
+    const bool wantActive = type == TagState::ActiveTags;
+    for (const Tag &t : mTags) {
+        if (state->containsId(t.uid()) == wantActive)
+            result.append(t);
+    }
+    return result;
+}
+
+QStringList TagManager::tagsToStringList(const TagState *state, int type) const
+{
+    QStringList names;
+    const QList<Tag> list = getTags(state, type);
+    for (const Tag &t : list)
+        names.append(t.name());
+    return names;
+}
+
+void TagManager::commit(const TagManager &after, RigxData *project)
+{
+    if (project && &project->tagManager() == this) {
+        pushMetaCommand(project, new TagChangeCommand(project, *this, after));
+        return;
+    }
+    *this = after;
+}
+
+} // namespace Morvane

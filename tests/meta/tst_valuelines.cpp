@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "meta/valline.h"
+#include "meta/valuelineholder.h"
+
+#include <QTest>
+
+#include <limits>
+
+using namespace Morvane;
+
+class TestValueLines : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void intLine_data();
+    void intLine();
+    void floatLine_data();
+    void floatLine();
+    void intBlendTruncatesTowardZero();
+    void keyPairWrap_data();
+    void keyPairWrap();
+    void easedCurveIsUsed();
+    void stringStepping_data();
+    void stringStepping();
+    void tagStepping_data();
+    void tagStepping();
+    void setKeyReplacesAndSorts();
+    void setKeyTimeMovesOntoKey();
+    void createTempKeyKeepsValueAndCurve();
+    void holderLookupsAndBulkOperations();
+    void holderCopyIsDeep();
+    void clusterLineYieldsDefault();
+    void hostileTimesDoNotOverflow();
+    void varTypeNames_data();
+    void varTypeNames();
+};
+
+static std::unique_ptr<IntLine> makeIntLine(const QList<QPair<int, int>> &keys)
+{
+    auto line = std::make_unique<IntLine>(0);
+    for (const auto &k : keys)
+        line->setKey(std::make_unique<IntKey>(k.first, k.second));
+    return line;
+}
+
+static std::unique_ptr<FloatLine> makeFloatLine(const QList<QPair<int, double>> &keys)
+{
+    auto line = std::make_unique<FloatLine>(0);
+    for (const auto &k : keys)
+        line->setKey(std::make_unique<FloatKey>(k.first, k.second));
+    return line;
+}
+
+void TestValueLines::intLine_data()
+{
+    QTest::addColumn<int>("time");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<int>("expected");
+
+    // Keys 0 at 0 and 10 at 100, linear, length 1000, default 7.
+    QTest::newRow("at first key") << 0 << false << 0;
+    QTest::newRow("2.5 truncates to 2") << 25 << false << 2;
+    QTest::newRow("9.9 truncates to 9") << 99 << false << 9;
+    QTest::newRow("at second key") << 100 << false << 10;
+    QTest::newRow("after last key holds") << 500 << false << 10;
+    QTest::newRow("at length") << 1000 << false << 10;
+    QTest::newRow("below 0 gives default") << -5 << false << 7;
+    QTest::newRow("past length gives default") << 1001 << false << 7;
+    QTest::newRow("below 0 looping gives default") << -5 << true << 7;
+    QTest::newRow("past length looping gives default") << 1500 << true << 7;
+    // Looping: from 100 the value blends back toward 0 at 1000 (ratio 450/900).
+    QTest::newRow("looping wrap 10 to 0 at 550") << 550 << true << 5;
+}
+
+void TestValueLines::intLine()
+{
+    QFETCH(int, time);
+    QFETCH(bool, looping);
+    QFETCH(int, expected);
+    const auto line = makeIntLine({{0, 0}, {100, 10}});
+    QCOMPARE(line->valFromTime(time, looping, 7, 1000), expected);
+    QCOMPARE(line->valueFromTime(time, looping, QVariant(7), 1000), QVariant(expected));
+}
+
+void TestValueLines::floatLine_data()
+{
+    QTest::addColumn<int>("time");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<double>("expected");
+
+    // Keys 0 at 0 and 10 at 100: float lines have no range check.
+    QTest::newRow("25") << 25 << false << 2.5;
+    QTest::newRow("99") << 99 << false << 9.9;
+    QTest::newRow("-5 gives the first key") << -5 << false << 0.0;
+    QTest::newRow("past length gives the last key") << 1001 << false << 10.0;
+    // Looping past the length keeps blending across the loop point:
+    // a = 10 at 100, b = 0 at 1000; ratio (1100 - 100) / 900.
+    QTest::newRow("past length looping wraps") << 1100 << true << 10.0 - 10.0 * 1000.0 / 900.0;
+}
+
+void TestValueLines::floatLine()
+{
+    QFETCH(int, time);
+    QFETCH(bool, looping);
+    QFETCH(double, expected);
+    const auto line = makeFloatLine({{0, 0.0}, {100, 10.0}});
+    QVERIFY(qAbs(line->valFromTime(time, looping, 7.0, 1000) - expected) < 1e-9);
+}
+
+void TestValueLines::intBlendTruncatesTowardZero()
+{
+    // 1 to 2 at ratio 0.99 gives 1; -1 to -2 at 0.5 gives -1 (not -2).
+    const auto up = makeIntLine({{0, 1}, {100, 2}});
+    QCOMPARE(up->valFromTime(99, false, 0, 1000), 1);
+    const auto down = makeIntLine({{0, -1}, {100, -2}});
+    QCOMPARE(down->valFromTime(50, false, 0, 1000), -1);
+    QCOMPARE(down->valFromTime(99, false, 0, 1000), -1);
+    QCOMPARE(down->valFromTime(100, false, 0, 1000), -2);
+    // An empty line gives the default inside the range too.
+    IntLine empty(0);
+    QCOMPARE(empty.valFromTime(10, true, 42, 1000), 42);
+}
+
+void TestValueLines::keyPairWrap_data()
+{
+    QTest::addColumn<int>("time");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<double>("expected");
+
+    // Length 1000, keys 0 at 100 and 10 at 900.
+    QTest::newRow("950 looping: 10 toward 0 at ratio 0.25") << 950 << true << 7.5;
+    QTest::newRow("50 looping: before the first key, ratio 0.75") << 50 << true << 2.5;
+    QTest::newRow("950 not looping holds the last key") << 950 << false << 10.0;
+    QTest::newRow("50 not looping holds the first key") << 50 << false << 0.0;
+    QTest::newRow("500 between keys") << 500 << true << 5.0;
+}
+
+void TestValueLines::keyPairWrap()
+{
+    QFETCH(int, time);
+    QFETCH(bool, looping);
+    QFETCH(double, expected);
+    const auto line = makeFloatLine({{100, 0.0}, {900, 10.0}});
+    QCOMPARE(line->valFromTime(time, looping, -1.0, 1000), expected);
+}
+
+void TestValueLines::easedCurveIsUsed()
+{
+    // An instant key holds its value until the next key.
+    auto line = makeFloatLine({{0, 0.0}, {100, 10.0}});
+    line->key(0)->setCurve(TweenInfo::instantInfo());
+    QCOMPARE(line->valFromTime(99, false, 0.0, 1000), 0.0);
+    QCOMPARE(line->valFromTime(100, false, 0.0, 1000), 10.0);
+    // A quadratic curve with c1 = 0 eases in: at half time t^2 = 0.25.
+    line->key(0)->setCurve(TweenInfo(0.0));
+    QCOMPARE(line->valFromTime(50, false, 0.0, 1000), 2.5);
+
+    const ValKey *a = nullptr;
+    const ValKey *b = nullptr;
+    double ratio = -1.0;
+    line->valKeyAAndBFromTime(50, 1000, false, &a, &b, &ratio);
+    QCOMPARE(a, line->key(0));
+    QCOMPARE(b, line->key(1));
+    QCOMPARE(ratio, 0.25);
+    // One key only: no pair even when looping.
+    FloatLine single(0);
+    single.setKey(std::make_unique<FloatKey>(300, 4.0));
+    single.valKeyAAndBFromTime(100, 1000, true, &a, &b, &ratio);
+    QCOMPARE(a, single.key(0));
+    QVERIFY(!b);
+    QCOMPARE(ratio, 0.0);
+}
+
+void TestValueLines::stringStepping_data()
+{
+    QTest::addColumn<int>("time");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<QString>("expected");
+
+    // Keys "a" at 200 and "b" at 600, default "def".
+    QTest::newRow("before first, not looping") << 100 << false << QStringLiteral("def");
+    QTest::newRow("before first, looping") << 100 << true << QStringLiteral("b");
+    QTest::newRow("exactly at first") << 200 << false << QStringLiteral("a");
+    QTest::newRow("between") << 599 << false << QStringLiteral("a");
+    QTest::newRow("exactly at second") << 600 << true << QStringLiteral("b");
+    QTest::newRow("after last") << 5000 << false << QStringLiteral("b");
+}
+
+void TestValueLines::stringStepping()
+{
+    QFETCH(int, time);
+    QFETCH(bool, looping);
+    QFETCH(QString, expected);
+    StringLine line(3);
+    line.setKey(std::make_unique<StringKey>(600, QStringLiteral("b")));
+    line.setKey(std::make_unique<StringKey>(200, QStringLiteral("a")));
+    QCOMPARE(line.valFromTime(time, looping, QStringLiteral("def")), expected);
+
+    // Unlike tweenable lines, a single key wraps too.
+    StringLine single(3);
+    single.setKey(std::make_unique<StringKey>(200, QStringLiteral("only")));
+    QCOMPARE(single.valFromTime(100, true, QStringLiteral("def")), QStringLiteral("only"));
+    StringLine empty(3);
+    QCOMPARE(empty.valFromTime(100, true, QStringLiteral("def")), QStringLiteral("def"));
+}
+
+void TestValueLines::tagStepping_data()
+{
+    QTest::addColumn<int>("time");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<QList<int>>("expected");
+
+    // Keys {1, 2} at 500 and {3} at 800.
+    QTest::newRow("before first, looping wraps from the end") << 100 << true << QList<int>{3};
+    QTest::newRow("before first, not looping is empty") << 100 << false << QList<int>{};
+    QTest::newRow("at first") << 500 << false << QList<int>{1, 2};
+    QTest::newRow("between") << 700 << false << QList<int>{1, 2};
+    QTest::newRow("after last") << 900 << false << QList<int>{3};
+}
+
+void TestValueLines::tagStepping()
+{
+    QFETCH(int, time);
+    QFETCH(bool, looping);
+    QFETCH(QList<int>, expected);
+    TagLine line;
+    line.setKey(std::make_unique<TagKey>(800, TagState({3})));
+    line.setKey(std::make_unique<TagKey>(500, TagState({2, 1})));
+    QCOMPARE(line.valFromTime(time, looping).ids(), expected);
+
+    // The only key at 500: looping gives its set at 100, not looping nothing.
+    TagLine single;
+    single.setKey(std::make_unique<TagKey>(500, TagState({7})));
+    QCOMPARE(single.valFromTime(100, true).ids(), QList<int>{7});
+    QVERIFY(single.valFromTime(100, false).isEmpty());
+    QVERIFY(TagLine().valFromTime(100, true).isEmpty());
+}
+
+void TestValueLines::setKeyReplacesAndSorts()
+{
+    IntLine line(0);
+    QVERIFY(line.setKey(std::make_unique<IntKey>(300, 3)));
+    QVERIFY(line.setKey(std::make_unique<IntKey>(100, 1)));
+    QVERIFY(line.setKey(std::make_unique<IntKey>(200, 2)));
+    QVERIFY(line.setKey(std::make_unique<IntKey>(200, 20)));
+    QCOMPARE(line.keyCount(), 3);
+    QCOMPARE(line.key(0)->time(), 100);
+    QCOMPARE(line.key(1)->value(), QVariant(20));
+    QCOMPARE(line.key(2)->time(), 300);
+    // Ids follow positions.
+    QCOMPARE(line.key(2)->id(), 2);
+    // A key of another kind is refused.
+    QVERIFY(!line.setKey(std::make_unique<FloatKey>(400, 1.0)));
+    QVERIFY(!line.setKey(nullptr));
+    QCOMPARE(line.keyCount(), 3);
+}
+
+void TestValueLines::setKeyTimeMovesOntoKey()
+{
+    auto line = makeIntLine({{0, 0}, {100, 1}, {200, 2}});
+    QVERIFY(line->setKeyTime(0, 150));
+    QCOMPARE(line->keyCount(), 3);
+    QCOMPARE(line->key(1)->time(), 150);
+    QCOMPARE(line->key(1)->value(), QVariant(0));
+    // Moving onto another key replaces it.
+    QVERIFY(line->setKeyTime(150, 200));
+    QCOMPARE(line->keyCount(), 2);
+    QCOMPARE(line->key(1)->value(), QVariant(0));
+    QVERIFY(!line->setKeyTime(999, 5));
+}
+
+void TestValueLines::createTempKeyKeepsValueAndCurve()
+{
+    auto line = makeIntLine({{0, 0}, {100, 10}});
+    line->key(0)->setCurve(TweenInfo(0.25, 0.75));
+    const int shown = line->valFromTime(40, false, 0, 1000);
+    std::unique_ptr<ValKey> key = line->createTempKeyFromTime(40, false, 0, 1000);
+    QCOMPARE(key->type(), VarType::Int);
+    QCOMPARE(key->time(), 40);
+    QCOMPARE(key->value(), QVariant(shown));
+    QVERIFY(key->curve().isCubic());
+
+    StringLine strings(1);
+    std::unique_ptr<ValKey> s = strings.createTempKeyFromTime(10, false, QStringLiteral("d"), 100);
+    QCOMPARE(s->value(), QVariant(QStringLiteral("d")));
+}
+
+void TestValueLines::holderLookupsAndBulkOperations()
+{
+    ValueLineHolder holder;
+    const LineId ints{VarType::Int, 2};
+    const LineId strings{VarType::String, 0};
+    QVERIFY(!holder.line(ints));
+    QCOMPARE(holder.earliestTime(), ValueLineHolder::NoTime);
+    QVERIFY(!holder.anyValLinesHaveKeys());
+    // No line: the default, converted to the type.
+    QCOMPARE(holder.valueFromTime(ints, 10, 1000, true, QVariant(3.7)), QVariant(3));
+
+    holder.lineForEditing(ints)->setKey(std::make_unique<IntKey>(300, 5));
+    holder.lineForEditing(strings)->setKey(std::make_unique<StringKey>(250, QStringLiteral("x")));
+    holder.tagLine().setKey(std::make_unique<TagKey>(400, TagState({1})));
+    QCOMPARE(holder.lineCount(), 2);
+    // Lines are ordered by type, then variable id.
+    QCOMPARE(holder.lineAt(0)->type(), VarType::String);
+    QCOMPARE(holder.earliestTime(), 250);
+    QVERIFY(holder.anyValLinesHaveKeys());
+    QCOMPARE(holder.valueFromTime(ints, 500, 1000, false, 0), QVariant(5));
+    QCOMPARE(holder.tagStateFromTime(500, false).ids(), QList<int>{1});
+
+    holder.offsetAllKeys(-50);
+    QCOMPARE(holder.earliestTime(), 200);
+    QCOMPARE(holder.line(ints)->key(0)->time(), 250);
+    QCOMPARE(holder.tagLine().key(0)->time(), 350);
+
+    holder.clearAllKeys();
+    QVERIFY(!holder.anyValLinesHaveKeys());
+    QCOMPARE(holder.earliestTime(), ValueLineHolder::NoTime);
+
+    // The tag line alone counts as keys.
+    holder.tagLine().setKey(std::make_unique<TagKey>(0, TagState()));
+    QVERIFY(holder.anyValLinesHaveKeys());
+    QCOMPARE(holder.earliestTime(), 0);
+}
+
+void TestValueLines::holderCopyIsDeep()
+{
+    ValueLineHolder holder;
+    holder.lineForEditing({VarType::Float, 0})->setKey(std::make_unique<FloatKey>(0, 1.0));
+    ValueLineHolder copy = holder;
+    QVERIFY(copy == holder);
+    copy.line({VarType::Float, 0})->key(0)->setValue(2.0);
+    QCOMPARE(holder.line({VarType::Float, 0})->key(0)->value(), QVariant(1.0));
+    QVERIFY(copy != holder);
+    // An empty line counts as no line.
+    ValueLineHolder withEmpty = holder;
+    withEmpty.lineForEditing({VarType::Int, 9});
+    QVERIFY(withEmpty == holder);
+}
+
+void TestValueLines::clusterLineYieldsDefault()
+{
+    ClusterLine line(4);
+    line.setKey(std::make_unique<ClusterKey>(0, QVariantList{1, 2}));
+    QCOMPARE(line.keyCount(), 1);
+    QCOMPARE(line.valueFromTime(0, false, QVariant(QStringLiteral("d")), 100),
+             QVariant(QStringLiteral("d")));
+}
+
+void TestValueLines::hostileTimesDoNotOverflow()
+{
+    const int big = std::numeric_limits<int>::max();
+    auto line = makeFloatLine({{big - 1, 1.0}, {-big, 3.0}});
+    // Only finiteness matters here: the sums must not overflow.
+    QVERIFY(std::isfinite(line->valFromTime(0, true, 0.0, big)));
+    QVERIFY(std::isfinite(line->valFromTime(big, true, 0.0, big)));
+    auto ints = makeIntLine({{0, std::numeric_limits<int>::max()}, {10, std::numeric_limits<int>::min()}});
+    QCOMPARE(ints->valFromTime(0, false, 0, 100), std::numeric_limits<int>::max());
+    QCOMPARE(ints->valFromTime(10, false, 0, 100), std::numeric_limits<int>::min());
+}
+
+void TestValueLines::varTypeNames_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("type");
+    QTest::newRow("invalid") << "invalid" << 1;
+    QTest::newRow("cluster") << "cluster" << 2;
+    QTest::newRow("string") << "string" << 3;
+    QTest::newRow("int") << "int" << 4;
+    QTest::newRow("float") << "float" << 5;
+    QTest::newRow("tag") << "tag" << 6;
+}
+
+void TestValueLines::varTypeNames()
+{
+    QFETCH(QString, name);
+    QFETCH(int, type);
+    QCOMPARE(int(varTypeFromString(name)), type);
+    QCOMPARE(varTypeToString(VarType(type)), name);
+    QCOMPARE(varTypeFromString(name.toUpper()), VarType::Invalid);
+    QCOMPARE(varTypeFromString(QStringLiteral("double")), VarType::Invalid);
+}
+
+QTEST_GUILESS_MAIN(TestValueLines)
+#include "tst_valuelines.moc"
