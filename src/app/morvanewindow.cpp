@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "morvanewindow.h"
 
+#include "io/projectfile.h"
+#include "io/xmlprojectwriter.h"
 #include "model/rigxdata.h"
 #include "morvanesettings.h"
 #include "morvanesettingsdialog.h"
@@ -12,9 +14,11 @@
 #include "updateaddresses.h"
 #include "updateavailabledialog.h"
 #include "updatecheckoptionsdialog.h"
+#include "windowprojectiohost.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QBuffer>
 #include <QCloseEvent>
 #include <QColorDialog>
 #include <QDateTime>
@@ -32,11 +36,13 @@
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLWidget>
+#include <QSaveFile>
 #include <QSettings>
 #include <QStatusBar>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTableWidget>
+#include <QThread>
 #include <QTimer>
 #include <QUndoStack>
 
@@ -166,6 +172,10 @@ MorvaneWindow::~MorvaneWindow()
         MorvaneSettings::mainWindow = nullptr;
         MorvaneSettings::mainScene = nullptr;
     }
+    if (mAutoSaveThread)
+        mAutoSaveThread->wait();
+    if (ProjectFile::host() == mIoHost.get())
+        ProjectFile::setDefaultHost(nullptr);
     if (rigx == mRigx.get())
         rigx = nullptr;
     delete mUi;
@@ -427,16 +437,22 @@ void MorvaneWindow::loadOnOpen(const QString &path)
 {
     if (path.isEmpty())
         return;
-    clearDocument();
-    if (openDocument(path)) {
-        openWindowsAndInit(false);
-        mUi->actionSave_Project->setEnabled(false);
-        addRecentFile(QFileInfo(path).absoluteFilePath());
-    } else {
-        setDocumentPath(QString());
-        statusBar()->showMessage(tr("Could not open %1").arg(QDir::toNativeSeparators(path)), 8000);
+    openProject(QFileInfo(path).absoluteFilePath());
+}
+
+bool MorvaneWindow::openProject(const QString &path)
+{
+    // The file is read completely before the document changes, so a failed
+    // open leaves the current project, its title and the recent list alone.
+    if (!openDocument(path)) {
+        setMorvaneWindowTitle();
+        return false;
     }
+    openWindowsAndInit(false);
+    mUi->actionSave_Project->setEnabled(false);
+    addRecentFile(path);
     setMorvaneWindowTitle();
+    return true;
 }
 
 void MorvaneWindow::openRecentFile()
@@ -447,20 +463,8 @@ void MorvaneWindow::openRecentFile()
     if (!verifySaveChanged(tr("loading the project project")))
         return;
     const int index = action->data().toInt();
-    if (index < 0 || index >= mRecentFiles.size())
-        return;
-    const QString path = mRecentFiles.at(index);
-    clearDocument();
-    if (openDocument(path)) {
-        setMorvaneWindowTitle();
-        openWindowsAndInit(false);
-        mUi->actionSave_Project->setEnabled(false);
-        addRecentFile(path);
-    } else {
-        setDocumentPath(QString());
-        setMorvaneWindowTitle();
-        statusBar()->showMessage(tr("Could not open %1").arg(QDir::toNativeSeparators(path)), 8000);
-    }
+    if (index >= 0 && index < mRecentFiles.size())
+        openProject(mRecentFiles.at(index));
 }
 
 void MorvaneWindow::openWindowsAndInit(bool newProject)
@@ -504,9 +508,15 @@ void MorvaneWindow::on_actionNew_Project_triggered()
         QSettings().value("lastDirectory", QStringLiteral(".")).toString());
     if (folder.isEmpty())
         return;
-    folder = QDir::fromNativeSeparators(folder);
+    newProject(folder);
+}
+
+void MorvaneWindow::newProject(const QString &folder)
+{
+    const QString path = QDir::fromNativeSeparators(folder);
     clearDocument();
-    setDocumentPath(folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/'));
+    // The folder alone, with a trailing "/": the project has no file name yet.
+    setDocumentPath(path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/'));
     openWindowsAndInit(true);
     setMorvaneWindowTitle();
 }
@@ -797,6 +807,8 @@ void MorvaneWindow::setupRigx(const QString &version)
 {
     mRigx = std::make_unique<RigxData>(mUndoStack, version, this);
     rigx = mRigx.get();
+    mIoHost = std::make_unique<WindowProjectIoHost>(this);
+    ProjectFile::setDefaultHost(mIoHost.get());
 }
 
 QString MorvaneWindow::projectFilePath() const
@@ -821,15 +833,36 @@ void MorvaneWindow::clearDocument()
     mRigx->clear();
 }
 
+ProjectSaveOptions MorvaneWindow::saveOptions() const
+{
+    ProjectSaveOptions options;
+    options.prettifyXml = MorvaneSettings::prettifyXML;
+    options.prettifyJson = MorvaneSettings::prettifyJson;
+    options.objInfoNamesUniqueToFile = MorvaneSettings::saveObjInfoNamesUniqueToFile;
+    options.pixelArtMode = MorvaneSettings::pixelArtMode;
+    return options;
+}
+
 bool MorvaneWindow::openDocument(const QString &path)
 {
-    Q_UNUSED(path);
+    MorvaneSettings::shownMissingImagesOnceForThisFile = false;
+    QString error;
+    if (ProjectFile::open(mRigx.get(), path, mIoHost.get(), &error))
+        return true;
+    QMessageBox::warning(this, tr("Open Morvane Project"),
+                         tr("The project could not be opened.\n\n%1").arg(error));
     return false;
 }
 
 bool MorvaneWindow::saveDocument(const QString &path)
 {
-    Q_UNUSED(path);
+    QString error;
+    if (ProjectFile::save(mRigx.get(), path, saveOptions(), mIoHost.get(), &error))
+        return true;
+    // An empty error means the user chose not to save there.
+    if (!error.isEmpty())
+        QMessageBox::warning(this, tr("Save Morvane Project"),
+                             tr("The project could not be saved.\n\n%1").arg(error));
     return false;
 }
 
@@ -842,14 +875,61 @@ void MorvaneWindow::on_autoSave_timeout()
 
 bool MorvaneWindow::startAutoSave()
 {
-    return false;
+    if (!mRigx || projectFolder().isEmpty())
+        return false;
+    if (mAutoSaveRunning || MorvaneSettings::suppressAutoSave())
+        return false;
+
+    const QString target =
+        projectFolder() + QLatin1Char('/') + autoSaveFileName(mRigx->filePath());
+    MorvaneSettings::startSuppressAutoSave();
+    mAutoSaveRunning = true;
+    updateAutoSaveStatus(1, 0);
+
+    // The snapshot is the finished file in memory, taken on this thread so the
+    // document is never read while it changes; only the disk write, the slow
+    // part, runs on the worker.
+    auto snapshot = std::make_shared<QByteArray>();
+    {
+        QBuffer buffer(snapshot.get());
+        buffer.open(QIODevice::WriteOnly);
+        XmlProjectWriter::write(*mRigx, &buffer, saveOptions());
+    }
+    updateAutoSaveStatus(2, 50);
+    const quint64 changeCount = mChangeCount;
+    auto ok = std::make_shared<bool>(false);
+    QThread *worker = QThread::create([snapshot, target, ok] {
+        QSaveFile file(target);
+        *ok = file.open(QIODevice::WriteOnly) && file.write(*snapshot) == snapshot->size()
+              && file.commit();
+    });
+    mAutoSaveThread = worker;
+    connect(worker, &QThread::finished, this, [this, worker, target, ok, changeCount] {
+        worker->deleteLater();
+        finishAutoSave(target, *ok, changeCount);
+    });
+    worker->start(QThread::LowPriority);
+    return true;
 }
 
 void MorvaneWindow::finishAutoSave(const QString &path, bool ok, quint64 changeCount)
 {
-    Q_UNUSED(path);
-    Q_UNUSED(ok);
-    Q_UNUSED(changeCount);
+    mAutoSaveRunning = false;
+    MorvaneSettings::endSuppressAutoSave();
+    emit autoSaveFinished(path, ok);
+    if (!ok) {
+        statusBar()->showMessage(tr("AutoSave failed: cannot write %1")
+                                     .arg(QDir::toNativeSeparators(path)),
+                                 5000);
+        return;
+    }
+    if (changeCount != mChangeCount) {
+        // The project changed while the copy was written: it is already stale.
+        statusBar()->showMessage(tr("Changes made. Restarting AutoSave..."), 1500);
+        startAutoSave();
+        return;
+    }
+    updateAutoSaveStatus(3, 100);
 }
 
 void MorvaneWindow::updateAutoSaveStatus(int dots, int percent)

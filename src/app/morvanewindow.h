@@ -14,6 +14,7 @@ class QDockWidget;
 class QGraphicsScene;
 class QNetworkAccessManager;
 class QNetworkReply;
+class QThread;
 class QTimer;
 class QUndoStack;
 
@@ -24,6 +25,8 @@ class MorvaneWindow;
 namespace Morvane {
 
 class MorvaneSettings;
+class WindowProjectIoHost;
+struct ProjectSaveOptions;
 class MorvaneSettingsDialog;
 class RigxData;
 
@@ -63,6 +66,10 @@ public:
     bool verifySaveChanged(const QString &what);
     void enableProjectActions(bool enabled);
     void loadOnOpen(const QString &path);
+    // Opens `path` (absolute) into the document; on failure nothing changes.
+    bool openProject(const QString &path);
+    // Starts an empty project whose images live in `folder` (no dialogs).
+    void newProject(const QString &folder);
 
     // Saves a copy into the project folder without touching path, title,
     // recent files or the clean state. Returns false when nothing was started.
@@ -134,12 +141,15 @@ private:
     bool saveDocument(const QString &path);
     bool saveAs();
     void setDocumentPath(const QString &path);
+    ProjectSaveOptions saveOptions() const;
 
     void on_autoSave_timeout();
     void finishAutoSave(const QString &path, bool ok, quint64 changeCount);
 
     Ui::MorvaneWindow *mUi;
     std::unique_ptr<RigxData> mRigx;
+    std::unique_ptr<WindowProjectIoHost> mIoHost;
+    QPointer<QThread> mAutoSaveThread;
     QNetworkAccessManager *mNetworkManager;
     MorvaneSettings *mSettings;
     QUndoStack *mUndoStack;

@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "apptesthelpers.h"
+#include "io/projectfile.h"
+#include "model/entity.h"
+#include "model/rigxdata.h"
+#include "morvanesettings.h"
+#include "morvanewindow.h"
+#include "ui_morvanewindow.h"
+
+#include <QFile>
+#include <QMessageBox>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUndoStack>
+
+using namespace Morvane;
+
+namespace {
+
+class DirtyCommand : public QUndoCommand
+{
+public:
+    DirtyCommand()
+        : QUndoCommand(QStringLiteral("dirty"))
+    {
+    }
+};
+
+// Writes a small valid project (one entity named `entityName`) to `path`.
+bool writeProject(const QString &path, const QString &entityName = QStringLiteral("hero"))
+{
+    RigxData document(nullptr, QStringLiteral("r4.1"));
+    Entity *entity = document.appendEmptyEntity();
+    entity->setName(entityName);
+    QString error;
+    const bool ok = ProjectFile::save(&document, path, ProjectSaveOptions(), nullptr, &error);
+    if (!ok)
+        qWarning() << error;
+    return ok;
+}
+
+QString title(const QString &path)
+{
+    return QStringLiteral("Morvane ") + QString(9, QLatin1Char(' ')) + path;
+}
+
+} // namespace
+
+class TestProjectWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void startWithArgumentOpens_data();
+    void startWithArgumentOpens();
+    void reopeningMovesToTop();
+    void failedOpenKeepsProject();
+    void saveNewVersion_data();
+    void saveNewVersion();
+    void saveInPlace();
+    void autoSaveNames_data();
+    void autoSaveNames();
+    void autoSaveOfNewProject();
+    void autoSaveRestartsAfterChange();
+    void autoSaveWaitsWhileSuppressed();
+    void autoSaveNeedsProjectFolder();
+
+private:
+    QTemporaryDir *mDir = nullptr;
+};
+
+void TestProjectWindow::init()
+{
+    Test::useTestSettings();
+    MorvaneSettings::resetToDefaults();
+    mDir = new QTemporaryDir;
+    QVERIFY(mDir->isValid());
+}
+
+void TestProjectWindow::cleanup()
+{
+    delete mDir;
+    mDir = nullptr;
+}
+
+void TestProjectWindow::startWithArgumentOpens_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("xml") << "hero.rigx";
+    QTest::newRow("json") << "hero.rigj";
+}
+
+void TestProjectWindow::startWithArgumentOpens()
+{
+    QFETCH(QString, name);
+    const QString path = mDir->filePath(name);
+    QVERIFY(writeProject(path, QStringLiteral("knight")));
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QCOMPARE(window.projectFilePath(), path);
+    QCOMPARE(window.windowTitle(), title(path));
+    QCOMPARE(window.recentFiles(), QStringList(path));
+    QVERIFY(MorvaneWindow::rigx->entity(QStringLiteral("knight")));
+    // A freshly loaded project is clean: nothing to save, but it can be saved as.
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    QVERIFY(window.ui()->actionSave_Project_As->isEnabled());
+}
+
+void TestProjectWindow::reopeningMovesToTop()
+{
+    const QString a = mDir->filePath("a.rigx");
+    const QString b = mDir->filePath("b.rigx");
+    QVERIFY(writeProject(a));
+    QVERIFY(writeProject(b));
+    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    window.loadOnOpen(a);
+    window.loadOnOpen(b);
+    QCOMPARE(window.recentFiles(), QStringList({b, a}));
+    window.loadOnOpen(a);
+    QCOMPARE(window.recentFiles(), QStringList({a, b}));
+
+    // Opening through the recent menu's second entry moves it up again.
+    window.ui()->menuOpen_Recent_Project->actions().at(1)->trigger();
+    QCOMPARE(window.projectFilePath(), b);
+    QCOMPARE(window.recentFiles(), QStringList({b, a}));
+}
+
+void TestProjectWindow::failedOpenKeepsProject()
+{
+    const QString good = mDir->filePath("good.rigx");
+    const QString bad = mDir->filePath("bad.rigx");
+    QVERIFY(writeProject(good));
+    {
+        QFile file(bad);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("<?xml version=\"1.0\"?>\n<other_root/>\n");
+    }
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), good});
+    QString shown;
+    Test::ModalAnswerer answerer([&shown](QWidget *modal) {
+        if (auto *box = qobject_cast<QMessageBox *>(modal)) {
+            shown = box->text();
+            box->accept();
+        }
+    });
+    window.loadOnOpen(bad);
+    QVERIFY(shown.contains(QStringLiteral("Not a Morvane file")));
+    QCOMPARE(window.projectFilePath(), good);
+    QCOMPARE(window.windowTitle(), title(good));
+    QCOMPARE(window.recentFiles(), QStringList(good));
+    QVERIFY(MorvaneWindow::rigx->entity(QStringLiteral("hero")));
+}
+
+void TestProjectWindow::saveNewVersion_data()
+{
+    QTest::addColumn<QString>("open");
+    QTest::addColumn<QStringList>("others");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("walk") << "walk.rigx" << QStringList() << "walk_000.rigx";
+    QTest::newRow("walk_007") << "walk_007.rigx" << QStringList() << "walk_008.rigx";
+    QTest::newRow("walk_007, 008 taken") << "walk_007.rigx" << QStringList("walk_008.rigx")
+                                         << "walk_009.rigx";
+    QTest::newRow("walk_ab1") << "walk_ab1.rigx" << QStringList() << "walk_ab1_000.rigx";
+    QTest::newRow("json stays json") << "walk.rigj" << QStringList() << "walk_000.rigj";
+}
+
+void TestProjectWindow::saveNewVersion()
+{
+    QFETCH(QString, open);
+    QFETCH(QStringList, others);
+    QFETCH(QString, expected);
+    const QString path = mDir->filePath(open);
+    QVERIFY(writeProject(path));
+    for (const QString &other : others)
+        QVERIFY(writeProject(mDir->filePath(other), QStringLiteral("other")));
+
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    window.undoStack()->push(new DirtyCommand);
+    QVERIFY(window.ui()->actionSave_Project->isEnabled());
+    window.ui()->actionSave_New_Version->trigger();
+
+    const QString target = mDir->filePath(expected);
+    QVERIFY(QFile::exists(target));
+    QCOMPARE(window.projectFilePath(), target);
+    QCOMPARE(window.windowTitle(), title(target));
+    QCOMPARE(window.recentFiles().first(), target);
+    QVERIFY(window.undoStack()->isClean());
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+
+    // What was written is this project, readable again.
+    RigxData reread(nullptr, QStringLiteral("r4.1"));
+    QVERIFY(ProjectFile::open(&reread, target));
+    QVERIFY(reread.entity(QStringLiteral("hero")));
+}
+
+void TestProjectWindow::saveInPlace()
+{
+    const QString path = mDir->filePath("hero.rigx");
+    QVERIFY(writeProject(path));
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    MorvaneWindow::rigx->entity(0)->setName(QStringLiteral("renamed"));
+    window.undoStack()->push(new DirtyCommand);
+    window.ui()->actionSave_Project->trigger();
+    QVERIFY(window.undoStack()->isClean());
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    RigxData reread(nullptr, QStringLiteral("r4.1"));
+    QVERIFY(ProjectFile::open(&reread, path));
+    QVERIFY(reread.entity(QStringLiteral("renamed")));
+}
+
+void TestProjectWindow::autoSaveNames_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("xml") << "hero.rigx" << "hero.autosave.rigx";
+    QTest::newRow("json autosaves as xml") << "hero.rigj" << "hero.autosave.rigx";
+}
+
+void TestProjectWindow::autoSaveNames()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, expected);
+    const QString path = mDir->filePath(name);
+    QVERIFY(writeProject(path));
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    window.undoStack()->push(new DirtyCommand);
+    const QString titleBefore = window.windowTitle();
+    const QStringList recentBefore = window.recentFiles();
+
+    QSignalSpy finished(&window, &MorvaneWindow::autoSaveFinished);
+    QVERIFY(window.startAutoSave());
+    QVERIFY(MorvaneSettings::suppressAutoSave());
+    QTRY_COMPARE(finished.count(), 1);
+    QCOMPARE(finished.at(0).at(0).toString(), mDir->filePath(expected));
+    QCOMPARE(finished.at(0).at(1).toBool(), true);
+    QVERIFY(!MorvaneSettings::suppressAutoSave());
+
+    // Always the XML form, and a project that opens again.
+    QFile file(mDir->filePath(expected));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("<morvane_data"));
+    RigxData reread(nullptr, QStringLiteral("r4.1"));
+    QVERIFY(ProjectFile::open(&reread, mDir->filePath(expected)));
+    QVERIFY(reread.entity(QStringLiteral("hero")));
+
+    // Nothing about the open project changed.
+    QCOMPARE(window.projectFilePath(), path);
+    QCOMPARE(window.windowTitle(), titleBefore);
+    QCOMPARE(window.recentFiles(), recentBefore);
+    QVERIFY(!window.undoStack()->isClean());
+    QVERIFY(window.ui()->actionSave_Project->isEnabled());
+    window.undoStack()->setClean();
+}
+
+void TestProjectWindow::autoSaveOfNewProject()
+{
+    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    window.newProject(mDir->path());
+    QCOMPARE(window.windowTitle(), title(QStringLiteral("[Unsaved Project]")));
+    QSignalSpy finished(&window, &MorvaneWindow::autoSaveFinished);
+    QVERIFY(window.startAutoSave());
+    QTRY_COMPARE(finished.count(), 1);
+    QCOMPARE(finished.at(0).at(0).toString(), mDir->filePath("NewProject.autosave.rigx"));
+    QVERIFY(QFile::exists(mDir->filePath("NewProject.autosave.rigx")));
+    QCOMPARE(window.projectFilePath(), QString());
+    QCOMPARE(window.windowTitle(), title(QStringLiteral("[Unsaved Project]")));
+    QVERIFY(window.recentFiles().isEmpty());
+}
+
+void TestProjectWindow::autoSaveRestartsAfterChange()
+{
+    const QString path = mDir->filePath("hero.rigx");
+    QVERIFY(writeProject(path));
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QSignalSpy finished(&window, &MorvaneWindow::autoSaveFinished);
+    QVERIFY(window.startAutoSave());
+    // A change while the copy is being written makes that copy stale.
+    MorvaneWindow::rigx->entity(0)->setName(QStringLiteral("changed"));
+    window.undoStack()->push(new DirtyCommand);
+    QTRY_COMPARE(finished.count(), 2);
+    QTest::qWait(50);
+    QCOMPARE(finished.count(), 2);
+    QVERIFY(!window.autoSaveRunning());
+    RigxData reread(nullptr, QStringLiteral("r4.1"));
+    QVERIFY(ProjectFile::open(&reread, mDir->filePath("hero.autosave.rigx")));
+    QVERIFY(reread.entity(QStringLiteral("changed")));
+    window.undoStack()->setClean();
+}
+
+void TestProjectWindow::autoSaveWaitsWhileSuppressed()
+{
+    const QString path = mDir->filePath("hero.rigx");
+    QVERIFY(writeProject(path));
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    MorvaneSettings::startSuppressAutoSave();
+    QVERIFY(!window.startAutoSave());
+    MorvaneSettings::endSuppressAutoSave();
+    QVERIFY(!QFile::exists(mDir->filePath("hero.autosave.rigx")));
+    QVERIFY(window.startAutoSave());
+    // A second start while one runs is refused rather than stacked.
+    QVERIFY(!window.startAutoSave());
+    QTRY_VERIFY(!window.autoSaveRunning());
+}
+
+void TestProjectWindow::autoSaveNeedsProjectFolder()
+{
+    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    QVERIFY(!window.startAutoSave());
+    QVERIFY(!window.autoSaveRunning());
+}
+
+QTEST_MAIN(TestProjectWindow)
+#include "tst_projectwindow.moc"
