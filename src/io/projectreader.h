@@ -4,6 +4,7 @@
 
 #include "eval/displayinfo.h"
 #include "eval/tweeninfo.h"
+#include "io/metareader.h"
 #include "io/projectwriter.h"
 #include "model/animation.h"
 #include "model/entity.h"
@@ -53,7 +54,7 @@ public:
         // JSON form lists "entity" before "folder".
         readAtlases(root.first("atlas"));
         root.forEach("folder", [this](const Node &node) { readFolder(node); });
-        readTagList(root.first("tag_list"));
+        readTagList(root);
         root.forEach("entity", [this](const Node &node) { readEntity(node); });
         resolveSubEntityKeys();
     }
@@ -181,11 +182,7 @@ private:
         mFiles.insert(qMakePair(folderId, fileId), file);
     }
 
-    void readTagList(const Node &node)
-    {
-        // The project's tag list ("tag_list") is read here.
-        Q_UNUSED(node);
-    }
+    void readTagList(const Node &root) { mMeta.readTagList(root); }
 
     void readEntity(const Node &node)
     {
@@ -193,6 +190,7 @@ private:
         node.string("name", &name);
         node.string("realname", &name);
         auto *entity = new Entity(name, false);
+        mReadingEntity = entity;
         const int index = mDocument->entityCount();
         mDocument->appendEntity(entity);
         mEntityIndexes.insert(intOr(node, "id", index), index);
@@ -202,7 +200,7 @@ private:
         mCreatedObjects.clear();
         node.forEach("obj_info", [&](const Node &child) { readObjInfo(entity, child); });
         node.forEach("character_map", [&](const Node &child) { readCharacterMap(entity, child); });
-        readEntityVariables(entity, node.first("var_defs"));
+        readEntityVariables(entity, node);
         node.forEach("animation", [&](const Node &child) { readAnimation(entity, child); });
     }
 
@@ -240,7 +238,7 @@ private:
             info.yScale = realOr(node, "scale_y", 1.0);
         }
         entity->appendObject(object, -1, true);
-        readObjectVariables(object, node.first("var_defs"));
+        readObjectVariables(object, node);
         mObjInfos.push_back(object);
     }
 
@@ -251,32 +249,39 @@ private:
         Q_UNUSED(node);
     }
 
+    // `node` is the entity or obj_info: the JSON form has no single "var_defs" element.
     void readEntityVariables(Entity *entity, const Node &node)
     {
-        // The entity's variable definitions ("var_defs") are read here.
-        Q_UNUSED(entity);
-        Q_UNUSED(node);
+        mMeta.readVarDefs(node, &entity->valInfoCollection(), entity->name());
     }
 
     void readObjectVariables(Object *object, const Node &node)
     {
-        // An object's variable definitions ("var_defs") are read here.
-        Q_UNUSED(object);
-        Q_UNUSED(node);
+        mMeta.readVarDefs(node, &object->valInfoCollection(), object->name());
     }
 
     void readAnimationValueLines(Animation *animation, const Node &node)
     {
-        // An animation's value and tag lines ("meta") are read here.
-        Q_UNUSED(animation);
-        Q_UNUSED(node);
+        if (node.isValid() && entityOf(animation))
+            mMeta.readMeta(node, &animation->ownLineHolder(),
+                           entityOf(animation)->valInfoCollection(), animation->name());
     }
 
     void readTimelineValueLines(Timeline *timeline, const Node &node)
     {
-        // A timeline's value and tag lines ("meta") are read here.
-        Q_UNUSED(timeline);
-        Q_UNUSED(node);
+        Object *object = timeline->object();
+        Entity *entity = object ? object->parentEntity() : nullptr;
+        Animation *animation = timeline->parentAnimation();
+        if (!node.isValid() || !entity || !animation)
+            return;
+        mMeta.readMeta(node, animation->objectLineHolder(entity->indexOfObject(object), true),
+                       object->valInfoCollection(), object->name());
+    }
+
+    // The animation may not be in its entity yet while it is read.
+    Entity *entityOf(Animation *animation) const
+    {
+        return animation->parentEntity() ? animation->parentEntity() : mReadingEntity;
     }
 
     void readAnimation(Entity *entity, const Node &node)
@@ -584,6 +589,8 @@ private:
 
     RigxData *mDocument;
     QStringList *mWarnings;
+    MetaReader<Node> mMeta{mDocument, [this](const QString &text) { warn(text); }};
+    Entity *mReadingEntity = nullptr;
     QStringList mAtlasNames;
     int mFolderElements = 0;
     QHash<QPair<int, int>, File *> mFiles;

@@ -4,6 +4,7 @@
 
 #include "eval/displayinfo.h"
 #include "eval/tweeninfo.h"
+#include "io/metawriter.h"
 #include "io/projectsink.h"
 #include "model/animation.h"
 #include "model/entity.h"
@@ -213,9 +214,7 @@ void ProjectWriter::writeFile(const File &file, int index)
 
 bool ProjectWriter::objectHasVariables(const Object &object) const
 {
-    // Variable definitions: answered here once objects carry them.
-    Q_UNUSED(object);
-    return false;
+    return !object.valInfoCollection().isEmpty();
 }
 
 bool ProjectWriter::writesObjInfo(const Object &object) const
@@ -579,7 +578,7 @@ void ProjectWriter::writeKeyContent(const Timeline &timeline, const TimelineKey 
 
 void ProjectWriter::writeTagList()
 {
-    // The project's tag list ("tag_list") is written here, between folders and entities.
+    MetaWriter::writeTagList(mSink, mDocument.tagManager());
 }
 
 void ProjectWriter::writeCharacterMaps(const Entity &entity)
@@ -591,26 +590,31 @@ void ProjectWriter::writeCharacterMaps(const Entity &entity)
 
 void ProjectWriter::writeEntityVariables(const Entity &entity)
 {
-    // The entity's variable definitions ("var_defs") are written here, before animations.
-    Q_UNUSED(entity);
+    MetaWriter::writeVarDefs(mSink, entity.valInfoCollection());
 }
 
 void ProjectWriter::writeObjectVariables(const Object &object)
 {
-    // An object's variable definitions ("var_defs") are written here, inside its obj_info.
-    Q_UNUSED(object);
+    MetaWriter::writeVarDefs(mSink, object.valInfoCollection());
 }
 
 void ProjectWriter::writeAnimationValueLines(const Animation &animation)
 {
-    // The animation's own value and tag lines ("meta") are written here, last.
-    Q_UNUSED(animation);
+    const Entity *entity = animation.parentEntity();
+    if (entity)
+        MetaWriter::writeMeta(mSink, &animation.ownLineHolder(), entity->valInfoCollection(),
+                              mDocument.tagManager());
 }
 
 void ProjectWriter::writeTimelineValueLines(const Timeline &timeline)
 {
-    // A timeline's value and tag lines ("meta") are written here, after its keys.
-    Q_UNUSED(timeline);
+    const Object *object = timeline.object();
+    const Entity *entity = timeline.parentEntity();
+    const Animation *animation = timeline.parentAnimation();
+    if (!object || !entity || !animation)
+        return;
+    MetaWriter::writeMeta(mSink, animation->objectLineHolder(entity->indexOfObject(object)),
+                          object->valInfoCollection(), mDocument.tagManager());
 }
 
 } // namespace Morvane

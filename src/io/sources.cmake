@@ -9,6 +9,9 @@ list(APPEND MORVANE_CORE_SOURCES
     io/jsonprojectwriter.h
     io/jsonwriter.cpp
     io/jsonwriter.h
+    io/metareader.h
+    io/metawriter.cpp
+    io/metawriter.h
     io/numberformat.cpp
     io/numberformat.h
     io/projectfile.cpp
