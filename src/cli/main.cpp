@@ -3,6 +3,7 @@
 #include "clicommand.h"
 #include "convertcommand.h"
 #include "infocommand.h"
+#include "valuescommand.h"
 
 #include <QCoreApplication>
 
@@ -17,6 +18,7 @@ namespace {
 const CliCommand sCommands[] = {
     {"convert", ConvertCommand::Usage, ConvertCommand::Summary, &ConvertCommand::run},
     {"info", InfoCommand::Usage, InfoCommand::Summary, &InfoCommand::run},
+    {"values", ValuesCommand::Usage, ValuesCommand::Summary, &runValuesCommand},
 };
 
 void printUsage(std::FILE *stream)
