@@ -13,6 +13,14 @@ class EntityInfo
 public:
     enum RatioControl { TimeRatioControl = 0, SpeedRatioControl = 1 };
 
+    EntityInfo() = default;
+    /// The blend of two keys' sub-entity data at ratio `r`: `a`'s animation
+    /// until r reaches 1, then `b`'s; the ratio that `a`'s method uses is
+    /// interpolated linearly, everything else is `a`'s.
+    EntityInfo(const EntityInfo &a, const EntityInfo &b, double r);
+    EntityInfo(const EntityInfo &other) = default;
+    EntityInfo &operator=(const EntityInfo &other) = default;
+
     /// Entity index and animation index (positions 0 and 1).
     Address animation;
     /// Position in the sub-animation as a fraction of its length.

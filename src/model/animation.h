@@ -120,6 +120,15 @@ public:
     int guidelineCount() const { return int(mGuideLines.size()); }
     void removeGuide(int index);
 
+    // Evaluation (defined in eval/keyinterpolation.cpp).
+    /// The time at which timelines are sampled for `time` (milliseconds): with
+    /// `curved`, `time` clamped to 0..length and eased by the mainline key in
+    /// force (truncated toward zero); without `curved`, `time` itself.
+    int sampleTime(int time, bool curved = true) const;
+    /// Refreshes the cached world state of the references of the mainline key
+    /// in force at `time`.
+    void updateRefCurrentInfo(int time, bool curved = true);
+
     // Value lines and the tag line: the entity's own, and one holder per
     // object (by object index) that has lines in this animation.
     ValueLineHolder &ownLineHolder() { return mOwnLineHolder; }

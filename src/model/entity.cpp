@@ -214,12 +214,6 @@ QString Entity::uniqueAnimationName(const QString &name) const
     return uniqueName(name, animationNames());
 }
 
-bool Entity::charMapsContainFile(const File *file) const
-{
-    Q_UNUSED(file);
-    return false;
-}
-
 void Entity::setTo(const Entity &other, bool copyName)
 {
     if (&other == this)
@@ -227,6 +221,8 @@ void Entity::setTo(const Entity &other, bool copyName)
     clearAllLinksAndChildren();
     if (copyName)
         mName = other.mName;
+    mCharMaps = other.mCharMaps;
+    mActiveCharMaps = other.mActiveCharMaps;
     mValInfos = other.mValInfos;
     QHash<const Object *, Object *> objectCopies;
     for (const auto &o : other.mObjects) {

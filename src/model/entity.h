@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "eval/charactermap.h"
 #include "meta/valinfocollection.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
@@ -79,8 +80,54 @@ public:
     ValInfoCollection &valInfoCollection() { return mValInfos; }
     const ValInfoCollection &valInfoCollection() const { return mValInfos; }
 
+    // Character maps (defined in eval/charactermap.cpp). The maps are kept in
+    // order; the active list holds map ids in the order they are applied, so a
+    // later map wins for the same source file. The redirects they set live on
+    // the project's files and are shared by all entities.
+    int charMapCount() const { return int(mCharMaps.size()); }
+    /// Null when out of range.
+    const CharacterMap *charMap(int index) const;
+    const QList<CharacterMap> &charMaps() const { return mCharMaps; }
+    /// Null when no map has that name / id.
+    CharacterMap *charMapFromName(const QString &name);
+    const CharacterMap *charMapFromName(const QString &name) const;
+    CharacterMap *charMapFromId(int id);
+    const CharacterMap *charMapFromId(int id) const;
+    QStringList charMapNames() const;
+    QString uniqueCharMapName(const QString &name) const;
     /// Whether a character map of this entity names `file` (as source or target).
     bool charMapsContainFile(const File *file) const;
+    /// Inserts a copy of `map` at `index` (-1 appends), then re-applies.
+    void appendCharMap(const CharacterMap &map, int index = -1);
+    /// Gives the map named `name` the name and instructions of `map`, keeping
+    /// its id (and so its place in the active list), then re-applies. False
+    /// when no map has that name.
+    bool editCharMap(const QString &name, const CharacterMap &map);
+    /// Deletes the map named `name`, drops it from the active list and
+    /// re-applies. False when no map has that name.
+    bool deleteCharMap(const QString &name);
+    /// Appends the named map's id to the active list (unless it is there
+    /// already) or removes it, and re-applies when the list changed. Unknown
+    /// names change nothing.
+    void makeCharMapActive(const QString &name, bool active);
+    bool isCharMapActive(const QString &name) const;
+    /// The active map ids, in the order they are applied.
+    const QList<int> &activeMap() const { return mActiveCharMaps; }
+    /// Replaces the active list (unknown ids are dropped) and re-applies.
+    void setActiveCharMaps(const QList<int> &ids);
+    /// Drops ids that name no map any more and tells the document.
+    void refreshActiveCharMaps();
+    /// Resets every file of the document to show itself, then applies the
+    /// active maps in order, and tells the document.
+    void applyMaps();
+    /// Points the redirect of each source file of `map` at its target.
+    void applyCharMap(const CharacterMap &map);
+    /// Makes every file of the document show itself.
+    void clearActiveCharMaps();
+
+    /// Refreshes the cached world state of the references in force at `time`
+    /// in every animation (defined in eval/keyinterpolation.cpp).
+    void updateRefCurrentInfo(int time, bool curved = true);
 
     /// Replaces this entity's content (objects and animations) with a copy of
     /// `other`'s; with `copyName`, the name too.
@@ -99,6 +146,8 @@ private:
     QString mName;
     std::vector<std::unique_ptr<Object>> mObjects;
     std::vector<std::unique_ptr<Animation>> mAnimations;
+    QList<CharacterMap> mCharMaps;
+    QList<int> mActiveCharMaps;
     ValInfoCollection mValInfos;
 };
 

@@ -103,6 +103,15 @@ public:
     /// (entity, animation, mainline key index) with a direct pointer.
     Address address() const;
 
+    // Evaluation (defined in eval/keyinterpolation.cpp).
+    /// The time at which timelines are sampled while this key is in force at
+    /// `t` (milliseconds): eased by this key's curve between its time and the
+    /// next key's, or after the last key the first key's plus the animation's
+    /// length. A lone key gives its own time; without animation, `t`.
+    double curvedTime(double t) const;
+    /// Refreshes the cached world state of every reference at `sampleTime`.
+    void updateCurrentInfo(int sampleTime);
+
     int indexOfChild(const MorvaneModelItem *child) const override;
     bool removeChildItem(MorvaneModelItem *child) override;
     void clearAllLinksAndChildren() override;

@@ -51,6 +51,15 @@ public:
     /// (entity, animation, mainline key index, ref type, ref index).
     Address address() const;
 
+    // Evaluation (defined in eval/keyinterpolation.cpp).
+    /// The world state at `sampleTime`: the referenced timeline's blended local
+    /// state composed onto the parent bone's world state, up the whole chain.
+    /// A chain deeper than `MaxParentDepth` (a cycle) is cut there.
+    DisplayInfo unmappedInfo(int sampleTime) const;
+    /// Stores `unmappedInfo(sampleTime)` as the current info.
+    void updateCurrentInfo(int sampleTime);
+    static constexpr int MaxParentDepth = 256;
+
 protected:
     ObjectRef(MorvaneItemType type, TimelineKey *key, BoneRef *parent);
     ObjectRef(const ObjectRef &other);

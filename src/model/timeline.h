@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "eval/displayinfo.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
@@ -74,6 +75,21 @@ public:
     /// Restores time order (stable); returns where the key that was at
     /// `followedPosition` is now (-1 in, -1 out).
     int sortKeysByTime(int followedPosition = -1);
+
+    // Evaluation (defined in eval/keyinterpolation.cpp).
+    /// The keys in force at `time` (milliseconds): the last key at or before it
+    /// and the key it blends towards, with the ratio eased by the first key's
+    /// curve. After the last key of a looping animation the second is the first
+    /// key, one length later. Before the first key, and after the last one of a
+    /// non-looping animation, one key holds (both the same, ratio 0). Both null
+    /// when the timeline has no keys.
+    void keyPairFromTime(int time, const TimelineKey **first, const TimelineKey **second,
+                         double *ratio) const;
+    /// A detached key holding the state at `time`: spatial and sub-entity data
+    /// blended, everything else from the key in force. A default key without keys.
+    TimelineKey keyFromTime(int time) const;
+    /// The blended local spatial state at `time`; a default one without keys.
+    DisplayInfo displayInfoFromTime(int time) const;
 
     Animation *parentAnimation() const;
     Entity *parentEntity() const;

@@ -1,0 +1,581 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "eval/entityinstance.h"
+#include "eval/poseevaluator.h"
+
+#include "evaltesthelpers.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+#include <numeric>
+
+// Counts heap allocations so that a test can prove that posing allocates
+// nothing once warmed up.
+static std::atomic<long> sAllocations{0};
+
+void *operator new(std::size_t size)
+{
+    ++sAllocations;
+    if (void *p = std::malloc(size ? size : 1))
+        return p;
+    throw std::bad_alloc();
+}
+
+void operator delete(void *p) noexcept
+{
+    std::free(p);
+}
+
+void operator delete(void *p, std::size_t) noexcept
+{
+    std::free(p);
+}
+
+using namespace Morvane;
+using Morvane::Testing::info;
+using Morvane::Testing::Rig;
+
+Q_DECLARE_METATYPE(Morvane::TweenInfo)
+
+namespace {
+
+bool near(double a, double b, double tolerance = 1e-9)
+{
+    return std::abs(a - b) <= tolerance;
+}
+
+bool sameAngle(double a, double b, double tolerance = 1e-9)
+{
+    const double d = std::fmod(std::abs(a - b), 360.0);
+    return d <= tolerance || 360.0 - d <= tolerance;
+}
+
+const PoseItem *findItem(const Pose &pose, const Timeline *tl)
+{
+    for (const PoseItem &item : pose.bones) {
+        if (item.timeline == tl)
+            return &item;
+    }
+    for (const PoseItem &item : pose.objects) {
+        if (item.timeline == tl)
+            return &item;
+    }
+    return nullptr;
+}
+
+/// The pose at `time` from the evaluator, after checking it against the
+/// model's one-reference-at-a-time path.
+Pose poseAt(const Animation *animation, int time)
+{
+    Pose pose;
+    PoseEvaluator(animation).evaluate(time, pose);
+    const int sampleTime = animation->sampleTime(time);
+    if (pose.sampleTime != sampleTime)
+        qFatal("sample time %d, model says %d", pose.sampleTime, sampleTime);
+    for (const auto *list : {&pose.bones, &pose.objects}) {
+        for (const PoseItem &item : *list) {
+            const DisplayInfo world = item.ref->unmappedInfo(sampleTime);
+            if (!near(world.x, item.x, 1e-7) || !near(world.y, item.y, 1e-7)
+                || !sameAngle(world.angle, item.angle, 1e-7) || !near(world.xScale, item.xScale)
+                || !near(world.yScale, item.yScale) || !near(world.alpha, item.alpha)
+                || world.pivotX(true) != item.pivotX || world.pivotY(true) != item.pivotY) {
+                qFatal("evaluator and model disagree at %d: (%g, %g, %g) vs (%g, %g, %g)", time,
+                       item.x, item.y, item.angle, world.x, world.y, world.angle);
+            }
+        }
+    }
+    return pose;
+}
+
+} // namespace
+
+class TstPose : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void curvedTime_data();
+    void curvedTime();
+    void curvedTimeWithoutAnimation();
+    void keyPair_data();
+    void keyPair();
+    void blendedKeyCarriesFirstKeysData();
+    void turnedStretchedParent();
+    void alphaMultipliesDownTheChain();
+    void mirroredParentsReverseAngles();
+    void angleBlendsThroughZero();
+    void instantKeysHold();
+    void mainlineCurveEasesTime();
+    void loopingWrapsAndNonLoopingHolds_data();
+    void loopingWrapsAndNonLoopingHolds();
+    void bonesParentsFirstAndObjectsInZOrder();
+    void parentCycleTerminates();
+    void defaultPivotFollowsFile();
+    void evaluatorMatchesModel();
+    void posingDoesNotAllocate();
+    void updateRefCurrentInfoCaches();
+};
+
+void TstPose::curvedTime_data()
+{
+    QTest::addColumn<QList<int>>("times");
+    QTest::addColumn<int>("keyTime");
+    QTest::addColumn<TweenInfo>("curve");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<double>("t");
+    QTest::addColumn<double>("expected");
+
+    QTest::newRow("single key") << QList<int>{0} << 0 << TweenInfo() << true << 600.0 << 0.0;
+    QTest::newRow("single later key") << QList<int>{200} << 200 << TweenInfo(0.0) << true << 700.0
+                                      << 200.0;
+    QTest::newRow("linear") << QList<int>{0, 100} << 0 << TweenInfo() << true << 30.0 << 30.0;
+    QTest::newRow("eased") << QList<int>{0, 100} << 0 << TweenInfo(0.0) << true << 50.0 << 25.0;
+    QTest::newRow("instant") << QList<int>{0, 100} << 0 << TweenInfo::instantInfo() << true << 99.0
+                             << 0.0;
+    QTest::newRow("last key wraps") << QList<int>{0, 600} << 600 << TweenInfo(0.0) << true << 800.0
+                                    << 700.0;
+    QTest::newRow("wraps without looping too") << QList<int>{0, 600} << 600 << TweenInfo(0.0)
+                                               << false << 800.0 << 700.0;
+    QTest::newRow("wrap from a later first key") << QList<int>{100, 600} << 600 << TweenInfo()
+                                                 << true << 850.0 << 850.0;
+}
+
+void TstPose::curvedTime()
+{
+    QFETCH(QList<int>, times);
+    QFETCH(int, keyTime);
+    QFETCH(TweenInfo, curve);
+    QFETCH(bool, looping);
+    QFETCH(double, t);
+    QFETCH(double, expected);
+
+    Rig rig(1000, looping);
+    for (int time : times)
+        rig.mainlineKey(time);
+    MainlineKey *key = rig.mainlineKey(keyTime);
+    key->setCurve(curve);
+    QVERIFY(near(key->curvedTime(t), expected));
+    QCOMPARE(rig.animation->sampleTime(int(t)), int(expected));
+    QCOMPARE(rig.animation->sampleTime(int(t), false), int(t));
+}
+
+void TstPose::curvedTimeWithoutAnimation()
+{
+    MainlineKey key;
+    key.setCurve(TweenInfo(0.0));
+    QCOMPARE(key.curvedTime(123.0), 123.0);
+}
+
+void TstPose::keyPair_data()
+{
+    QTest::addColumn<QList<int>>("times"); // key i has x = 10 * i
+    QTest::addColumn<TweenInfo>("curve");
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<int>("t");
+    QTest::addColumn<double>("expectedX");
+
+    const QList<int> two{0, 100};
+    QTest::newRow("linear quarter") << two << TweenInfo() << true << 25 << 2.5;
+    QTest::newRow("at a key") << QList<int>{0, 100, 200} << TweenInfo() << false << 100 << 10.0;
+    QTest::newRow("instant holds") << two << TweenInfo::instantInfo() << false << 99 << 0.0;
+    QTest::newRow("instant jumps at the next key") << two << TweenInfo::instantInfo() << false
+                                                   << 100 << 10.0;
+    QTest::newRow("eased key") << two << TweenInfo(0.0) << false << 50 << 2.5;
+    QTest::newRow("before the first key holds it") << QList<int>{100, 200} << TweenInfo() << true
+                                                   << 50 << 0.0;
+    QTest::newRow("after the last key holds") << QList<int>{0, 500} << TweenInfo() << false << 750
+                                              << 10.0;
+    QTest::newRow("after the last key wraps when looping") << QList<int>{0, 500} << TweenInfo()
+                                                           << true << 750 << 5.0;
+    QTest::newRow("wrap to a later first key") << QList<int>{200, 600} << TweenInfo() << true
+                                               << 900 << 5.0;
+    QTest::newRow("single key") << QList<int>{300} << TweenInfo() << true << 800 << 0.0;
+}
+
+void TstPose::keyPair()
+{
+    QFETCH(QList<int>, times);
+    QFETCH(TweenInfo, curve);
+    QFETCH(bool, looping);
+    QFETCH(int, t);
+    QFETCH(double, expectedX);
+
+    Rig rig(1000, looping);
+    Timeline *tl = rig.timeline(QStringLiteral("s"));
+    for (int i = 0; i < times.size(); ++i)
+        rig.key(tl, times.at(i), info(10.0 * i, 0), curve);
+    rig.link();
+
+    QVERIFY(near(tl->displayInfoFromTime(t).x, expectedX));
+    QVERIFY(near(tl->keyFromTime(t).info().x, expectedX));
+
+    // The full pose agrees wherever a mainline key references the timeline.
+    const Pose pose = poseAt(rig.animation, t);
+    if (const PoseItem *item = findItem(pose, tl))
+        QVERIFY2(near(item->x, expectedX), qPrintable(QString::number(item->x)));
+    else
+        QVERIFY(t < times.first());
+}
+
+void TstPose::blendedKeyCarriesFirstKeysData()
+{
+    Rig rig(1000, false);
+    File *first = rig.file(QStringLiteral("a.png"));
+    File *second = rig.file(QStringLiteral("b.png"));
+    Timeline *tl = rig.timeline(QStringLiteral("s"));
+    TimelineKey *a = rig.key(tl, 0, info(0, 0), TweenInfo(), first);
+    TimelineKey *b = rig.key(tl, 100, info(100, 0), TweenInfo(), second);
+    a->soundInfo().volume = 0.0;
+    b->soundInfo().volume = 1.0;
+    b->soundInfo().trigger = true;
+
+    const TimelineKey mid = tl->keyFromTime(40);
+    QCOMPARE(mid.fileInfo().file(), first);
+    QCOMPARE(mid.info().x, 40.0);
+    QCOMPARE(mid.soundInfo().volume, 0.4);
+    QVERIFY(!mid.soundInfo().trigger); // only at the keys themselves
+    QCOMPARE(tl->keyFromTime(100).fileInfo().file(), second);
+    QCOMPARE(mid.parentTimeline(), nullptr);
+
+    Timeline empty;
+    QCOMPARE(empty.displayInfoFromTime(10).x, 0.0);
+    QCOMPARE(empty.keyFromTime(10).fileInfo().file(), nullptr);
+}
+
+void TstPose::turnedStretchedParent()
+{
+    Rig rig;
+    Timeline *bone = rig.timeline(QStringLiteral("arm"), Object::Bone);
+    Timeline *sprite = rig.timeline(QStringLiteral("hand"), Object::Sprite, bone);
+    rig.key(bone, 0, info(100, 100, 90, 2, 1));
+    rig.key(sprite, 0, info(10, 0));
+    rig.link();
+
+    const Pose pose = poseAt(rig.animation, 0);
+    QCOMPARE(pose.bones.size(), size_t(1));
+    QCOMPARE(pose.objects.size(), size_t(1));
+    const PoseItem &hand = pose.objects.front();
+    QVERIFY(near(hand.x, 100.0));
+    QVERIFY(near(hand.y, 120.0));
+    QVERIFY(near(hand.angle, 90.0));
+    QCOMPARE(hand.xScale, 2.0);
+    QCOMPARE(hand.parent, 0);
+}
+
+void TstPose::alphaMultipliesDownTheChain()
+{
+    Rig rig;
+    Timeline *upper = rig.timeline(QStringLiteral("upper"), Object::Bone);
+    Timeline *lower = rig.timeline(QStringLiteral("lower"), Object::Bone, upper);
+    Timeline *sprite = rig.timeline(QStringLiteral("hand"), Object::Sprite, lower);
+    rig.key(upper, 0, info(0, 0, 0, 1, 1, 0.5));
+    rig.key(lower, 0, info(0, 0, 0, 1, 1, 0.5));
+    rig.key(sprite, 0, info(0, 0, 0, 1, 1, 0.8));
+    rig.link();
+
+    const Pose pose = poseAt(rig.animation, 500);
+    QVERIFY(near(findItem(pose, lower)->alpha, 0.25));
+    QVERIFY(near(findItem(pose, sprite)->alpha, 0.2));
+}
+
+void TstPose::mirroredParentsReverseAngles()
+{
+    Rig rig;
+    Timeline *root = rig.timeline(QStringLiteral("root"), Object::Bone);
+    Timeline *child = rig.timeline(QStringLiteral("child"), Object::Bone, root);
+    Timeline *sprite = rig.timeline(QStringLiteral("sprite"), Object::Sprite, child);
+    rig.key(root, 0, info(0, 0, 0, -1, 1));
+    rig.key(child, 0, info(10, 0, 30));
+    rig.key(sprite, 0, info(0, 0, 10));
+    rig.link();
+
+    const Pose pose = poseAt(rig.animation, 0);
+    const PoseItem *c = findItem(pose, child);
+    QVERIFY(near(c->angle, 330.0));
+    QVERIFY(near(c->x, -10.0));
+    // Still mirrored one level down: 360 - 10 + 330.
+    QVERIFY(near(findItem(pose, sprite)->angle, 320.0));
+}
+
+void TstPose::angleBlendsThroughZero()
+{
+    Rig rig;
+    Timeline *sprite = rig.timeline(QStringLiteral("s"));
+    rig.key(sprite, 0, info(0, 0, 350));
+    rig.key(sprite, 100, info(0, 0, 10));
+    rig.link();
+    QVERIFY(sameAngle(poseAt(rig.animation, 50).objects.front().angle, 0.0));
+    QVERIFY(near(poseAt(rig.animation, 25).objects.front().angle, 355.0));
+    QVERIFY(near(poseAt(rig.animation, 75).objects.front().angle, 5.0));
+}
+
+void TstPose::instantKeysHold()
+{
+    Rig rig;
+    Timeline *sprite = rig.timeline(QStringLiteral("s"));
+    rig.key(sprite, 0, info(0, 0), TweenInfo::instantInfo());
+    rig.key(sprite, 100, info(100, 0));
+    rig.link();
+    QCOMPARE(poseAt(rig.animation, 1).objects.front().x, 0.0);
+    QCOMPARE(poseAt(rig.animation, 99).objects.front().x, 0.0);
+    QCOMPARE(poseAt(rig.animation, 100).objects.front().x, 100.0);
+}
+
+void TstPose::mainlineCurveEasesTime()
+{
+    Rig rig(1000, false);
+    Timeline *sprite = rig.timeline(QStringLiteral("s"));
+    rig.key(sprite, 0, info(0, 0));
+    rig.key(sprite, 100, info(100, 0));
+    rig.link();
+    rig.mainlineKey(0)->setCurve(TweenInfo(0.0)); // t^2
+
+    const Pose pose = poseAt(rig.animation, 50);
+    QCOMPARE(pose.time, 50);
+    QCOMPARE(pose.sampleTime, 25);
+    QVERIFY(near(pose.objects.front().x, 25.0));
+}
+
+void TstPose::loopingWrapsAndNonLoopingHolds_data()
+{
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<int>("t");
+    QTest::addColumn<double>("expectedX");
+
+    QTest::newRow("looping, between the keys") << true << 250 << 50.0;
+    QTest::newRow("looping, after the last key") << true << 750 << 50.0;
+    QTest::newRow("looping, at the end") << true << 1000 << 0.0;
+    QTest::newRow("looping, past the end is clamped") << true << 5000 << 0.0;
+    QTest::newRow("not looping, after the last key") << false << 750 << 100.0;
+    QTest::newRow("not looping, at the end") << false << 1000 << 100.0;
+    QTest::newRow("negative time is clamped") << false << -50 << 0.0;
+}
+
+void TstPose::loopingWrapsAndNonLoopingHolds()
+{
+    QFETCH(bool, looping);
+    QFETCH(int, t);
+    QFETCH(double, expectedX);
+
+    Rig rig(1000, looping);
+    Timeline *sprite = rig.timeline(QStringLiteral("s"));
+    rig.key(sprite, 0, info(0, 0));
+    rig.key(sprite, 500, info(100, 0));
+    rig.link();
+    EntityInstance instance(rig.entity);
+    instance.setCurrentTime(t);
+    QVERIFY2(near(instance.pose().objects.front().x, expectedX),
+             qPrintable(QString::number(instance.pose().objects.front().x)));
+}
+
+void TstPose::bonesParentsFirstAndObjectsInZOrder()
+{
+    Rig rig;
+    // Created children first, so that the references are not parent-first.
+    Timeline *hand = rig.timeline(QStringLiteral("hand"), Object::Bone);
+    Timeline *lower = rig.timeline(QStringLiteral("lower"), Object::Bone);
+    Timeline *upper = rig.timeline(QStringLiteral("upper"), Object::Bone);
+    rig.parentOf.insert(hand, lower);
+    rig.parentOf.insert(lower, upper);
+    Timeline *back = rig.timeline(QStringLiteral("back"));
+    Timeline *front = rig.timeline(QStringLiteral("front"));
+    rig.parentOf.insert(front, hand);
+    for (Timeline *tl : {hand, lower, upper})
+        rig.key(tl, 0, info(10, 0, 90));
+    rig.key(back, 0, info(0, 0));
+    rig.key(front, 0, info(1, 0));
+    rig.link();
+    QCOMPARE(rig.mainlineKey(0)->boneRef(0)->timeline(), hand);
+
+    const Pose pose = poseAt(rig.animation, 0);
+    QCOMPARE(pose.bones.size(), size_t(3));
+    QCOMPARE(pose.bones[0].timeline, upper);
+    QCOMPARE(pose.bones[1].timeline, lower);
+    QCOMPARE(pose.bones[2].timeline, hand);
+    for (size_t i = 0; i < pose.bones.size(); ++i)
+        QVERIFY(pose.bones[i].parent < int(i));
+    QCOMPARE(pose.objects[0].timeline, back);
+    QCOMPARE(pose.objects[0].z, 0);
+    QCOMPARE(pose.objects[1].timeline, front);
+    QCOMPARE(pose.objects[1].z, 1);
+    QCOMPARE(pose.objects[1].parent, 2);
+    // Arms of 10 px, each turned a quarter more: (10, 0), (10, 10), (0, 10);
+    // the front sprite lies 1 px along the hand, which points up the screen.
+    QVERIFY(near(pose.bones[2].x, 0.0) && near(pose.bones[2].y, 10.0));
+    QVERIFY(near(pose.objects[1].x, 0.0) && near(pose.objects[1].y, 9.0));
+    QVERIFY(near(pose.objects[1].angle, 270.0));
+}
+
+void TstPose::parentCycleTerminates()
+{
+    Rig rig;
+    Timeline *a = rig.timeline(QStringLiteral("a"), Object::Bone);
+    Timeline *b = rig.timeline(QStringLiteral("b"), Object::Bone, a);
+    rig.key(a, 0, info(1, 0));
+    rig.key(b, 0, info(2, 0));
+    rig.link();
+    MainlineKey *mk = rig.mainlineKey(0);
+    mk->boneRef(0)->setParentRef(mk->boneRef(1)); // a <-> b
+
+    Pose pose;
+    PoseEvaluator(rig.animation).evaluate(0, pose);
+    // The cycle is cut at one bone: each bone once, parents still first.
+    QCOMPARE(pose.bones.size(), size_t(2));
+    QVERIFY(pose.bones[0].timeline != pose.bones[1].timeline);
+    QCOMPARE(pose.bones[0].parent, -1);
+    QVERIFY(pose.bones[1].parent < 1);
+    const DisplayInfo world = mk->boneRef(0)->unmappedInfo(0);
+    QVERIFY(std::isfinite(world.x));
+}
+
+void TstPose::defaultPivotFollowsFile()
+{
+    Rig rig;
+    File *image = rig.file(QStringLiteral("head.png"), 0.5, 0.25);
+    Timeline *sprite = rig.timeline(QStringLiteral("head"));
+    DisplayInfo own = info(0, 0);
+    own.setPivotX(0.1);
+    own.setPivotY(0.9);
+    DisplayInfo following = own;
+    following.setDefaultPivot(true, image->address());
+    rig.key(sprite, 0, following, TweenInfo(), image);
+    rig.key(sprite, 100, following, TweenInfo(), image);
+    rig.key(sprite, 200, own, TweenInfo(), image);
+    rig.link();
+
+    QCOMPARE(poseAt(rig.animation, 50).objects.front().pivotX, 0.5);
+    QCOMPARE(poseAt(rig.animation, 50).objects.front().pivotY, 0.25);
+    // Towards a key with its own pivot: the first key's own pivot.
+    QCOMPARE(poseAt(rig.animation, 150).objects.front().pivotX, 0.1);
+    QCOMPARE(poseAt(rig.animation, 250).objects.front().pivotY, 0.9);
+}
+
+void TstPose::evaluatorMatchesModel()
+{
+    QRandomGenerator random(777);
+    auto value = [&random](double lo, double hi) { return lo + (hi - lo) * random.generateDouble(); };
+    auto curve = [&]() {
+        switch (random.bounded(6)) {
+        case 0:
+            return TweenInfo::instantInfo();
+        case 1:
+            return TweenInfo(value(-1, 2));
+        case 2:
+            return TweenInfo(value(0, 1), value(0, 1));
+        case 3:
+            return TweenInfo::createBezier(value(0, 1), value(-1, 2), value(0, 1), value(-1, 2));
+        default:
+            return TweenInfo();
+        }
+    };
+
+    for (int round = 0; round < 6; ++round) {
+        Rig rig(1000 + int(random.bounded(1000)), random.bounded(2) == 0);
+        QList<Timeline *> bones;
+        for (int i = 0; i < 12; ++i)
+            bones.append(rig.timeline(QStringLiteral("b%1").arg(i), Object::Bone));
+        // A random tree whose parents are not created first.
+        QList<int> rank(bones.size());
+        std::iota(rank.begin(), rank.end(), 0);
+        std::shuffle(rank.begin(), rank.end(), random);
+        for (int i = 0; i < bones.size(); ++i) {
+            if (rank[i] == 0)
+                continue;
+            const int parentRank = int(random.bounded(rank[i]));
+            rig.parentOf.insert(bones[i], bones[rank.indexOf(parentRank)]);
+        }
+        QList<Timeline *> sprites;
+        for (int i = 0; i < 12; ++i) {
+            Timeline *parent = random.bounded(4) ? bones[int(random.bounded(bones.size()))]
+                                                 : nullptr;
+            sprites.append(rig.timeline(QStringLiteral("s%1").arg(i), Object::Sprite, parent));
+        }
+        for (Timeline *tl : bones + sprites) {
+            QList<int> times{0};
+            for (int k = 0; k < 5; ++k)
+                times.append(int(random.bounded(rig.animation->length())));
+            for (int t : times) {
+                if (tl->actualKeyFromTime(t))
+                    continue;
+                auto scale = [&]() { return random.bounded(5) ? value(0.2, 2) : -value(0.2, 2); };
+                rig.key(tl, t, info(value(-100, 100), value(-100, 100), value(0, 360), scale(),
+                                    scale(), value(0, 1)),
+                        curve());
+            }
+        }
+        rig.link();
+        for (int m = 0; m < rig.animation->mainlineKeyCount(); ++m)
+            rig.animation->mainlineKey(m)->setCurve(curve());
+
+        for (int probe = 0; probe < 200; ++probe) {
+            const int t = int(random.bounded(rig.animation->length() + 1));
+            const Pose pose = poseAt(rig.animation, t); // compares with the model
+            const MainlineKey *mk = rig.animation->mainlineKeyFromTime(t);
+            QCOMPARE(pose.mainlineKey, mk);
+            QCOMPARE(int(pose.bones.size()), mk->boneRefCount());
+            QCOMPARE(int(pose.objects.size()), mk->zRefCount());
+            for (size_t i = 0; i < pose.bones.size(); ++i) {
+                QVERIFY(pose.bones[i].parent < int(i));
+                QVERIFY(pose.bones[i].angle >= 0.0 && pose.bones[i].angle <= 360.0);
+            }
+        }
+    }
+}
+
+void TstPose::posingDoesNotAllocate()
+{
+    Rig rig;
+    Timeline *bone = rig.timeline(QStringLiteral("bone"), Object::Bone);
+    Timeline *sprite = rig.timeline(QStringLiteral("sprite"), Object::Sprite, bone);
+    Timeline *child = rig.timeline(QStringLiteral("sub"), Object::SubEntity, bone);
+    auto *other = new Entity(QStringLiteral("prop"));
+    rig.document.appendEntity(other);
+    auto *otherAnimation = new Animation(QStringLiteral("spin"));
+    other->appendAnimation(otherAnimation);
+    for (int t = 0; t < 1000; t += 100) {
+        rig.key(bone, t, info(t, 0, t));
+        rig.key(sprite, t, info(0, t), TweenInfo(0.3, 0.7));
+        TimelineKey *k = rig.key(child, t, info(0, 0));
+        k->entityInfo().animation = Address(&rig.document, {1, 0});
+        k->entityInfo().timeRatio = t / 1000.0;
+    }
+    rig.link();
+
+    EntityInstance instance(rig.entity);
+    instance.setCurrentTime(0);
+    QCOMPARE(instance.subEntityCount(), 1);
+    const long before = sAllocations.load();
+    for (int t = 0; t <= 1000; t += 7)
+        instance.setCurrentTime(t);
+    instance.advanceTime(16);
+    QCOMPARE(sAllocations.load() - before, 0L);
+    QCOMPARE(instance.subEntity(0)->currentAnimation(), otherAnimation);
+}
+
+void TstPose::updateRefCurrentInfoCaches()
+{
+    Rig rig;
+    Timeline *bone = rig.timeline(QStringLiteral("bone"), Object::Bone);
+    Timeline *sprite = rig.timeline(QStringLiteral("sprite"), Object::Sprite, bone);
+    rig.key(bone, 0, info(100, 100, 90, 2, 1));
+    rig.key(bone, 100, info(200, 100, 90, 2, 1));
+    rig.key(sprite, 0, info(10, 0));
+    rig.link();
+
+    rig.entity->updateRefCurrentInfo(50);
+    const MainlineKey *mk = rig.mainlineKey(0);
+    QVERIFY(near(mk->boneRef(0)->currentInfo().x, 150.0));
+    QVERIFY(near(mk->zRef(0)->currentInfo().x, 150.0));
+    QVERIFY(near(mk->zRef(0)->currentInfo().y, 120.0));
+    // Caches only: the keys are untouched.
+    QCOMPARE(sprite->key(0)->info().x, 10.0);
+}
+
+QTEST_GUILESS_MAIN(TstPose)
+#include "tst_pose.moc"
