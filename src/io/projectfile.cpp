@@ -8,6 +8,7 @@
 #include "io/projectwriter.h"
 #include "io/xmlprojectreader.h"
 #include "io/xmlprojectwriter.h"
+#include "meta/tagmanager.h"
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/file.h"
@@ -359,6 +360,11 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
         document->appendEntity(entity);
         entity->setTo(*source, false);
     }
+    // Tag keys name tags by uid: bring the other project's tags along (one of the same
+    // name is shared) and point the merged keys at them.
+    const QHash<int, int> tagUids = document->tagManager().mergeTags(other->tagManager());
+    for (int e = offset; e < document->entityCount(); ++e)
+        TagManager::remapTagUids(document->entity(e), tagUids);
     for (int e = offset; e < document->entityCount(); ++e) {
         const Entity *entity = document->entity(e);
         for (int a = 0; a < entity->animationCount(); ++a) {

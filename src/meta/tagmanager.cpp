@@ -5,6 +5,9 @@
 #include "meta/metaowner.h"
 #include "meta/tagchangecommand.h"
 #include "meta/tagstate.h"
+#include "meta/valuelineholder.h"
+#include "model/animation.h"
+#include "model/entity.h"
 #include "model/rigxdata.h"
 
 namespace Morvane {
@@ -87,6 +90,49 @@ bool TagManager::appendTag(const Tag &tag)
         return false;
     mTags.append(tag);
     return true;
+}
+
+QHash<int, int> TagManager::mergeTags(const TagManager &other)
+{
+    QHash<int, int> uids;
+    for (const Tag &tag : other.mTags) {
+        const Tag existing = tagFromName(tag.name());
+        if (existing.isValid()) {
+            uids.insert(tag.uid(), existing.uid());
+            continue;
+        }
+        // Keep the uid when it is free here, so the merged keys stay as they are.
+        Tag added = indexOfTag(tag.uid()) < 0 ? tag : Tag(tag.name());
+        while (indexOfTag(added.uid()) >= 0)
+            added = Tag(tag.name());
+        mTags.append(added);
+        uids.insert(tag.uid(), added.uid());
+    }
+    return uids;
+}
+
+void TagManager::remapTagUids(Entity *entity, const QHash<int, int> &uids)
+{
+    auto remap = [&uids](ValueLineHolder &holder) {
+        TagLine &line = holder.tagLine();
+        for (int k = 0; k < line.keyCount(); ++k) {
+            TagState &state = static_cast<TagKey *>(line.key(k))->state();
+            QList<int> mapped;
+            for (int uid : state.ids()) {
+                if (uids.contains(uid))
+                    mapped.append(uids.value(uid));
+            }
+            state.setIds(mapped);
+        }
+    };
+    for (int a = 0; a < entity->animationCount(); ++a) {
+        Animation *animation = entity->animation(a);
+        remap(animation->ownLineHolder());
+        for (int o = 0; o < entity->objectCount(); ++o) {
+            if (ValueLineHolder *holder = animation->objectLineHolder(o))
+                remap(*holder);
+        }
+    }
 }
 
 QList<Tag> TagManager::getTags(const TagState *state, int type) const

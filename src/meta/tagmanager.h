@@ -4,11 +4,13 @@
 
 #include "meta/tag.h"
 
+#include <QHash>
 #include <QList>
 #include <QStringList>
 
 namespace Morvane {
 
+class Entity;
 class RigxData;
 class TagState;
 
@@ -47,6 +49,13 @@ public:
     /// Without undo, for readers: appends `tag`; refused when its uid or name
     /// is taken.
     bool appendTag(const Tag &tag);
+    /// Without undo, for merging another project in: adds the tags of `other`
+    /// whose names this list lacks and returns, for every tag of `other`, the
+    /// uid that names it here.
+    QHash<int, int> mergeTags(const TagManager &other);
+    /// Rewrites the tag keys of every animation of `entity` through `uids`
+    /// (from `mergeTags`); uids it does not map are dropped.
+    static void remapTagUids(Entity *entity, const QHash<int, int> &uids);
     void clear() { mTags.clear(); }
 
     /// The tags in list order filtered by `type`: with no state or type 0 all

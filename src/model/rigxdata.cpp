@@ -300,6 +300,7 @@ void RigxData::clear()
 {
     clearEntities();
     clearFiles();
+    mTagManager.clear();
 }
 
 void RigxData::removeUnusedFiles()

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "io/jsonprojectreader.h"
 #include "io/jsonprojectwriter.h"
+#include "io/projectfile.h"
 #include "io/xmlprojectreader.h"
 #include "io/xmlprojectwriter.h"
 #include "meta/metaowner.h"
@@ -19,6 +20,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QUndoStack>
 
@@ -37,6 +39,8 @@ private Q_SLOTS:
     void danglingIdsAreDropped_data();
     void danglingIdsAreDropped();
     void removedTagIsNotWritten();
+    void openingReplacesTags();
+    void mergeBringsTagsAlong();
     void undoGivesSavedBytesBack_data();
     void undoGivesSavedBytesBack();
 };
@@ -373,6 +377,51 @@ void TestMetaFiles::removedTagIsNotWritten()
     QVERIFY(xml.contains("<tag id=\"1\" t=\"1\"/>"));
     QVERIFY(!xml.contains("t=\"2\""));
     QVERIFY(p.animation->ownLineHolder().tagLine().key(0)->value().value<QList<int>>().contains(p.jump));
+}
+
+void TestMetaFiles::openingReplacesTags()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("p.rigx"));
+    Project p;
+    QVERIFY(ProjectFile::save(&p.doc, path));
+    RigxData other;
+    other.tagManager().addTag(QStringLiteral("stale"), nullptr);
+    QVERIFY(ProjectFile::open(&other, path));
+    QCOMPARE(other.tagManager().tagsToStringList(), p.doc.tagManager().tagsToStringList());
+}
+
+void TestMetaFiles::mergeBringsTagsAlong()
+{
+    QTemporaryDir dir;
+    const QString theirs = dir.filePath(QStringLiteral("theirs.rigx"));
+    {
+        Project p;
+        QVERIFY(ProjectFile::save(&p.doc, theirs));
+    }
+    // Ours shares "land" (under another uid) and has a tag of its own.
+    RigxData ours;
+    const int own = ours.tagManager().addTag(QStringLiteral("own"), nullptr);
+    const int land = ours.tagManager().addTag(QStringLiteral("land"), nullptr);
+    ours.appendEntity(new Entity(QStringLiteral("hero"), true));
+    QVERIFY(ProjectFile::save(&ours, dir.filePath(QStringLiteral("ours.rigx"))));
+    QVERIFY(ProjectFile::importInto(&ours, theirs));
+
+    QCOMPARE(ours.tagManager().tagsToStringList(),
+             (QStringList{QStringLiteral("own"), QStringLiteral("land"), QStringLiteral("jump"),
+                          QStringLiteral("hidden <&\">")}));
+    QCOMPARE(ours.tagManager().tagFromName(QStringLiteral("own")).uid(), own);
+    Entity *merged = ours.entity(1);
+    QCOMPARE(merged->name(), QStringLiteral("hero_000"));
+    const TagManager &tags = ours.tagManager();
+    const TagState atStep = merged->animation(0)->objectLineHolder(1)->tagStateFromTime(300, false);
+    QCOMPARE(atStep.ids(), QList<int>{land});
+    const TagState at500 = merged->animation(0)->ownLineHolder().tagStateFromTime(500, false, &tags);
+    QCOMPARE(tags.tagsToStringList(&at500, 1),
+             (QStringList{QStringLiteral("land"), QStringLiteral("hidden <&\">")}));
+    // Variables come along with their entity.
+    QCOMPARE(merged->valInfoCollection().namesToStringList(),
+             (QStringList{QStringLiteral("hp"), QStringLiteral("speed"), QStringLiteral("mood")}));
 }
 
 void TestMetaFiles::undoGivesSavedBytesBack_data()
