@@ -28,8 +28,7 @@ int usageError(const QString &message = QString())
 }
 
 // A name first, then a decimal index; -1 when neither names anything.
-template <typename Lookup>
-int pickIndex(const QString &text, int count, Lookup indexOfName)
+template <typename Lookup> int pickIndex(const QString &text, int count, Lookup indexOfName)
 {
     if (text.isNull())
         return count > 0 ? 0 : -1;
@@ -66,8 +65,8 @@ QStringList tagsAt(const TagManager &tags, const ValueLineHolder *holder,
 
 } // namespace
 
-QVariantMap ValuesCommand::describe(const RigxData &document, int entityIndex,
-                                    int animationIndex, int time)
+QVariantMap ValuesCommand::describe(const RigxData &document, int entityIndex, int animationIndex,
+                                    int time)
 {
     const Entity *entity = document.entity(entityIndex);
     const Animation *animation = entity->animation(animationIndex);
@@ -80,11 +79,11 @@ QVariantMap ValuesCommand::describe(const RigxData &document, int entityIndex,
         const bool hasTags = holder && !holder->tagLine().isEmpty();
         if (object->valInfoCollection().isEmpty() && !hasTags)
             continue;
-        objects.insert(object->name(),
-                       QVariantMap{{QStringLiteral("variables"),
-                                    variablesAt(object->valInfoCollection(), holder, *animation,
-                                                time)},
-                                   {QStringLiteral("tags"), tagsAt(tags, holder, *animation, time)}});
+        objects.insert(
+            object->name(),
+            QVariantMap{{QStringLiteral("variables"),
+                         variablesAt(object->valInfoCollection(), holder, *animation, time)},
+                        {QStringLiteral("tags"), tagsAt(tags, holder, *animation, time)}});
     }
     const ValueLineHolder *own = &animation->ownLineHolder();
     return QVariantMap{
@@ -120,8 +119,8 @@ int ValuesCommand::run(const QStringList &arguments)
             continue;
         }
         if (argument.startsWith(QLatin1String("--")) || !path.isEmpty())
-            return usageError(QLatin1String("unexpected argument \"") + argument
-                              + QLatin1Char('"'));
+            return usageError(QLatin1String("unexpected argument \"") + argument +
+                              QLatin1Char('"'));
         path = argument;
     }
     if (path.isEmpty() || timeText.isNull())
@@ -129,36 +128,32 @@ int ValuesCommand::run(const QStringList &arguments)
     bool timeOk = false;
     const int time = timeText.toInt(&timeOk);
     if (!timeOk)
-        return usageError(QLatin1String("--time takes whole milliseconds, not \"") + timeText
-                          + QLatin1Char('"'));
+        return usageError(QLatin1String("--time takes whole milliseconds, not \"") + timeText +
+                          QLatin1Char('"'));
 
     RigxData document;
     if (!ProjectFile::open(&document, path))
         return CliFileError;
 
-    const int entityIndex = pickIndex(
-        entityText, document.entityCount(),
-        [&](const QString &name) {
-            const Entity *e = document.entity(name);
-            return e ? document.indexOfEntity(e) : -1;
-        });
+    const int entityIndex = pickIndex(entityText, document.entityCount(), [&](const QString &name) {
+        const Entity *e = document.entity(name);
+        return e ? document.indexOfEntity(e) : -1;
+    });
     if (entityIndex < 0)
-        return usageError(QLatin1String("no entity \"") + entityText + QLatin1String("\" in ")
-                          + path);
+        return usageError(QLatin1String("no entity \"") + entityText + QLatin1String("\" in ") +
+                          path);
     const Entity *entity = document.entity(entityIndex);
-    const int animationIndex = pickIndex(
-        animationText, entity->animationCount(),
-        [&](const QString &name) {
+    const int animationIndex =
+        pickIndex(animationText, entity->animationCount(), [&](const QString &name) {
             const Animation *a = entity->animation(name);
             return a ? entity->indexOfAnimation(a) : -1;
         });
     if (animationIndex < 0)
-        return usageError(QLatin1String("no animation \"") + animationText
-                          + QLatin1String("\" in entity ") + entity->name());
+        return usageError(QLatin1String("no animation \"") + animationText +
+                          QLatin1String("\" in entity ") + entity->name());
 
-    const QByteArray text = Json::encodeToUtf8(describe(document, entityIndex, animationIndex,
-                                                        time),
-                                               Json::Format::Pretty);
+    const QByteArray text = Json::encodeToUtf8(
+        describe(document, entityIndex, animationIndex, time), Json::Format::Pretty);
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
     std::fputc('\n', stdout);
     return CliSuccess;

@@ -24,8 +24,7 @@ namespace Morvane {
 /// Tag positions are mapped to the uids of the tags read, declaration ids to
 /// the owner's declarations; anything that names nothing is dropped with a
 /// warning.
-template <typename Node>
-class MetaReader
+template <typename Node> class MetaReader
 {
 public:
     using Warn = std::function<void(const QString &)>;
@@ -33,7 +32,8 @@ public:
     MetaReader(RigxData *document, Warn warn)
         : mDocument(document)
         , mWarn(std::move(warn))
-    {}
+    {
+    }
 
     /// Reads every "tag_list" child of `root` into the document's tag list.
     void readTagList(const Node &root)
@@ -55,9 +55,8 @@ public:
         owner.forEach("var_defs", [&](const Node &list) {
             if (list.isValid() && hasDefinition(list))
                 readDefinition(list, definitions, ownerName);
-            list.forEach("i", [&](const Node &item) {
-                readDefinition(item, definitions, ownerName);
-            });
+            list.forEach("i",
+                         [&](const Node &item) { readDefinition(item, definitions, ownerName); });
         });
     }
 
@@ -111,8 +110,7 @@ private:
         mTagUids.append(tag.uid());
     }
 
-    void readDefinition(const Node &node, ValInfoCollection *definitions,
-                        const QString &ownerName)
+    void readDefinition(const Node &node, ValInfoCollection *definitions, const QString &ownerName)
     {
         ValInfo info;
         QString typeName;

@@ -21,8 +21,8 @@ bool isWrittenType(VarType type)
 }
 
 // The keyed lines to write, in declaration order, with their declarations.
-std::vector<std::pair<const ValInfo *, const ValLine *>> writtenLines(
-    const ValueLineHolder *holder, const ValInfoCollection &definitions)
+std::vector<std::pair<const ValInfo *, const ValLine *>>
+writtenLines(const ValueLineHolder *holder, const ValInfoCollection &definitions)
 {
     std::vector<std::pair<const ValInfo *, const ValLine *>> lines;
     if (!holder)

@@ -29,7 +29,9 @@ public:
     bool operator!=(const Tag &other) const { return !(*this == other); }
 
 private:
-    struct InvalidMarker {};
+    struct InvalidMarker
+    {
+    };
     explicit Tag(InvalidMarker);
 
     int mUid;

@@ -21,8 +21,8 @@ struct ValInfo
 
     bool operator==(const ValInfo &other) const
     {
-        return id == other.id && name == other.name && type == other.type
-               && defaultValue == other.defaultValue;
+        return id == other.id && name == other.name && type == other.type &&
+               defaultValue == other.defaultValue;
     }
     bool operator!=(const ValInfo &other) const { return !(*this == other); }
 };

@@ -48,8 +48,8 @@ std::unique_ptr<ValKey> ValKey::create(VarType type, int time, const QVariant &v
 
 bool ValKey::equals(const ValKey &other) const
 {
-    return type() == other.type() && mTime == other.mTime && mId == other.mId
-           && value() == other.value() && sameCurve(mCurve, other.mCurve);
+    return type() == other.type() && mTime == other.mTime && mId == other.mId &&
+           value() == other.value() && sameCurve(mCurve, other.mCurve);
 }
 
 void IntKey::setValue(const QVariant &value)

@@ -21,7 +21,8 @@ class ValKey
 public:
     explicit ValKey(int time = 0)
         : mTime(time)
-    {}
+    {
+    }
     virtual ~ValKey() = default;
 
     virtual VarType type() const = 0;
@@ -60,7 +61,8 @@ public:
     explicit IntKey(int time = 0, qint32 value = 0)
         : ValKey(time)
         , mValue(value)
-    {}
+    {
+    }
     VarType type() const override { return VarType::Int; }
     std::unique_ptr<ValKey> clone() const override { return std::make_unique<IntKey>(*this); }
     QVariant value() const override { return QVariant(mValue); }
@@ -78,7 +80,8 @@ public:
     explicit FloatKey(int time = 0, double value = 0.0)
         : ValKey(time)
         , mValue(value)
-    {}
+    {
+    }
     VarType type() const override { return VarType::Float; }
     std::unique_ptr<ValKey> clone() const override { return std::make_unique<FloatKey>(*this); }
     QVariant value() const override { return QVariant(mValue); }
@@ -96,7 +99,8 @@ public:
     explicit StringKey(int time = 0, const QString &value = QString())
         : ValKey(time)
         , mValue(value)
-    {}
+    {
+    }
     VarType type() const override { return VarType::String; }
     std::unique_ptr<ValKey> clone() const override { return std::make_unique<StringKey>(*this); }
     QVariant value() const override { return QVariant(mValue); }
@@ -114,7 +118,8 @@ public:
     explicit TagKey(int time = 0, const TagState &state = TagState())
         : ValKey(time)
         , mState(state)
-    {}
+    {
+    }
     VarType type() const override { return VarType::Tag; }
     std::unique_ptr<ValKey> clone() const override { return std::make_unique<TagKey>(*this); }
     QVariant value() const override { return QVariant::fromValue(mState.ids()); }
@@ -134,7 +139,8 @@ public:
     explicit ClusterKey(int time = 0, const QVariantList &values = {})
         : ValKey(time)
         , mValues(values)
-    {}
+    {
+    }
     VarType type() const override { return VarType::Cluster; }
     std::unique_ptr<ValKey> clone() const override { return std::make_unique<ClusterKey>(*this); }
     QVariant value() const override { return QVariant(mValues); }

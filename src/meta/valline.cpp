@@ -224,8 +224,8 @@ std::unique_ptr<ValKey> TweenableLine::createTempKeyFromTime(int time, bool loop
                                                              const QVariant &defaultValue,
                                                              int length) const
 {
-    std::unique_ptr<ValKey> key = ValLine::createTempKeyFromTime(time, looping, defaultValue,
-                                                                 length);
+    std::unique_ptr<ValKey> key =
+        ValLine::createTempKeyFromTime(time, looping, defaultValue, length);
     // The new key splits the segment it lands in, so it keeps that segment's curve.
     const ValKey *a = nullptr;
     const ValKey *b = nullptr;

@@ -19,7 +19,8 @@ class ValLine
 public:
     explicit ValLine(int varId = -1)
         : mVarId(varId)
-    {}
+    {
+    }
     ValLine(const ValLine &other);
     ValLine &operator=(const ValLine &other);
     virtual ~ValLine() = default;
@@ -36,9 +37,8 @@ public:
                                    int length) const = 0;
     /// A new key of the line's kind at `time` holding the line's value there,
     /// so that inserting it changes nothing that is shown.
-    virtual std::unique_ptr<ValKey> createTempKeyFromTime(int time, bool looping,
-                                                          const QVariant &defaultValue,
-                                                          int length) const;
+    virtual std::unique_ptr<ValKey>
+    createTempKeyFromTime(int time, bool looping, const QVariant &defaultValue, int length) const;
 
     int varId() const { return mVarId; }
     void setVarId(int id) { mVarId = id; }
@@ -86,8 +86,8 @@ public:
     /// stay null (ratio 0) on an empty line; `b` stays null when the value is
     /// `a`'s alone. In a looping animation the pair wraps from the last key to
     /// the first.
-    void valKeyAAndBFromTime(int time, int length, bool looping, const ValKey **a,
-                             const ValKey **b, double *ratio) const;
+    void valKeyAAndBFromTime(int time, int length, bool looping, const ValKey **a, const ValKey **b,
+                             double *ratio) const;
     std::unique_ptr<ValKey> createTempKeyFromTime(int time, bool looping,
                                                   const QVariant &defaultValue,
                                                   int length) const override;
@@ -138,7 +138,8 @@ class TagLine : public ValLine
 public:
     TagLine()
         : ValLine(-1)
-    {}
+    {
+    }
     VarType type() const override { return VarType::Tag; }
     std::unique_ptr<ValLine> clone() const override { return std::make_unique<TagLine>(*this); }
     /// The active uids as QList<int>.

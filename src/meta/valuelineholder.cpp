@@ -43,10 +43,9 @@ ValLine *ValueLineHolder::line(const LineId &id) const
 {
     if (id.isTagLine())
         return const_cast<TagLine *>(&mTagLine);
-    const auto it = std::lower_bound(mLines.begin(), mLines.end(), id,
-                                     [](const auto &line, const LineId &i) {
-                                         return lineBefore(*line, i);
-                                     });
+    const auto it =
+        std::lower_bound(mLines.begin(), mLines.end(), id,
+                         [](const auto &line, const LineId &i) { return lineBefore(*line, i); });
     if (it != mLines.end() && (*it)->type() == id.type && (*it)->varId() == id.varId)
         return it->get();
     return nullptr;
@@ -59,10 +58,9 @@ ValLine *ValueLineHolder::lineForEditing(const LineId &id)
     std::unique_ptr<ValLine> created = ValLine::create(id.type, id.varId);
     if (!created)
         return nullptr;
-    const auto it = std::lower_bound(mLines.begin(), mLines.end(), id,
-                                     [](const auto &line, const LineId &i) {
-                                         return lineBefore(*line, i);
-                                     });
+    const auto it =
+        std::lower_bound(mLines.begin(), mLines.end(), id,
+                         [](const auto &line, const LineId &i) { return lineBefore(*line, i); });
     return mLines.insert(it, std::move(created))->get();
 }
 
@@ -82,8 +80,7 @@ QVariant ValueLineHolder::valueFromTime(const LineId &id, int time, int length, 
     return l->valueFromTime(time, looping, defaultValue, length);
 }
 
-TagState ValueLineHolder::tagStateFromTime(int time, bool looping,
-                                           const TagManager *manager) const
+TagState ValueLineHolder::tagStateFromTime(int time, bool looping, const TagManager *manager) const
 {
     return mTagLine.valFromTime(time, looping, manager);
 }

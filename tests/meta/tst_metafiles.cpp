@@ -187,7 +187,8 @@ void TestMetaFiles::xmlLayout()
     QVERIFY(tagList > 0);
     QVERIFY(tagList < xml.indexOf("<entity"));
     QCOMPARE(lineWith(xml, "name=\"jump\""), QByteArray("<i name=\"jump\"/>"));
-    QCOMPARE(lineWith(xml, "name=\"hidden"), QByteArray("<i name=\"hidden &lt;&amp;&quot;&gt;\"/>"));
+    QCOMPARE(lineWith(xml, "name=\"hidden"),
+             QByteArray("<i name=\"hidden &lt;&amp;&quot;&gt;\"/>"));
     QCOMPARE(lineWith(xml, "name=\"hp\""),
              QByteArray("<i id=\"0\" name=\"hp\" type=\"int\" default=\"3\"/>"));
     QCOMPARE(lineWith(xml, "name=\"speed\""),
@@ -198,9 +199,11 @@ void TestMetaFiles::xmlLayout()
     QVERIFY(xml.indexOf("name=\"hp\"") > xml.lastIndexOf("<obj_info"));
     QVERIFY(xml.indexOf("name=\"hp\"") < xml.indexOf("<animation"));
     // An event has no obj_info of its own unless it declares variables.
-    QCOMPARE(lineWith(xml, "name=\"step\" type"), QByteArray("<obj_info name=\"step\" type=\"event\">"));
+    QCOMPARE(lineWith(xml, "name=\"step\" type"),
+             QByteArray("<obj_info name=\"step\" type=\"event\">"));
 
-    QCOMPARE(lineWith(xml, "<varline id=\"0\" def=\"0\""), QByteArray("<varline id=\"0\" def=\"0\">"));
+    QCOMPARE(lineWith(xml, "<varline id=\"0\" def=\"0\""),
+             QByteArray("<varline id=\"0\" def=\"0\">"));
     QCOMPARE(lineWith(xml, "val=\"0\" curve_type"),
              QByteArray("<key id=\"0\" val=\"0\" curve_type=\"quadratic\" c1=\"0.25\"/>"));
     QCOMPARE(lineWith(xml, "val=\"10\""), QByteArray("<key id=\"1\" time=\"100\" val=\"10\"/>"));
@@ -229,7 +232,8 @@ void TestMetaFiles::jsonLayout()
     const QJsonObject root = QJsonDocument::fromJson(text).object();
     const QJsonArray tagList = root.value(QStringLiteral("tag_list")).toArray();
     QCOMPARE(tagList.size(), 3);
-    QCOMPARE(tagList.at(0).toObject(), (QJsonObject{{QStringLiteral("name"), QStringLiteral("jump")}}));
+    QCOMPARE(tagList.at(0).toObject(),
+             (QJsonObject{{QStringLiteral("name"), QStringLiteral("jump")}}));
 
     const QJsonObject entity = root.value(QStringLiteral("entity")).toArray().at(0).toObject();
     const QJsonArray defs = entity.value(QStringLiteral("var_defs")).toArray();
@@ -238,18 +242,21 @@ void TestMetaFiles::jsonLayout()
     QVERIFY(defs.at(0).toObject().value(QStringLiteral("default")).isDouble());
     QCOMPARE(defs.at(0).toObject().value(QStringLiteral("default")).toInt(), 3);
     QCOMPARE(defs.at(1).toObject().value(QStringLiteral("default")).toDouble(), 1.5);
-    QCOMPARE(defs.at(2).toObject().value(QStringLiteral("default")).toString(), QStringLiteral("calm"));
+    QCOMPARE(defs.at(2).toObject().value(QStringLiteral("default")).toString(),
+             QStringLiteral("calm"));
 
-    const QJsonObject animation = entity.value(QStringLiteral("animation")).toArray().at(0).toObject();
+    const QJsonObject animation =
+        entity.value(QStringLiteral("animation")).toArray().at(0).toObject();
     const QJsonObject meta = animation.value(QStringLiteral("meta")).toObject();
     QVERIFY(!meta.contains(QStringLiteral("varline")));
     const QJsonArray vallines = meta.value(QStringLiteral("valline")).toArray();
     QCOMPARE(vallines.size(), 2);
-    const QJsonObject hpKey = vallines.at(0).toObject().value(QStringLiteral("key")).toArray().at(1).toObject();
+    const QJsonObject hpKey =
+        vallines.at(0).toObject().value(QStringLiteral("key")).toArray().at(1).toObject();
     QCOMPARE(hpKey.value(QStringLiteral("time")).toInt(), 100);
     QCOMPARE(hpKey.value(QStringLiteral("val")).toInt(), 10);
-    const QJsonArray tagKeys = meta.value(QStringLiteral("tagline")).toObject()
-                                   .value(QStringLiteral("key")).toArray();
+    const QJsonArray tagKeys =
+        meta.value(QStringLiteral("tagline")).toObject().value(QStringLiteral("key")).toArray();
     QCOMPARE(tagKeys.size(), 3);
     QVERIFY(!tagKeys.at(0).toObject().contains(QStringLiteral("time")));
     const QJsonArray secondTags = tagKeys.at(1).toObject().value(QStringLiteral("tag")).toArray();
@@ -285,7 +292,8 @@ void TestMetaFiles::roundTrip()
     Animation *animation = entity->animation(0);
     QCOMPARE(animation->ownLineHolder().valueFromTime({VarType::Int, 0}, 50, 1000, true, 3),
              QVariant(3)); // quadratic c1 0.25 at half time: 0.375, so 3.75, truncated
-    const TagState state = animation->ownLineHolder().tagStateFromTime(500, true, &copy.tagManager());
+    const TagState state =
+        animation->ownLineHolder().tagStateFromTime(500, true, &copy.tagManager());
     QCOMPARE(copy.tagManager().tagsToStringList(&state, 1),
              (QStringList{QStringLiteral("land"), QStringLiteral("hidden <&\">")}));
     const ValueLineHolder *stepLines = animation->objectLineHolder(1);
@@ -295,8 +303,9 @@ void TestMetaFiles::roundTrip()
     const ValueLineHolder *armLines = animation->objectLineHolder(0);
     QVERIFY(armLines);
     QVERIFY(*armLines == *p.animation->objectLineHolder(0));
-    QVERIFY(animation->ownLineHolder().line({VarType::String, 2})->equals(
-        *p.animation->ownLineHolder().line({VarType::String, 2})));
+    QVERIFY(animation->ownLineHolder()
+                .line({VarType::String, 2})
+                ->equals(*p.animation->ownLineHolder().line({VarType::String, 2})));
 }
 
 void TestMetaFiles::crossFormRoundTrip()
@@ -318,20 +327,25 @@ void TestMetaFiles::danglingIdsAreDropped_data()
     QTest::addColumn<int>("activeTags");
     QTest::addColumn<int>("varKeys");
 
-    QTest::newRow("all good") << QByteArray("<tagline><key id=\"0\"><tag id=\"0\" t=\"1\"/></key></tagline>"
-                                            "<varline id=\"0\" def=\"4\"><key id=\"0\" val=\"7\"/></varline>")
-                              << 0 << 1 << 1 << 1;
+    QTest::newRow("all good")
+        << QByteArray("<tagline><key id=\"0\"><tag id=\"0\" t=\"1\"/></key></tagline>"
+                      "<varline id=\"0\" def=\"4\"><key id=\"0\" val=\"7\"/></varline>")
+        << 0 << 1 << 1 << 1;
     QTest::newRow("tag position past the list")
-        << QByteArray("<tagline><key id=\"0\"><tag id=\"0\" t=\"2\"/><tag id=\"1\" t=\"0\"/></key></tagline>")
+        << QByteArray("<tagline><key id=\"0\"><tag id=\"0\" t=\"2\"/><tag id=\"1\" "
+                      "t=\"0\"/></key></tagline>")
         << 1 << 1 << 1 << 0;
     QTest::newRow("negative tag position")
-        << QByteArray("<tagline><key id=\"0\"><tag id=\"0\" t=\"-1\"/></key></tagline>") << 1 << 1 << 0 << 0;
+        << QByteArray("<tagline><key id=\"0\"><tag id=\"0\" t=\"-1\"/></key></tagline>") << 1 << 1
+        << 0 << 0;
     QTest::newRow("undeclared variable")
-        << QByteArray("<varline id=\"0\" def=\"9\"><key id=\"0\" val=\"7\"/></varline>") << 1 << 0 << 0 << 0;
+        << QByteArray("<varline id=\"0\" def=\"9\"><key id=\"0\" val=\"7\"/></varline>") << 1 << 0
+        << 0 << 0;
     QTest::newRow("line without def")
         << QByteArray("<varline id=\"0\"><key id=\"0\" val=\"7\"/></varline>") << 1 << 0 << 0 << 0;
     QTest::newRow("garbage values take defaults")
-        << QByteArray("<varline id=\"0\" def=\"4\"><key id=\"0\" time=\"x\" val=\"1e999\"/></varline>")
+        << QByteArray(
+               "<varline id=\"0\" def=\"4\"><key id=\"0\" time=\"x\" val=\"1e999\"/></varline>")
         << 0 << 0 << 0 << 1;
 }
 
@@ -342,13 +356,15 @@ void TestMetaFiles::danglingIdsAreDropped()
     QFETCH(int, tagKeys);
     QFETCH(int, activeTags);
     QFETCH(int, varKeys);
-    const QByteArray text = "<?xml version=\"1.0\"?><morvane_data rigx_version=\"1.0\">"
-                            "<tag_list><i name=\"a\"/><i name=\"b\"/></tag_list>"
-                            "<entity id=\"0\" name=\"e\">"
-                            "<var_defs><i id=\"4\" name=\"n\" type=\"int\" default=\"2\"/>"
-                            "<i id=\"5\" name=\"bad\" type=\"double\"/></var_defs>"
-                            "<animation id=\"0\" name=\"a\" length=\"1000\"><mainline><key id=\"0\"/></mainline>"
-                            "<meta>" + meta + "</meta></animation></entity></morvane_data>";
+    const QByteArray text =
+        "<?xml version=\"1.0\"?><morvane_data rigx_version=\"1.0\">"
+        "<tag_list><i name=\"a\"/><i name=\"b\"/></tag_list>"
+        "<entity id=\"0\" name=\"e\">"
+        "<var_defs><i id=\"4\" name=\"n\" type=\"int\" default=\"2\"/>"
+        "<i id=\"5\" name=\"bad\" type=\"double\"/></var_defs>"
+        "<animation id=\"0\" name=\"a\" length=\"1000\"><mainline><key id=\"0\"/></mainline>"
+        "<meta>" +
+        meta + "</meta></animation></entity></morvane_data>";
     RigxData doc;
     QStringList found;
     QVERIFY(readXml(text, &doc, &found));
@@ -376,7 +392,8 @@ void TestMetaFiles::removedTagIsNotWritten()
     QCOMPARE(lineWith(xml, "<key id=\"0\">"), QByteArray("<key id=\"0\">"));
     QVERIFY(xml.contains("<tag id=\"1\" t=\"1\"/>"));
     QVERIFY(!xml.contains("t=\"2\""));
-    QVERIFY(p.animation->ownLineHolder().tagLine().key(0)->value().value<QList<int>>().contains(p.jump));
+    QVERIFY(p.animation->ownLineHolder().tagLine().key(0)->value().value<QList<int>>().contains(
+        p.jump));
 }
 
 void TestMetaFiles::openingReplacesTags()
@@ -416,7 +433,8 @@ void TestMetaFiles::mergeBringsTagsAlong()
     const TagManager &tags = ours.tagManager();
     const TagState atStep = merged->animation(0)->objectLineHolder(1)->tagStateFromTime(300, false);
     QCOMPARE(atStep.ids(), QList<int>{land});
-    const TagState at500 = merged->animation(0)->ownLineHolder().tagStateFromTime(500, false, &tags);
+    const TagState at500 =
+        merged->animation(0)->ownLineHolder().tagStateFromTime(500, false, &tags);
     QCOMPARE(tags.tagsToStringList(&at500, 1),
              (QStringList{QStringLiteral("land"), QStringLiteral("hidden <&\">")}));
     // Variables come along with their entity.
@@ -427,10 +445,20 @@ void TestMetaFiles::mergeBringsTagsAlong()
 void TestMetaFiles::undoGivesSavedBytesBack_data()
 {
     QTest::addColumn<int>("edit");
-    const char *names[] = {"add tag", "remove tag", "rename tag", "add entity variable",
-                           "remove entity variable", "rename object variable",
-                           "change variable type", "change default", "set key", "delete key",
-                           "move key", "tweened key", "set tag key", "clear object lines",
+    const char *names[] = {"add tag",
+                           "remove tag",
+                           "rename tag",
+                           "add entity variable",
+                           "remove entity variable",
+                           "rename object variable",
+                           "change variable type",
+                           "change default",
+                           "set key",
+                           "delete key",
+                           "move key",
+                           "tweened key",
+                           "set tag key",
+                           "clear object lines",
                            "add event variable"};
     for (int i = 0; i < int(std::size(names)); ++i)
         QTest::newRow(names[i]) << i;

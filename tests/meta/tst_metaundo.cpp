@@ -57,7 +57,8 @@ void TestMetaUndo::lookups()
 {
     ValInfoCollection c;
     QVERIFY(c.isEmpty());
-    QCOMPARE(c.addValInfo(QStringLiteral("hp"), 10, VarType::Int, static_cast<Entity *>(nullptr)), 0);
+    QCOMPARE(c.addValInfo(QStringLiteral("hp"), 10, VarType::Int, static_cast<Entity *>(nullptr)),
+             0);
     QCOMPARE(c.addValInfo(QStringLiteral("speed"), QStringLiteral("1.5"), VarType::Float,
                           static_cast<Entity *>(nullptr)),
              1);
@@ -95,8 +96,7 @@ void TestMetaUndo::declarationEdits()
     QFETCH(bool, onObject);
     QFETCH(int, edit);
     Fixture f;
-    ValInfoCollection &c = onObject ? f.object->valInfoCollection()
-                                    : f.entity->valInfoCollection();
+    ValInfoCollection &c = onObject ? f.object->valInfoCollection() : f.entity->valInfoCollection();
     auto add = [&](const QString &name, const QVariant &value, VarType type) {
         return onObject ? c.addValInfo(name, value, type, f.object)
                         : c.addValInfo(name, value, type, f.entity);
@@ -123,8 +123,8 @@ void TestMetaUndo::declarationEdits()
                            : c.editVarType(hp, VarType::Float, f.entity);
         break;
     case 4:
-        changed = onObject ? c.editDefaultVal(hp, 9.8, f.object)
-                           : c.editDefaultVal(hp, 9.8, f.entity);
+        changed =
+            onObject ? c.editDefaultVal(hp, 9.8, f.object) : c.editDefaultVal(hp, 9.8, f.entity);
         break;
     }
     QVERIFY(changed);
@@ -142,8 +142,8 @@ void TestMetaUndo::declarationEdits()
     f.stack.redo();
     QVERIFY(c == after);
     // The other owner's declarations were never touched.
-    const ValInfoCollection &other = onObject ? f.entity->valInfoCollection()
-                                              : f.object->valInfoCollection();
+    const ValInfoCollection &other =
+        onObject ? f.entity->valInfoCollection() : f.object->valInfoCollection();
     QVERIFY(other.isEmpty());
 }
 
@@ -260,8 +260,8 @@ void TestMetaUndo::ownerGoneMakesStepNoOp()
 
     // A holder edited through an owner naming another holder changes itself only.
     ValueLineHolder loose;
-    QVERIFY(loose.setKeyCommand(&f.doc, owner, {VarType::Int, 0}, std::make_unique<IntKey>(0, 1),
-                                0));
+    QVERIFY(
+        loose.setKeyCommand(&f.doc, owner, {VarType::Int, 0}, std::make_unique<IntKey>(0, 1), 0));
     QVERIFY(loose.anyValLinesHaveKeys());
     QVERIFY(!loose.setKeyCommand(&f.doc, owner, {VarType::Int, 0},
                                  std::make_unique<FloatKey>(0, 1.0), 0));
@@ -273,8 +273,9 @@ void TestMetaUndo::copiesCarryVariablesAndLines()
     f.entity->valInfoCollection().addValInfo(QStringLiteral("v"), 2, VarType::Int, f.entity);
     f.object->valInfoCollection().addValInfo(QStringLiteral("w"), QStringLiteral("s"),
                                              VarType::String, f.object);
-    f.animation->ownLineHolder().lineForEditing({VarType::Int, 0})->setKey(
-        std::make_unique<IntKey>(10, 5));
+    f.animation->ownLineHolder()
+        .lineForEditing({VarType::Int, 0})
+        ->setKey(std::make_unique<IntKey>(10, 5));
     f.animation->objectLineHolder(1, true)->tagLine().setKey(
         std::make_unique<TagKey>(0, TagState({1})));
 

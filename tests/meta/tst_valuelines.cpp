@@ -355,7 +355,8 @@ void TestValueLines::hostileTimesDoNotOverflow()
     // Only finiteness matters here: the sums must not overflow.
     QVERIFY(std::isfinite(line->valFromTime(0, true, 0.0, big)));
     QVERIFY(std::isfinite(line->valFromTime(big, true, 0.0, big)));
-    auto ints = makeIntLine({{0, std::numeric_limits<int>::max()}, {10, std::numeric_limits<int>::min()}});
+    auto ints =
+        makeIntLine({{0, std::numeric_limits<int>::max()}, {10, std::numeric_limits<int>::min()}});
     QCOMPARE(ints->valFromTime(0, false, 0, 100), std::numeric_limits<int>::max());
     QCOMPARE(ints->valFromTime(10, false, 0, 100), std::numeric_limits<int>::min());
 }

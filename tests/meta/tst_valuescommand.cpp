@@ -55,7 +55,8 @@ Run runCli(const QStringList &arguments)
     environment.remove(QStringLiteral("DISPLAY"));
     environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
     process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(MORVANE_CLI_PATH), QStringList{QStringLiteral("values")} + arguments);
+    process.start(QStringLiteral(MORVANE_CLI_PATH),
+                  QStringList{QStringLiteral("values")} + arguments);
     Run run;
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
         return run;
@@ -127,8 +128,10 @@ void TestValuesCommand::initTestCase()
     mXml = mDir.filePath(QStringLiteral("project.rigx"));
     mJson = mDir.filePath(QStringLiteral("project.rigj"));
     QString error;
-    QVERIFY2(ProjectFile::save(&doc, mXml, ProjectSaveOptions(), nullptr, &error), qPrintable(error));
-    QVERIFY2(ProjectFile::save(&doc, mJson, ProjectSaveOptions(), nullptr, &error), qPrintable(error));
+    QVERIFY2(ProjectFile::save(&doc, mXml, ProjectSaveOptions(), nullptr, &error),
+             qPrintable(error));
+    QVERIFY2(ProjectFile::save(&doc, mJson, ProjectSaveOptions(), nullptr, &error),
+             qPrintable(error));
 }
 
 void TestValuesCommand::values_data()
@@ -151,12 +154,13 @@ void TestValuesCommand::values_data()
         << QStringList{QStringLiteral("--time"), QStringLiteral("1200")} << "walk" << 7 << "angry"
         << QStringList{QStringLiteral("jump"), QStringLiteral("air")};
     QTest::newRow("idle by name before first keys")
-        << QStringList{QStringLiteral("--animation"), QStringLiteral("idle"), QStringLiteral("--time"),
-                       QStringLiteral("150")}
+        << QStringList{QStringLiteral("--animation"), QStringLiteral("idle"),
+                       QStringLiteral("--time"), QStringLiteral("150")}
         << "idle" << 10 << "calm" << QStringList{};
     QTest::newRow("idle by index and entity by name")
-        << QStringList{QStringLiteral("--entity"), QStringLiteral("hero"), QStringLiteral("--animation"),
-                       QStringLiteral("1"), QStringLiteral("--time"), QStringLiteral("600")}
+        << QStringList{QStringLiteral("--entity"),    QStringLiteral("hero"),
+                       QStringLiteral("--animation"), QStringLiteral("1"),
+                       QStringLiteral("--time"),      QStringLiteral("600")}
         << "idle" << 10 << "angry" << QStringList{QStringLiteral("jump"), QStringLiteral("air")};
 }
 
@@ -188,13 +192,16 @@ void TestValuesCommand::objects()
 {
     const Run run = runCli({mXml, QStringLiteral("--time"), QStringLiteral("950")});
     QCOMPARE(run.exitCode, 0);
-    const QJsonObject objects = QJsonDocument::fromJson(run.out).object()
-                                    .value(QStringLiteral("objects")).toObject();
+    const QJsonObject objects =
+        QJsonDocument::fromJson(run.out).object().value(QStringLiteral("objects")).toObject();
     // The bone declares nothing and has no tags: not listed.
     QCOMPARE(objects.keys(), QStringList{QStringLiteral("step")});
     const QJsonObject step = objects.value(QStringLiteral("step")).toObject();
     // Float keys 0 at 100 and 10 at 900 in a looping 1000 ms animation: 7.5 at 950.
-    QCOMPARE(step.value(QStringLiteral("variables")).toObject().value(QStringLiteral("volume")).toDouble(),
+    QCOMPARE(step.value(QStringLiteral("variables"))
+                 .toObject()
+                 .value(QStringLiteral("volume"))
+                 .toDouble(),
              7.5);
     QCOMPARE(step.value(QStringLiteral("tags")).toArray(), QJsonArray{QStringLiteral("land")});
 
@@ -227,13 +234,15 @@ void TestValuesCommand::exitStatus_data()
     QTest::addColumn<int>("exitCode");
     QTest::newRow("no time") << QStringList{QStringLiteral("@XML")} << 1;
     QTest::newRow("time not a number")
-        << QStringList{QStringLiteral("@XML"), QStringLiteral("--time"), QStringLiteral("soon")} << 1;
-    QTest::newRow("time without value") << QStringList{QStringLiteral("@XML"), QStringLiteral("--time")} << 1;
+        << QStringList{QStringLiteral("@XML"), QStringLiteral("--time"), QStringLiteral("soon")}
+        << 1;
+    QTest::newRow("time without value")
+        << QStringList{QStringLiteral("@XML"), QStringLiteral("--time")} << 1;
     QTest::newRow("unknown option")
         << QStringList{QStringLiteral("@XML"), QStringLiteral("--frame"), QStringLiteral("3")} << 1;
     QTest::newRow("unknown entity")
-        << QStringList{QStringLiteral("@XML"), QStringLiteral("--entity"), QStringLiteral("villain"),
-                       QStringLiteral("--time"), QStringLiteral("0")}
+        << QStringList{QStringLiteral("@XML"), QStringLiteral("--entity"),
+                       QStringLiteral("villain"), QStringLiteral("--time"), QStringLiteral("0")}
         << 1;
     QTest::newRow("entity index out of range")
         << QStringList{QStringLiteral("@XML"), QStringLiteral("--entity"), QStringLiteral("2"),
@@ -243,9 +252,9 @@ void TestValuesCommand::exitStatus_data()
         << QStringList{QStringLiteral("@XML"), QStringLiteral("--animation"), QStringLiteral("run"),
                        QStringLiteral("--time"), QStringLiteral("0")}
         << 1;
-    QTest::newRow("missing file")
-        << QStringList{QStringLiteral("/nonexistent/x.rigx"), QStringLiteral("--time"), QStringLiteral("0")}
-        << 2;
+    QTest::newRow("missing file") << QStringList{QStringLiteral("/nonexistent/x.rigx"),
+                                                 QStringLiteral("--time"), QStringLiteral("0")}
+                                  << 2;
     QTest::newRow("negative time is fine")
         << QStringList{QStringLiteral("@XML"), QStringLiteral("--time"), QStringLiteral("-5")} << 0;
 }
