@@ -1,0 +1,333 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+
+// Opens and saves a large synthetic project (about 100 animations x 200 timelines x 30 keys,
+// some 170 MB of XML) in both forms, beside bare Qt passes over the same data:
+// QXmlStreamReader over the file, QXmlStreamWriter writing the same tree, QJsonDocument
+// parsing the JSON file. Prints MB/s and the peak memory of each open relative to the file.
+//
+//   bench_io [--benchmark_filter=...]        MORVANE_BENCH_SCALE=0.1 for a smaller project
+
+#include "io/jsonprojectwriter.h"
+#include "io/projectfile.h"
+#include "io/projectiohost.h"
+#include "io/projectsink.h"
+#include "io/projectwriter.h"
+#include "io/xmlprojectwriter.h"
+#include "model/animation.h"
+#include "model/entity.h"
+#include "model/file.h"
+#include "model/folder.h"
+#include "model/object.h"
+#include "model/rigxdata.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+
+using namespace Morvane;
+
+namespace {
+
+struct Fixture
+{
+    std::unique_ptr<QTemporaryDir> dir;
+    QString xmlPath;
+    QString jsonPath;
+    double xmlMegabytes = 0;
+    double jsonMegabytes = 0;
+};
+
+Fixture sFixture;
+
+// Resets the kernel's peak-RSS mark so that each measurement sees its own peak.
+void resetPeakMemory()
+{
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+double peakMemoryMegabytes()
+{
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.rfind("VmHWM:", 0) == 0)
+            return std::stod(line.substr(6)) / 1024.0;
+    }
+    return 0.0;
+}
+
+double currentMemoryMegabytes()
+{
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.rfind("VmRSS:", 0) == 0)
+            return std::stod(line.substr(6)) / 1024.0;
+    }
+    return 0.0;
+}
+
+double fileMegabytes(const QString &path)
+{
+    return double(QFileInfo(path).size()) / (1024.0 * 1024.0);
+}
+
+void buildLargeProject(RigxData &document, double scale)
+{
+    const int animations = qMax(1, int(std::lround(100 * scale)));
+    const int timelines = 200;
+    const int keys = 30;
+    auto *folder = new Folder(QStringLiteral("parts"));
+    document.appendFolder(folder);
+    QList<File *> files;
+    for (int i = 0; i < 64; ++i) {
+        auto *file = new File(QStringLiteral("parts/part_%1.png").arg(i), 0.5, 0.5, File::Image,
+                              document.projectDirectory());
+        file->setSize(32 + i, 48 + i);
+        folder->appendFile(file);
+        files.append(file);
+    }
+    auto *entity = new Entity(QStringLiteral("giant"));
+    document.appendEntity(entity);
+    QList<Object *> objects;
+    for (int o = 0; o < timelines; ++o) {
+        const bool bone = o % 5 == 0;
+        auto *object = new Object(QStringLiteral("object_%1").arg(o),
+                                  bone ? Object::Bone : Object::Sprite);
+        entity->appendObject(object, -1, false);
+        objects.append(object);
+    }
+    for (int a = 0; a < animations; ++a) {
+        auto *animation = new Animation(QStringLiteral("animation_%1").arg(a), false);
+        animation->setLength(keys * 40);
+        entity->appendAnimation(animation);
+        for (int t = 0; t < timelines; ++t) {
+            auto *timeline = new Timeline(objects.at(t), objects.at(t)->name());
+            animation->appendTimeline(timeline, -1, true);
+            for (int k = 0; k < keys; ++k) {
+                DisplayInfo info;
+                info.x = std::sin(a + t * 0.1 + k * 0.37) * 300.0;
+                info.y = std::cos(a * 0.3 + t + k * 0.11) * 200.0;
+                info.angle = std::fmod(a * 7.0 + t * 13.0 + k * 17.3, 360.0);
+                info.xScale = 1.0 + (k % 3) * 0.25;
+                info.alpha = k % 4 == 0 ? 0.5 : 1.0;
+                info.setPivotX(0.5);
+                info.setPivotY(0.5);
+                FileInfo file;
+                if (!objects.at(t)->isBone())
+                    file = FileInfo(files.at((t + k) % files.size())->address());
+                auto *key = new TimelineKey(file, info);
+                key->setCachedTime(k * 40);
+                timeline->appendTimelineKey(key, false, false);
+            }
+        }
+        animation->appendMainKeysForOrphanTimeKeys(false);
+    }
+}
+
+// The same tree through Qt's writer, to compare against our own.
+class QtWriterSink : public ProjectSink
+{
+public:
+    explicit QtWriterSink(QXmlStreamWriter &writer)
+        : mWriter(writer)
+    {}
+    bool isJson() const override { return false; }
+    void startElement(std::string_view name, bool) override
+    {
+        mWriter.writeStartElement(QString::fromLatin1(name.data(), qsizetype(name.size())));
+    }
+    void endElement() override { mWriter.writeEndElement(); }
+    void attribute(std::string_view name, QStringView text) override
+    {
+        mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
+                               text.toString());
+    }
+    void integerAttribute(std::string_view name, std::int64_t value) override
+    {
+        mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
+                               QString::number(value));
+    }
+    void real6Attribute(std::string_view name, double value) override
+    {
+        mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
+                               QString::number(value, 'f', 6));
+    }
+    void g6Attribute(std::string_view name, double value) override
+    {
+        mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
+                               QString::number(value, 'g', 6));
+    }
+
+private:
+    QXmlStreamWriter &mWriter;
+};
+
+void reportOpen(benchmark::State &state, double megabytes, double before, double peak)
+{
+    state.counters["MB/s"] = benchmark::Counter(megabytes * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+    state.counters["file_MB"] = megabytes;
+    state.counters["peak_MB"] = peak - before;
+    state.counters["peak_x_file"] = (peak - before) / megabytes;
+}
+
+void BM_OpenXml(benchmark::State &state)
+{
+    double before = 0;
+    double peak = 0;
+    for (auto _ : state) {
+        before = currentMemoryMegabytes();
+        resetPeakMemory();
+        RigxData document;
+        ProjectIoHost host;
+        benchmark::DoNotOptimize(ProjectFile::open(&document, sFixture.xmlPath, &host));
+        peak = peakMemoryMegabytes();
+    }
+    reportOpen(state, sFixture.xmlMegabytes, before, peak);
+}
+
+void BM_OpenJson(benchmark::State &state)
+{
+    double before = 0;
+    double peak = 0;
+    for (auto _ : state) {
+        before = currentMemoryMegabytes();
+        resetPeakMemory();
+        RigxData document;
+        ProjectIoHost host;
+        benchmark::DoNotOptimize(ProjectFile::open(&document, sFixture.jsonPath, &host));
+        peak = peakMemoryMegabytes();
+    }
+    reportOpen(state, sFixture.jsonMegabytes, before, peak);
+}
+
+void BM_SaveXml(benchmark::State &state)
+{
+    RigxData document;
+    ProjectIoHost host;
+    ProjectFile::open(&document, sFixture.xmlPath, &host);
+    const QString out = sFixture.dir->filePath(QStringLiteral("saved.rigx"));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ProjectFile::save(&document, out, {}, &host));
+    state.counters["MB/s"] = benchmark::Counter(fileMegabytes(out) * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+}
+
+void BM_SaveJson(benchmark::State &state)
+{
+    RigxData document;
+    ProjectIoHost host;
+    ProjectFile::open(&document, sFixture.xmlPath, &host);
+    const QString out = sFixture.dir->filePath(QStringLiteral("saved.rigj"));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ProjectFile::save(&document, out, {}, &host));
+    state.counters["MB/s"] = benchmark::Counter(fileMegabytes(out) * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+}
+
+void BM_BareQXmlStreamReader(benchmark::State &state)
+{
+    for (auto _ : state) {
+        QFile file(sFixture.xmlPath);
+        file.open(QIODevice::ReadOnly);
+        QXmlStreamReader reader(&file);
+        qint64 attributes = 0;
+        while (!reader.atEnd()) {
+            if (reader.readNext() == QXmlStreamReader::StartElement)
+                attributes += reader.attributes().size();
+        }
+        benchmark::DoNotOptimize(attributes);
+    }
+    state.counters["MB/s"] = benchmark::Counter(sFixture.xmlMegabytes * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+}
+
+void BM_BareQXmlStreamWriter(benchmark::State &state)
+{
+    RigxData document;
+    ProjectIoHost host;
+    ProjectFile::open(&document, sFixture.xmlPath, &host);
+    const QString out = sFixture.dir->filePath(QStringLiteral("qt.rigx"));
+    for (auto _ : state) {
+        QFile file(out);
+        file.open(QIODevice::WriteOnly);
+        QXmlStreamWriter writer(&file);
+        writer.setAutoFormatting(true);
+        writer.setAutoFormattingIndent(4);
+        writer.writeStartDocument();
+        QtWriterSink sink(writer);
+        ProjectSaveOptions options;
+        ProjectWriter(document, sink, options).write();
+        writer.writeEndDocument();
+    }
+    state.counters["MB/s"] = benchmark::Counter(fileMegabytes(out) * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+}
+
+void BM_BareQJsonDocument(benchmark::State &state)
+{
+    for (auto _ : state) {
+        QFile file(sFixture.jsonPath);
+        file.open(QIODevice::ReadOnly);
+        const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+        benchmark::DoNotOptimize(document.isObject());
+    }
+    state.counters["MB/s"] = benchmark::Counter(sFixture.jsonMegabytes * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+}
+
+} // namespace
+
+BENCHMARK(BM_OpenXml)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_BareQXmlStreamReader)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_SaveXml)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_BareQXmlStreamWriter)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_OpenJson)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_BareQJsonDocument)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_SaveJson)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+
+    bool ok = false;
+    double scale = qEnvironmentVariable("MORVANE_BENCH_SCALE").toDouble(&ok);
+    if (!ok || scale <= 0)
+        scale = 1.0;
+    sFixture.dir = std::make_unique<QTemporaryDir>();
+    sFixture.xmlPath = sFixture.dir->filePath(QStringLiteral("large.rigx"));
+    sFixture.jsonPath = sFixture.dir->filePath(QStringLiteral("large.rigj"));
+    {
+        RigxData document;
+        document.setFilePath(sFixture.xmlPath);
+        buildLargeProject(document, scale);
+        ProjectIoHost host;
+        if (!ProjectFile::save(&document, sFixture.xmlPath, {}, &host)
+            || !ProjectFile::save(&document, sFixture.jsonPath, {}, &host))
+            return 1;
+    }
+    sFixture.xmlMegabytes = fileMegabytes(sFixture.xmlPath);
+    sFixture.jsonMegabytes = fileMegabytes(sFixture.jsonPath);
+    std::printf("synthetic project: %.1f MB XML, %.1f MB JSON\n", sFixture.xmlMegabytes,
+                sFixture.jsonMegabytes);
+
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
