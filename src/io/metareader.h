@@ -12,6 +12,8 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace Morvane {
 
@@ -66,9 +68,13 @@ public:
     {
         if (!meta.isValid() || !holder)
             return;
+        // Keys are collected and sorted once: a file may hold very long lines.
+        std::vector<std::unique_ptr<ValKey>> tagKeys;
         meta.forEach("tagline", [&](const Node &tagline) {
-            tagline.forEach("key", [&](const Node &key) { readTagKey(key, holder, ownerName); });
+            tagline.forEach("key", [&](const Node &key) { readTagKey(key, &tagKeys, ownerName); });
         });
+        if (!tagKeys.empty())
+            holder->tagLine().setKeys(std::move(tagKeys));
         const auto readLine = [&](const Node &line) {
             readValueLine(line, holder, definitions, ownerName);
         };
@@ -156,9 +162,11 @@ private:
         }
     }
 
-    void readTagKey(const Node &node, ValueLineHolder *holder, const QString &ownerName)
+    void readTagKey(const Node &node, std::vector<std::unique_ptr<ValKey>> *keys,
+                    const QString &ownerName)
     {
         TagState state;
+        QList<int> uids;
         node.forEach("tag", [&](const Node &tag) {
             const int position = intOr(tag, "t", -1);
             const int uid = position >= 0 && position < mTagUids.size() ? mTagUids.at(position)
@@ -170,9 +178,10 @@ private:
                           .arg(position));
                 return;
             }
-            state.addId(uid);
+            uids.append(uid);
         });
-        holder->tagLine().setKey(std::make_unique<TagKey>(intOr(node, "time", 0), state));
+        state.setIds(uids);
+        keys->push_back(std::make_unique<TagKey>(intOr(node, "time", 0), state));
     }
 
     void readValueLine(const Node &node, ValueLineHolder *holder,
@@ -187,7 +196,7 @@ private:
                       .arg(def));
             return;
         }
-        ValLine *line = holder->lineForEditing({info->type, info->id});
+        std::vector<std::unique_ptr<ValKey>> keys;
         node.forEach("key", [&](const Node &keyNode) {
             std::unique_ptr<ValKey> key = ValKey::create(info->type, intOr(keyNode, "time", 0),
                                                          readValue(keyNode, "val", info->type));
@@ -196,8 +205,9 @@ private:
                 readCurve(keyNode, &curve);
                 key->setCurve(curve);
             }
-            line->setKey(std::move(key));
+            keys.push_back(std::move(key));
         });
+        holder->lineForEditing({info->type, info->id})->setKeys(std::move(keys));
     }
 
     static void readCurve(const Node &node, TweenInfo *curve)

@@ -65,26 +65,44 @@ ValKey *ValLine::keyAtTime(int time) const
     return key(indexOfKeyAtTime(time));
 }
 
+std::vector<std::unique_ptr<ValKey>>::const_iterator ValLine::lowerBound(int time) const
+{
+    return std::lower_bound(mKeys.begin(), mKeys.end(), time,
+                            [](const auto &key, int t) { return key->time() < t; });
+}
+
 int ValLine::indexOfKeyAtTime(int time) const
 {
-    for (int i = 0; i < keyCount(); ++i) {
-        if (mKeys[size_t(i)]->time() == time)
-            return i;
-    }
-    return -1;
+    const auto it = lowerBound(time);
+    if (it == mKeys.end() || (*it)->time() != time)
+        return -1;
+    return int(it - mKeys.begin());
 }
 
 bool ValLine::setKey(std::unique_ptr<ValKey> key)
 {
     if (!key || key->type() != type())
         return false;
-    const int existing = indexOfKeyAtTime(key->time());
-    if (existing >= 0)
-        mKeys[size_t(existing)] = std::move(key);
-    else
-        mKeys.push_back(std::move(key));
-    sortAndRenumber();
+    const size_t index = size_t(lowerBound(key->time()) - mKeys.begin());
+    if (index < mKeys.size() && mKeys[index]->time() == key->time()) {
+        key->setId(int(index));
+        mKeys[index] = std::move(key);
+        return true;
+    }
+    mKeys.insert(mKeys.begin() + std::ptrdiff_t(index), std::move(key));
+    renumberFrom(index);
     return true;
+}
+
+void ValLine::setKeys(std::vector<std::unique_ptr<ValKey>> keys)
+{
+    mKeys.clear();
+    mKeys.reserve(keys.size());
+    for (auto &key : keys) {
+        if (key && key->type() == type())
+            mKeys.push_back(std::move(key));
+    }
+    normalize();
 }
 
 bool ValLine::deleteKeyAtTime(int time)
@@ -93,7 +111,7 @@ bool ValLine::deleteKeyAtTime(int time)
     if (index < 0)
         return false;
     mKeys.erase(mKeys.begin() + index);
-    sortAndRenumber();
+    renumberFrom(size_t(index));
     return true;
 }
 
@@ -112,8 +130,13 @@ bool ValLine::setKeyTime(int from, int to)
 
 void ValLine::offsetAllKeys(int offset)
 {
-    for (auto &key : mKeys)
-        key->setTime(key->time() + offset);
+    // Saturate instead of overflowing; keys pushed onto the same time merge.
+    for (auto &key : mKeys) {
+        const qint64 time = qint64(key->time()) + offset;
+        key->setTime(int(qBound<qint64>(std::numeric_limits<int>::min(), time,
+                                        std::numeric_limits<int>::max())));
+    }
+    normalize();
 }
 
 bool ValLine::equals(const ValLine &other) const
@@ -143,11 +166,26 @@ int ValLine::stepIndexFromTime(int time, bool looping) const
     return found;
 }
 
-void ValLine::sortAndRenumber()
+void ValLine::normalize()
 {
     std::stable_sort(mKeys.begin(), mKeys.end(),
                      [](const auto &a, const auto &b) { return a->time() < b->time(); });
-    for (size_t i = 0; i < mKeys.size(); ++i)
+    // Of keys sharing a time the last one given wins.
+    std::vector<std::unique_ptr<ValKey>> kept;
+    kept.reserve(mKeys.size());
+    for (auto &key : mKeys) {
+        if (!kept.empty() && kept.back()->time() == key->time())
+            kept.back() = std::move(key);
+        else
+            kept.push_back(std::move(key));
+    }
+    mKeys = std::move(kept);
+    renumberFrom(0);
+}
+
+void ValLine::renumberFrom(size_t index)
+{
+    for (size_t i = index; i < mKeys.size(); ++i)
         mKeys[i]->setId(int(i));
 }
 

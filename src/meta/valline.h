@@ -54,9 +54,14 @@ public:
     /// Takes `key` in at its time, replacing a key already there. Refused
     /// (false, key dropped) when the key is null or of another kind.
     bool setKey(std::unique_ptr<ValKey> key);
+    /// Replaces all keys by `keys` in any order (of keys sharing a time the
+    /// last wins; null keys and keys of another kind are dropped). Sorts once,
+    /// so readers use it for long lines.
+    void setKeys(std::vector<std::unique_ptr<ValKey>> keys);
     bool deleteKeyAtTime(int time);
     /// Moves the key at `from` to `to`, replacing a key standing at `to`.
     bool setKeyTime(int from, int to);
+    /// Moves every key by `offset` ms (times saturate at the int range).
     void offsetAllKeys(int offset);
     void clearKeys() { mKeys.clear(); }
 
@@ -70,7 +75,9 @@ protected:
     int stepIndexFromTime(int time, bool looping) const;
 
 private:
-    void sortAndRenumber();
+    std::vector<std::unique_ptr<ValKey>>::const_iterator lowerBound(int time) const;
+    void normalize();
+    void renumberFrom(size_t index);
 
     int mVarId = -1;
     std::vector<std::unique_ptr<ValKey>> mKeys;

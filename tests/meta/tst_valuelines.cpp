@@ -28,6 +28,8 @@ private Q_SLOTS:
     void tagStepping();
     void setKeyReplacesAndSorts();
     void setKeyTimeMovesOntoKey();
+    void setKeysSortsAndKeepsLast();
+    void offsetSaturatesAndMerges();
     void createTempKeyKeepsValueAndCurve();
     void holderLookupsAndBulkOperations();
     void holderCopyIsDeep();
@@ -269,6 +271,47 @@ void TestValueLines::setKeyTimeMovesOntoKey()
     QCOMPARE(line->keyCount(), 2);
     QCOMPARE(line->key(1)->value(), QVariant(0));
     QVERIFY(!line->setKeyTime(999, 5));
+}
+
+void TestValueLines::setKeysSortsAndKeepsLast()
+{
+    // A long line given backwards, with one time given twice.
+    const int count = 20000;
+    std::vector<std::unique_ptr<ValKey>> keys;
+    for (int i = count; i-- > 0;)
+        keys.push_back(std::make_unique<IntKey>(i * 10, i));
+    keys.push_back(std::make_unique<IntKey>(50, -1));
+    keys.push_back(nullptr);
+    keys.push_back(std::make_unique<StringKey>(7, QStringLiteral("wrong kind")));
+    IntLine line(0);
+    line.setKeys(std::move(keys));
+    QCOMPARE(line.keyCount(), count);
+    for (int i = 0; i < count; ++i) {
+        QCOMPARE(line.key(i)->time(), i * 10);
+        QCOMPARE(line.key(i)->id(), i);
+    }
+    QCOMPARE(line.keyAtTime(50)->value(), QVariant(-1));
+    QCOMPARE(line.keyAtTime(60)->value(), QVariant(6));
+    QVERIFY(!line.keyAtTime(55));
+    QCOMPARE(line.indexOfKeyAtTime(count * 10 - 10), count - 1);
+    // Inserting in the middle renumbers what follows.
+    QVERIFY(line.setKey(std::make_unique<IntKey>(15, 100)));
+    QCOMPARE(line.key(2)->time(), 15);
+    QCOMPARE(line.key(count)->id(), count);
+}
+
+void TestValueLines::offsetSaturatesAndMerges()
+{
+    auto line = makeIntLine({{0, 1}, {100, 2}, {std::numeric_limits<int>::max() - 5, 3}});
+    line->offsetAllKeys(-100);
+    QCOMPARE(line->key(0)->time(), -100);
+    QCOMPARE(line->key(1)->time(), 0);
+    line->offsetAllKeys(std::numeric_limits<int>::max());
+    // The last two keys both reach the largest time: the later one stays.
+    QCOMPARE(line->keyCount(), 2);
+    QCOMPARE(line->key(1)->time(), std::numeric_limits<int>::max());
+    QCOMPARE(line->key(1)->value(), QVariant(3));
+    QCOMPARE(line->key(1)->id(), 1);
 }
 
 void TestValueLines::createTempKeyKeepsValueAndCurve()
