@@ -133,8 +133,8 @@ void ValLine::offsetAllKeys(int offset)
     // Saturate instead of overflowing; keys pushed onto the same time merge.
     for (auto &key : mKeys) {
         const qint64 time = qint64(key->time()) + offset;
-        key->setTime(int(qBound<qint64>(std::numeric_limits<int>::min(), time,
-                                        std::numeric_limits<int>::max())));
+        key->setTime(int(std::clamp<qint64>(time, std::numeric_limits<int>::min(),
+                                            std::numeric_limits<int>::max())));
     }
     normalize();
 }
