@@ -38,6 +38,8 @@ private Q_SLOTS:
     void crossFormRoundTrip();
     void danglingIdsAreDropped_data();
     void danglingIdsAreDropped();
+    void hostileJson_data();
+    void hostileJson();
     void removedTagIsNotWritten();
     void openingReplacesTags();
     void mergeBringsTagsAlong();
@@ -380,6 +382,64 @@ void TestMetaFiles::danglingIdsAreDropped()
     const ValLine *line = holder.line({VarType::Int, 4});
     QCOMPARE(line ? line->keyCount() : 0, varKeys);
     QCOMPARE(doc.tagManager().tagCount(), 2);
+}
+
+void TestMetaFiles::hostileJson_data()
+{
+    QTest::addColumn<QByteArray>("tagList");
+    QTest::addColumn<QByteArray>("varDefs");
+    QTest::addColumn<QByteArray>("meta");
+    QTest::addColumn<int>("tags");
+    QTest::addColumn<QVariant>("value");
+
+    const QByteArray defs = R"([{"id": 0, "name": "n", "type": "int", "default": 4}])";
+    const QByteArray meta = R"({"valline": [{"def": 0, "key": [{"val": 9}]}]})";
+    QTest::newRow("well formed") << QByteArray(R"([{"name": "a"}])") << defs << meta << 1
+                                 << QVariant(9);
+    QTest::newRow("tag list not an array")
+        << QByteArray(R"("a")") << defs << meta << 0 << QVariant(9);
+    QTest::newRow("tag names of other types")
+        << QByteArray(R"([{"name": 5}, {"name": null}, 7])") << defs << meta << 1 << QVariant(9);
+    QTest::newRow("default of the wrong type")
+        << QByteArray("[]")
+        << QByteArray(R"([{"id": 0, "name": "n", "type": "int", "default": "x"}])")
+        << QByteArray("{}") << 0 << QVariant(0);
+    QTest::newRow("fractional int value truncates")
+        << QByteArray("[]") << defs
+        << QByteArray(R"({"valline": [{"def": 0, "key": [{"val": -2.7}]}]})") << 0 << QVariant(-2);
+    QTest::newRow("value is an object")
+        << QByteArray("[]") << defs
+        << QByteArray(R"({"valline": [{"def": 0, "key": [{"val": {}}]}]})") << 0 << QVariant(0);
+    QTest::newRow("meta is an array")
+        << QByteArray("[]") << defs
+        << QByteArray(R"([{"valline": [{"def": 0, "key": [{"val": 1}]}]}])") << 0 << QVariant(1);
+    QTest::newRow("tagline of the wrong shape")
+        << QByteArray(R"([{"name": "a"}])") << defs
+        << QByteArray(R"({"tagline": [1, {"key": {"tag": "x"}}]})") << 1 << QVariant(4);
+}
+
+void TestMetaFiles::hostileJson()
+{
+    QFETCH(QByteArray, tagList);
+    QFETCH(QByteArray, varDefs);
+    QFETCH(QByteArray, meta);
+    QFETCH(int, tags);
+    QFETCH(QVariant, value);
+    const QByteArray text = R"({"rigj_version": "1.0", "tag_list": )" + tagList +
+                            R"(, "entity": [{"id": 0, "name": "e", "var_defs": )" + varDefs +
+                            R"(, "animation": [{"id": 0, "name": "a", "length": 1000,
+                               "mainline": {"key": [{"id": 0}]}, "meta": )" +
+                            meta + "}]}]}";
+    RigxData doc;
+    QVERIFY(readJson(text, &doc));
+    QCOMPARE(doc.tagManager().tagCount(), tags);
+    QCOMPARE(doc.entityCount(), 1);
+    const Entity *entity = doc.entity(0);
+    QCOMPARE(entity->valInfoCollection().infoCount(), 1);
+    const ValInfo *info = entity->valInfoCollection().infoFromId(0);
+    QCOMPARE(entity->animation(0)->ownLineHolder().valueFromTime({VarType::Int, 0}, 0, 1000, false,
+                                                                 info->defaultValue),
+             value);
 }
 
 void TestMetaFiles::removedTagIsNotWritten()
