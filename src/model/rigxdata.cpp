@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "model/rigxdata.h"
 
+#include "io/projectfile.h"
+
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/file.h"
@@ -449,6 +451,21 @@ void RigxData::clearAllLinksAndChildren()
     mEntities.clear();
     mFolders.clear();
     mMissingImages.clear();
+}
+
+bool RigxData::openFile(const QString &path)
+{
+    return ProjectFile::open(this, path);
+}
+
+bool RigxData::saveFile(const QString &path)
+{
+    return ProjectFile::save(this, path, ProjectFile::defaultSaveOptions());
+}
+
+bool RigxData::importFileIntoCurrentProject(const QString &path)
+{
+    return ProjectFile::importInto(this, path);
 }
 
 } // namespace Morvane
