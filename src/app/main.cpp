@@ -3,8 +3,12 @@
 #include "morvanewindow.h"
 
 #include <QApplication>
+#include <QPixmap>
+#include <QScreen>
+#include <QTimer>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -44,6 +48,24 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION_STRING));
     QApplication::setOrganizationDomain(QStringLiteral("www.tallowcraft.org"));
     QApplication::setOrganizationName(QStringLiteral("Tallowcraft"));
+
+    // A development aid: MORVANE_SCREENSHOT=file.png grabs the whole screen
+    // (dialogs included) a moment after start-up and quits.
+    const QString screenshot = qEnvironmentVariable("MORVANE_SCREENSHOT");
+    if (!screenshot.isEmpty()) {
+        bool ok = false;
+        int delay = qEnvironmentVariableIntValue("MORVANE_SCREENSHOT_DELAY", &ok);
+        QTimer::singleShot(ok ? delay : 2500, [screenshot] {
+            QScreen *screen = QGuiApplication::primaryScreen();
+            const bool saved = screen && screen->grabWindow(0).save(screenshot, "PNG");
+            std::fprintf(saved ? stdout : stderr, "%s %s\n",
+                         saved ? "Screenshot written to" : "Error: Cannot write file",
+                         qPrintable(screenshot));
+            std::fflush(nullptr);
+            // Modal start-up questions may still be open; leave at once.
+            std::_Exit(saved ? 0 : 1);
+        });
+    }
 
     int result = 0;
     {

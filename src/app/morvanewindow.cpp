@@ -5,8 +5,10 @@
 #include "io/projectfile.h"
 #include "io/xmlprojectwriter.h"
 #include "model/rigxdata.h"
+#include "actionicons.h"
 #include "morvanesettings.h"
 #include "morvanesettingsdialog.h"
+#include "posepreview.h"
 #include "projectnaming.h"
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
@@ -37,6 +39,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLWidget>
 #include <QSaveFile>
+#include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
 #include <QStyle>
@@ -47,6 +50,12 @@
 #include <QUndoStack>
 
 #include <cstdlib>
+
+// The library's resources are linked statically and need registering.
+static void initMorvaneResources()
+{
+    Q_INIT_RESOURCE(morvane);
+}
 
 namespace Morvane {
 
@@ -72,6 +81,10 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
 
     MorvaneSettings::mainWindow = this;
     mUi->setupUi(this);
+    initMorvaneResources();
+    setWindowIcon(QIcon(QStringLiteral(":/icons/morvane.svg")));
+    if (windowIcon().isNull())
+        setWindowIcon(ActionIcons::applicationIcon());
     mPlaceholderScene = new QGraphicsScene(this);
     mUi->graphicsView->setScene(mPlaceholderScene);
     MorvaneSettings::mainScene = mUi->graphicsView->scene();
@@ -103,12 +116,17 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
         mRecentFileActions.append(action);
     }
 
+    // Without a window manager (a bare virtual display) maximising does
+    // nothing, so start at the screen's size anyway.
+    if (QScreen *screen = QGuiApplication::primaryScreen())
+        setGeometry(screen->availableGeometry());
     showMaximized();
     setupRigx(version);
     enableProjectActions(false);
     setupWidgets(false);
     setupConnections();
     setupShorcuts();
+    ActionIcons::apply(mUi);
 
     QCoreApplication::setOrganizationName(QStringLiteral("Tallowcraft"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("tallowcraft.org"));
@@ -164,10 +182,15 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
         store.value("showMessageAboutSavingToTheWrongDirectory", true).toBool();
     if (store.value("showVideoHelpOnStartup", true).toBool())
         showTutorialDialog();
+    // The view has its final size only once the window is shown.
+    QTimer::singleShot(0, this, [this] { mUi->graphicsView->centerOn(0, 0); });
 }
 
 MorvaneWindow::~MorvaneWindow()
 {
+    // The preview reads the document and draws into the scene: it goes first.
+    delete mPreview;
+    mPreview = nullptr;
     if (MorvaneSettings::mainWindow == this) {
         MorvaneSettings::mainWindow = nullptr;
         MorvaneSettings::mainScene = nullptr;
@@ -257,9 +280,10 @@ void MorvaneWindow::setupWidgets(bool projectLoaded)
     mKeyShortcutDock->resize(420, 520);
 
     auto *text = mPlaceholderScene->addSimpleText(
-        tr("The canvas editor is not part of this build yet."));
+        tr("Canvas editing is not part of this build yet."));
     text->setBrush(QColor(0x50, 0x50, 0x50));
-    text->setPos(-text->boundingRect().width() / 2, 24);
+    text->setPos(-text->boundingRect().width() / 2, 162);
+    mPreview = new PosePreview(mPlaceholderScene, this);
     const QPen axisPen(QColor(0x70, 0x70, 0x70), 0);
     mPlaceholderScene->addLine(-40, 0, 40, 0, axisPen);
     mPlaceholderScene->addLine(0, -40, 0, 40, axisPen);
@@ -278,7 +302,11 @@ void MorvaneWindow::setupConnections()
     mUi->actionRedo->setEnabled(false);
     connect(mUndoStack, &QUndoStack::cleanChanged, this,
             [this](bool clean) { mUi->actionSave_Project->setEnabled(!clean); });
-    connect(mUndoStack, &QUndoStack::indexChanged, this, [this] { ++mChangeCount; });
+    connect(mUndoStack, &QUndoStack::indexChanged, this, [this] {
+        ++mChangeCount;
+        if (mPreview)
+            mPreview->setDocument(mRigx.get());
+    });
     connect(mUi->actionUse_Multi_Threading, &QAction::toggled, mSettings,
             &MorvaneSettings::enableMultiThreading);
 }
@@ -444,7 +472,10 @@ bool MorvaneWindow::openProject(const QString &path)
 {
     // The file is read completely before the document changes, so a failed
     // open leaves the current project, its title and the recent list alone.
-    if (!openDocument(path)) {
+    mPreview->setDocument(nullptr);
+    const bool opened = openDocument(path);
+    mPreview->setDocument(mRigx.get());
+    if (!opened) {
         setMorvaneWindowTitle();
         return false;
     }
@@ -487,6 +518,7 @@ void MorvaneWindow::closeEvent(QCloseEvent *event)
     store.setValue("morvaneWindowState", saveState());
     store.setValue("lastDirectory", projectFilePath());
     store.setValue("recentFiles", mRecentFiles);
+    mPreview->detachFromScene();
     if (MorvaneSettings::mainScene)
         MorvaneSettings::mainScene->clear();
     event->accept();
@@ -514,10 +546,12 @@ void MorvaneWindow::on_actionNew_Project_triggered()
 void MorvaneWindow::newProject(const QString &folder)
 {
     const QString path = QDir::fromNativeSeparators(folder);
+    mPreview->setDocument(nullptr);
     clearDocument();
     // The folder alone, with a trailing "/": the project has no file name yet.
     setDocumentPath(path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/'));
     openWindowsAndInit(true);
+    mPreview->setDocument(mRigx.get());
     setMorvaneWindowTitle();
 }
 
@@ -857,7 +891,13 @@ bool MorvaneWindow::openDocument(const QString &path)
 bool MorvaneWindow::saveDocument(const QString &path)
 {
     QString error;
-    if (ProjectFile::save(mRigx.get(), path, saveOptions(), mIoHost.get(), &error))
+    // Saving tidies the document (empty timelines, unused files), so the
+    // preview lets go of it meanwhile.
+    mPreview->setDocument(nullptr);
+    const bool saved =
+        ProjectFile::save(mRigx.get(), path, saveOptions(), mIoHost.get(), &error);
+    mPreview->setDocument(mRigx.get());
+    if (saved)
         return true;
     // An empty error means the user chose not to save there.
     if (!error.isEmpty())
@@ -893,7 +933,9 @@ bool MorvaneWindow::startAutoSave()
     {
         QBuffer buffer(snapshot.get());
         buffer.open(QIODevice::WriteOnly);
+        mPreview->setDocument(nullptr);
         XmlProjectWriter::write(*mRigx, &buffer, saveOptions());
+        mPreview->setDocument(mRigx.get());
     }
     updateAutoSaveStatus(2, 50);
     const quint64 changeCount = mChangeCount;

@@ -28,6 +28,7 @@ class MorvaneSettings;
 class WindowProjectIoHost;
 struct ProjectSaveOptions;
 class MorvaneSettingsDialog;
+class PosePreview;
 class RigxData;
 
 // The one top-level window. Owns the project document, the undo stack, the
@@ -56,6 +57,7 @@ public:
     // The project's folder; empty before a project is created or opened.
     QString projectFolder() const;
 
+    PosePreview *preview() const { return mPreview; }
     QStringList recentFiles() const { return mRecentFiles; }
     void addRecentFile(const QString &path);
     void updateRecentFileActions();
@@ -161,6 +163,7 @@ private:
     QList<QDockWidget *> mDockWidgets;
     QList<QWidget *> mOldMaxMinSizeWidgets;
     QGraphicsScene *mPlaceholderScene = nullptr;
+    PosePreview *mPreview = nullptr;
     QPointer<MorvaneSettingsDialog> mSettingsDialog;
     bool mCheckingAllUpdates = false;
     bool mAutoSaveRunning = false;

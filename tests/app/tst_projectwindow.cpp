@@ -2,10 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "apptesthelpers.h"
 #include "io/projectfile.h"
+#include "model/animation.h"
 #include "model/entity.h"
+#include "model/object.h"
 #include "model/rigxdata.h"
 #include "morvanesettings.h"
 #include "morvanewindow.h"
+#include "posepreview.h"
 #include "ui_morvanewindow.h"
 
 #include <QFile>
@@ -70,6 +73,9 @@ private slots:
     void autoSaveRestartsAfterChange();
     void autoSaveWaitsWhileSuppressed();
     void autoSaveNeedsProjectFolder();
+    void exampleOpens_data();
+    void exampleOpens();
+    void previewPlaysEveryAnimation();
 
 private:
     QTemporaryDir *mDir = nullptr;
@@ -312,6 +318,54 @@ void TestProjectWindow::autoSaveNeedsProjectFolder()
     MorvaneWindow window(QStringLiteral("r4.1"), {});
     QVERIFY(!window.startAutoSave());
     QVERIFY(!window.autoSaveRunning());
+}
+
+void TestProjectWindow::exampleOpens_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("xml") << "hero.rigx";
+    QTest::newRow("json") << "hero.rigj";
+}
+
+void TestProjectWindow::exampleOpens()
+{
+    QFETCH(QString, name);
+    const QString path = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero/") + name;
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QCOMPARE(window.projectFilePath(), path);
+    RigxData *document = MorvaneWindow::rigx;
+    QVERIFY(!document->hasMissingImages());
+    Entity *hero = document->entity(QStringLiteral("hero"));
+    Entity *lantern = document->entity(QStringLiteral("lantern"));
+    QVERIFY(hero);
+    QVERIFY(lantern);
+    QVERIFY(hero->animationCount() >= 2);
+    QVERIFY(hero->animation(0)->mainlineKeyCount() >= 2);
+    // The hero carries the lantern as a sub-entity playing its animation.
+    bool carriesLantern = false;
+    for (int i = 0; i < hero->objectCount(); ++i) {
+        const Object *object = hero->object(i);
+        if (object->isSubEntity() && object->name() == QLatin1String("lantern"))
+            carriesLantern = true;
+    }
+    QVERIFY(carriesLantern);
+}
+
+void TestProjectWindow::previewPlaysEveryAnimation()
+{
+    const QString path = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero/hero.rigx");
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QCOMPARE(window.preview()->currentAnimationName(), QString("idle"));
+    QStringList seen{window.preview()->currentAnimationName()};
+    for (int step = 0; step < 400 && seen.size() < 3; ++step) {
+        window.preview()->advance(50);
+        if (seen.last() != window.preview()->currentAnimationName())
+            seen << window.preview()->currentAnimationName();
+    }
+    QCOMPARE(seen, QStringList({"idle", "walk", "idle"}));
+    // A project without entities shows nothing.
+    window.newProject(mDir->path());
+    QCOMPARE(window.preview()->currentAnimationName(), QString());
 }
 
 QTEST_MAIN(TestProjectWindow)
