@@ -3,6 +3,7 @@
 #include "clicommand.h"
 #include "convertcommand.h"
 #include "infocommand.h"
+#include "posecommand.h"
 #include "valuescommand.h"
 
 #include <QCoreApplication>
@@ -18,6 +19,7 @@ namespace {
 const CliCommand sCommands[] = {
     {"convert", ConvertCommand::Usage, ConvertCommand::Summary, &ConvertCommand::run},
     {"info", InfoCommand::Usage, InfoCommand::Summary, &InfoCommand::run},
+    {"pose", PoseCommand::Usage, PoseCommand::Summary, &runPoseCommand},
     {"values", ValuesCommand::Usage, ValuesCommand::Summary, &runValuesCommand},
 };
 

@@ -48,7 +48,7 @@ struct PoseItem
     double height = 0.0;
     double pivotX = 0.0;
     double pivotY = 0.0;
-    /// Cosine and sine of `angle`, kept for composing children onto bones.
+    /// Bones only: cosine and sine of `angle`, for composing children.
     double cosAngle = 1.0;
     double sinAngle = 0.0;
 };

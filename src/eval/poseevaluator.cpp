@@ -30,8 +30,61 @@ int truncatedTime(double t)
     return int(t);
 }
 
+/// Sine and cosine of an angle in degrees (0..360). Whole quarter turns come
+/// off exactly, so right angles give exact 0 and 1; the rest is the classic
+/// kernel polynomials on [-45, 45] degrees, evaluated in pairs to shorten the
+/// chain of dependent steps: within an ulp or two of the library functions
+/// and several times faster.
+inline void sinCosDegrees(double degrees, double *sine, double *cosine)
+{
+    if (!(degrees >= 0.0 && degrees <= 360.0)) {
+        const double radians = degrees / DisplayInfo::DegreesPerRadian;
+        *sine = std::sin(radians);
+        *cosine = std::cos(radians);
+        return;
+    }
+    const int quarter = int(degrees * (1.0 / 90.0) + 0.5);
+    const double x = (degrees - quarter * 90.0) * (3.14159265358979323846 / 180.0);
+    const double z = x * x;
+    const double z2 = z * z;
+
+    const double s01 = -1.66666666666666324348e-01 + z * 8.33333333332248946124e-03;
+    const double s23 = -1.98412698298579493134e-04 + z * 2.75573137070700676789e-06;
+    const double s45 = -2.50507602534068634195e-08 + z * 1.58969099521155010221e-10;
+    const double s = x + x * z * (s01 + z2 * (s23 + z2 * s45));
+
+    const double c01 = 4.16666666666666019037e-02 + z * -1.38888888888741095749e-03;
+    const double c23 = 2.48015872894767294178e-05 + z * -2.75573143513906633035e-07;
+    const double c45 = 2.08757232129817482790e-09 + z * -1.13596475577881948265e-11;
+    const double c = 1.0 - 0.5 * z + z2 * (c01 + z2 * (c23 + z2 * c45));
+
+    switch (quarter & 3) {
+    case 0:
+        *sine = s;
+        *cosine = c;
+        break;
+    case 1:
+        *sine = c;
+        *cosine = -s;
+        break;
+    case 2:
+        *sine = -s;
+        *cosine = -c;
+        break;
+    default:
+        *sine = -c;
+        *cosine = s;
+        break;
+    }
+}
+
 inline double normalizedAngle(double degrees)
 {
+    // One turn either way covers blends of normalised angles and compositions.
+    if (degrees < 0.0)
+        degrees += 360.0;
+    else if (degrees > 360.0)
+        degrees -= 360.0;
     if (degrees >= 0.0 && degrees <= 360.0)
         return degrees;
     return DisplayInfo::normalizedAngle(degrees);
@@ -52,6 +105,7 @@ void PoseEvaluator::rebuild(const Animation *animation)
     mLines.clear();
     mKeyTimes.clear();
     mKeys.clear();
+    mCurves.clear();
     if (!animation)
         return;
     mLength = animation->length();
@@ -77,11 +131,17 @@ void PoseEvaluator::rebuild(const Animation *animation)
             const File *pivotFile = nullptr;
             if (!info.fileLink().isEmpty())
                 pivotFile = info.fileLink().file(false);
-            mKeyTimes.push_back(key->time(true));
-            mKeys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale, info.alpha,
-                                info.width, info.height, info.pivotX(false), info.pivotY(false),
-                                pivotFile, key->fileInfo().file(), key, key->curve(),
-                                info.defaultPivot()});
+            const int time = key->time(true);
+            mKeyTimes.push_back(time);
+            int curve = -1;
+            if (!key->curve().isLinear()) {
+                curve = int(mCurves.size());
+                mCurves.push_back(key->curve());
+            }
+            mKeys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale,
+                                info.alpha, info.width, info.height, time, curve,
+                                info.defaultPivot(), info.pivotX(false), info.pivotY(false),
+                                pivotFile, key->fileInfo().file(), key});
         }
         mLines.push_back(line);
     }
@@ -187,12 +247,13 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
     pose.mainlineKey = nullptr;
     pose.time = std::clamp(time, 0, std::max(mLength, 0));
     pose.sampleTime = pose.time;
-    pose.bones.clear();
-    pose.objects.clear();
 
     const int index = mainlineKeyIndexAt(pose.time);
-    if (index < 0)
+    if (index < 0) {
+        pose.bones.clear();
+        pose.objects.clear();
         return;
+    }
     const MainKey &main = mMainKeys[size_t(index)];
     pose.mainlineKey = main.key;
 
@@ -211,8 +272,12 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
         pose.sampleTime = int(start);
     }
 
-    pose.bones.resize(size_t(main.boneCount));
-    pose.objects.resize(size_t(main.objectCount));
+    // The items are overwritten below: only resize, never clear, so that they
+    // are not constructed afresh each time.
+    if (pose.bones.size() != size_t(main.boneCount))
+        pose.bones.resize(size_t(main.boneCount));
+    if (pose.objects.size() != size_t(main.objectCount))
+        pose.objects.resize(size_t(main.objectCount));
     const Ref *ref = mRefs.data() + main.firstRef;
     for (int i = 0; i < main.boneCount; ++i, ++ref) {
         PoseItem &out = pose.bones[size_t(i)];
@@ -230,9 +295,7 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
             out.yScale *= parent.yScale;
             out.alpha *= parent.alpha;
         }
-        const double radians = out.angle / DisplayInfo::DegreesPerRadian;
-        out.cosAngle = std::cos(radians);
-        out.sinAngle = std::sin(radians);
+        sinCosDegrees(out.angle, &out.sinAngle, &out.cosAngle);
     }
     for (int i = 0; i < main.objectCount; ++i, ++ref) {
         PoseItem &out = pose.objects[size_t(i)];
@@ -258,13 +321,15 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
 void PoseEvaluator::evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) const
 {
     const Line &line = mLines[size_t(ref.line)];
-    const int *times = mKeyTimes.data() + line.firstKey;
+    const Key *keys = mKeys.data() + line.firstKey;
     const int n = line.keyCount;
 
     // The last key at or before the time: usually the referenced one.
     int ia = ref.keyHint;
-    if (ia < 0 || times[ia] > sampleTime || (ia + 1 < n && times[ia + 1] <= sampleTime))
+    if (ia < 0 || keys[ia].time > sampleTime || (ia + 1 < n && keys[ia + 1].time <= sampleTime)) {
+        const int *times = mKeyTimes.data() + line.firstKey;
         ia = int(std::upper_bound(times, times + n, sampleTime) - times) - 1;
+    }
 
     int ib = -1;
     double r = 0.0;
@@ -274,22 +339,26 @@ void PoseEvaluator::evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) c
         double bTime = 0.0;
         if (ia + 1 < n) {
             ib = ia + 1;
-            bTime = times[ib];
+            bTime = keys[ib].time;
         } else if (mLooping) {
             ib = 0;
-            bTime = double(times[0]) + mLength;
+            bTime = double(keys[0].time) + mLength;
         }
-        const double aTime = times[ia];
-        if (ib >= 0 && bTime > aTime)
-            r = mKeys[size_t(line.firstKey + ia)].curve.trueT((sampleTime - aTime) / (bTime - aTime));
-        else
+        const double aTime = keys[ia].time;
+        if (ib >= 0 && bTime > aTime) {
+            r = (sampleTime - aTime) / (bTime - aTime);
+            const int curve = keys[ia].curve;
+            if (curve >= 0)
+                r = mCurves[size_t(curve)].trueT(r);
+        } else {
             ib = -1;
+        }
     }
     if (ib < 0)
         ib = ia;
 
-    const Key &a = mKeys[size_t(line.firstKey + ia)];
-    const Key &b = mKeys[size_t(line.firstKey + ib)];
+    const Key &a = keys[ia];
+    const Key &b = keys[ib];
     out.ref = ref.ref;
     out.timeline = line.timeline;
     out.object = line.object;
@@ -311,8 +380,16 @@ void PoseEvaluator::evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) c
     out.height = a.height + (b.height - a.height) * r;
     double from = a.angle;
     double to = b.angle;
-    if (to - from < -180.0 || to - from > 180.0)
-        DisplayInfo::shortWayAngles(from, to);
+    const double d = to - from;
+    if (d < -180.0) {
+        from -= 360.0;
+        if (to - from < -180.0)
+            DisplayInfo::shortWayAngles(from, to);
+    } else if (d > 180.0) {
+        to -= 360.0;
+        if (to - from > 180.0)
+            DisplayInfo::shortWayAngles(from, to);
+    }
     out.angle = normalizedAngle(from + (to - from) * r);
     if (a.defaultPivot && b.defaultPivot && a.pivotFile) {
         const QPointF pivot = a.pivotFile->pivot();

@@ -50,6 +50,9 @@ public:
     int mainlineKeyIndexAt(int time) const;
 
 private:
+    // About two cache lines per key, the blended values first; a key and the
+    // next one of its timeline are neighbours, so a blend reads one stretch
+    // of memory. Curves other than linear are kept apart in mCurves.
     struct Key
     {
         double x;
@@ -60,13 +63,14 @@ private:
         double alpha;
         double width;
         double height;
+        int time;
+        int curve; // index into mCurves, -1 for linear
+        bool defaultPivot;
         double pivotX;
         double pivotY;
         const File *pivotFile; // the file whose default pivot the key may follow
         const File *file;
         const TimelineKey *key;
-        TweenInfo curve;
-        bool defaultPivot;
     };
     struct Line
     {
@@ -104,6 +108,7 @@ private:
     std::vector<Line> mLines;
     std::vector<int> mKeyTimes;
     std::vector<Key> mKeys;
+    std::vector<TweenInfo> mCurves;
 };
 
 } // namespace Morvane
