@@ -85,7 +85,10 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
     setWindowIcon(QIcon(QStringLiteral(":/icons/morvane.svg")));
     if (windowIcon().isNull())
         setWindowIcon(ActionIcons::applicationIcon());
+    // Never shown by this build; hidden again with the others further down.
+    mUi->actionAlways_Play_Subentities->setVisible(false);
     mPlaceholderScene = new QGraphicsScene(this);
+    mUi->graphicsView->installEventFilter(this);
     mUi->graphicsView->setScene(mPlaceholderScene);
     MorvaneSettings::mainScene = mUi->graphicsView->scene();
 
@@ -341,7 +344,6 @@ void MorvaneWindow::setupShorcuts()
         mUi->actionExport_Baked_Project,
         mUi->actionGenerate_TexturePacker_Spritesheet_tps,
         mUi->actionGenerate_Sprite_Sheet_from_Project_Textures,
-        mUi->actionImport_Another_Project_Into_Current,
         mUi->actionBatch_Convert_Between_rigx_rigj,
         mUi->actionSave_As_Resized_Project_and_images,
         mUi->actionClose_Project,
@@ -401,6 +403,7 @@ void MorvaneWindow::setupCanvasViewport()
 void MorvaneWindow::enableProjectActions(bool enabled)
 {
     mProjectActions = {mUi->actionSave_Project_As,  mUi->actionSave_New_Version,
+                       mUi->actionImport_Another_Project_Into_Current,
                        mUi->actionCenterView,       mUi->actionZoom_In,
                        mUi->actionZoom_Out,         mUi->actionRestore_Zoom,
                        mUi->actionWhite,            mUi->actionBlack,
@@ -505,6 +508,14 @@ void MorvaneWindow::openWindowsAndInit(bool newProject)
     mUndoStack->setClean();
     enableProjectActions(true);
     MorvaneSettings::shownMissingImagesOnceForThisFile = false;
+}
+
+bool MorvaneWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    // Keep the origin, where characters stand, in the middle of the view.
+    if (watched == mUi->graphicsView && event->type() == QEvent::Resize)
+        QTimer::singleShot(0, this, [this] { mUi->graphicsView->centerOn(0, 0); });
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void MorvaneWindow::closeEvent(QCloseEvent *event)
@@ -630,6 +641,38 @@ void MorvaneWindow::on_actionSave_New_Version_triggered()
     addRecentFile(target);
     mUndoStack->setClean();
     setMorvaneWindowTitle();
+}
+
+void MorvaneWindow::on_actionImport_Another_Project_Into_Current_triggered()
+{
+    const QString path = QFileDialog::getOpenFileName(
+        this, tr("Import Another Project Into Current"), projectFolder(),
+        tr("all Morvane files (*.rigx *.rigj);;rigx Files (*.rigx);;rigj files (*.rigj)"));
+    if (!path.isEmpty())
+        importProject(path);
+}
+
+bool MorvaneWindow::importProject(const QString &path)
+{
+    QString error;
+    QStringList warnings;
+    mPreview->setDocument(nullptr);
+    const bool merged = ProjectFile::importInto(mRigx.get(), path, mIoHost.get(), &error, &warnings);
+    mPreview->setDocument(mRigx.get());
+    if (!merged) {
+        if (!error.isEmpty())
+            QMessageBox::warning(this, tr("Import Another Project Into Current"),
+                                 tr("The project could not be merged.\n\n%1").arg(error));
+        return false;
+    }
+    // The merge cleared the undo history, but the project now differs from
+    // its file: it must stay savable.
+    mUndoStack->resetClean();
+    mUi->actionSave_Project->setEnabled(true);
+    if (!warnings.isEmpty())
+        QMessageBox::information(this, tr("Import Another Project Into Current"),
+                                 warnings.join(QLatin1Char('\n')));
+    return true;
 }
 
 void MorvaneWindow::on_actionCustom_Save_Options_triggered()

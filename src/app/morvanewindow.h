@@ -72,6 +72,8 @@ public:
     bool openProject(const QString &path);
     // Starts an empty project whose images live in `folder` (no dialogs).
     void newProject(const QString &folder);
+    // Merges the project at `path` into the open one (asks first).
+    bool importProject(const QString &path);
 
     // Saves a copy into the project folder without touching path, title,
     // recent files or the clean state. Returns false when nothing was started.
@@ -101,6 +103,7 @@ public slots:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private slots:
     void on_actionNew_Project_triggered();
@@ -108,6 +111,7 @@ private slots:
     void on_actionSave_Project_triggered();
     void on_actionSave_Project_As_triggered();
     void on_actionSave_New_Version_triggered();
+    void on_actionImport_Another_Project_Into_Current_triggered();
     void on_actionCustom_Save_Options_triggered();
     void on_actionExit_triggered();
     void on_actionSettings_triggered();

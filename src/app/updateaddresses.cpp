@@ -12,7 +12,7 @@ QUrl UpdateAddresses::base()
     if (text.isEmpty())
         text = QSettings().value("updateBaseUrl").toString();
     if (text.isEmpty())
-        text = QStringLiteral("https://tallowcraft.org/morvane/");
+        text = QStringLiteral("https://updates.tallowcraft.example/morvane/");
     if (!text.endsWith(QLatin1Char('/')))
         text.append(QLatin1Char('/'));
     return QUrl(text);

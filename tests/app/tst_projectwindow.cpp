@@ -11,6 +11,8 @@
 #include "posepreview.h"
 #include "ui_morvanewindow.h"
 
+#include <QAbstractButton>
+#include <QDir>
 #include <QFile>
 #include <QMessageBox>
 #include <QSettings>
@@ -73,6 +75,8 @@ private slots:
     void autoSaveRestartsAfterChange();
     void autoSaveWaitsWhileSuppressed();
     void autoSaveNeedsProjectFolder();
+    void mergeAsksAndKeepsSavable_data();
+    void mergeAsksAndKeepsSavable();
     void exampleOpens_data();
     void exampleOpens();
     void previewPlaysEveryAnimation();
@@ -318,6 +322,43 @@ void TestProjectWindow::autoSaveNeedsProjectFolder()
     MorvaneWindow window(QStringLiteral("r4.1"), {});
     QVERIFY(!window.startAutoSave());
     QVERIFY(!window.autoSaveRunning());
+}
+
+void TestProjectWindow::mergeAsksAndKeepsSavable_data()
+{
+    QTest::addColumn<bool>("accept");
+    QTest::newRow("yes") << true;
+    QTest::newRow("no") << false;
+}
+
+void TestProjectWindow::mergeAsksAndKeepsSavable()
+{
+    QFETCH(bool, accept);
+    const QString path = mDir->filePath("hero.rigx");
+    QVERIFY(writeProject(path));
+    QVERIFY(QDir(mDir->path()).mkdir("other"));
+    const QString other = mDir->filePath("other/guest.rigx");
+    QVERIFY(writeProject(other));
+
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QString question;
+    Test::ModalAnswerer answerer([&](QWidget *modal) {
+        auto *box = qobject_cast<QMessageBox *>(modal);
+        if (!box)
+            return;
+        question = box->windowTitle() + QLatin1Char('|') + box->text();
+        box->button(accept ? QMessageBox::Yes : QMessageBox::No)->click();
+    });
+    QCOMPARE(window.importProject(other), accept);
+    QCOMPARE(question, QString("Merge Projects?|Are you sure you want to merge guest.rigx and all "
+                               "of it's images into this project?\n"
+                               "                     This action cannot be undone."));
+    QCOMPARE(MorvaneWindow::rigx->entityCount(), accept ? 2 : 1);
+    QCOMPARE(bool(MorvaneWindow::rigx->entity(QStringLiteral("hero_000"))), accept);
+    // A merged project differs from its file and can be saved.
+    QCOMPARE(window.ui()->actionSave_Project->isEnabled(), accept);
+    QCOMPARE(window.projectFilePath(), path);
+    window.undoStack()->setClean();
 }
 
 void TestProjectWindow::exampleOpens_data()
