@@ -20,7 +20,6 @@
 #include <QRandomGenerator>
 
 #include <benchmark/benchmark.h>
-
 #include <memory>
 #include <vector>
 
@@ -71,8 +70,8 @@ struct BenchRig
         std::vector<Timeline *> lines;
         for (int i = 0; i < BoneCount + SpriteCount; ++i) {
             const bool bone = i < BoneCount;
-            auto *object = new Object(QStringLiteral("o%1").arg(i), bone ? Object::Bone
-                                                                         : Object::Sprite);
+            auto *object =
+                new Object(QStringLiteral("o%1").arg(i), bone ? Object::Bone : Object::Sprite);
             entity->appendObject(object);
             lines.push_back(animation->appendObjectAsTimeline(object));
             if (bone)
@@ -196,7 +195,9 @@ void rebuild(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK_CAPTURE(poseEvaluator, linear, Curves::Linear)->Repetitions(9)->ReportAggregatesOnly(true);
+BENCHMARK_CAPTURE(poseEvaluator, linear, Curves::Linear)
+    ->Repetitions(9)
+    ->ReportAggregatesOnly(true);
 BENCHMARK_CAPTURE(poseEvaluator, mixed_curves, Curves::Mixed)
     ->Repetitions(9)
     ->ReportAggregatesOnly(true);

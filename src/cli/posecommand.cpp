@@ -29,8 +29,7 @@ int usageError(const QString &message = QString())
 }
 
 // A name first, then a decimal index; -1 when neither names anything.
-template <typename Lookup>
-int pickIndex(const QString &text, int count, Lookup indexOfName)
+template <typename Lookup> int pickIndex(const QString &text, int count, Lookup indexOfName)
 {
     if (text.isNull())
         return count > 0 ? 0 : -1;
@@ -260,8 +259,8 @@ int PoseCommand::run(const QStringList &arguments)
             continue;
         }
         if (argument.startsWith(QLatin1String("--")) || !path.isEmpty())
-            return usageError(QLatin1String("unexpected argument \"") + argument
-                              + QLatin1Char('"'));
+            return usageError(QLatin1String("unexpected argument \"") + argument +
+                              QLatin1Char('"'));
         path = argument;
     }
     if (path.isEmpty() || timeText.isNull())
@@ -269,8 +268,8 @@ int PoseCommand::run(const QStringList &arguments)
     bool timeOk = false;
     const int time = timeText.toInt(&timeOk);
     if (!timeOk)
-        return usageError(QLatin1String("--time takes whole milliseconds, not \"") + timeText
-                          + QLatin1Char('"'));
+        return usageError(QLatin1String("--time takes whole milliseconds, not \"") + timeText +
+                          QLatin1Char('"'));
 
     RigxData document;
     if (!ProjectFile::open(&document, path))
@@ -281,8 +280,8 @@ int PoseCommand::run(const QStringList &arguments)
         return e ? document.indexOfEntity(e) : -1;
     });
     if (entityIndex < 0)
-        return usageError(QLatin1String("no entity \"") + entityText + QLatin1String("\" in ")
-                          + path);
+        return usageError(QLatin1String("no entity \"") + entityText + QLatin1String("\" in ") +
+                          path);
     Entity *entity = document.entity(entityIndex);
     const int animationIndex =
         pickIndex(animationText, entity->animationCount(), [&](const QString &name) {
@@ -290,12 +289,12 @@ int PoseCommand::run(const QStringList &arguments)
             return a ? entity->indexOfAnimation(a) : -1;
         });
     if (animationIndex < 0)
-        return usageError(QLatin1String("no animation \"") + animationText
-                          + QLatin1String("\" in entity ") + entity->name());
+        return usageError(QLatin1String("no animation \"") + animationText +
+                          QLatin1String("\" in entity ") + entity->name());
     for (const QString &name : std::as_const(charMaps)) {
         if (!entity->charMapFromName(name))
-            return usageError(QLatin1String("no character map \"") + name
-                              + QLatin1String("\" in entity ") + entity->name());
+            return usageError(QLatin1String("no character map \"") + name +
+                              QLatin1String("\" in entity ") + entity->name());
         entity->makeCharMapActive(name, true);
     }
 

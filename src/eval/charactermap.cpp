@@ -15,7 +15,8 @@ int CharacterMap::nextUniqueId = 0;
 CharacterMap::CharacterMap(const QString &name)
     : mId(nextUniqueId++)
     , mName(name)
-{}
+{
+}
 
 const MapInstruction *CharacterMap::instruction(int index) const
 {

@@ -30,8 +30,8 @@ DisplayInfo::DisplayInfo(const DisplayInfo &a, const DisplayInfo &b, double r)
 
 bool DisplayInfo::isIdentityInfo() const
 {
-    return x == 0.0 && y == 0.0 && mPivotX == 0.0 && mPivotY == 0.0 && angle == 0.0
-           && xScale == 1.0 && yScale == 1.0 && alpha == 1.0 && color == QColor(Qt::white);
+    return x == 0.0 && y == 0.0 && mPivotX == 0.0 && mPivotY == 0.0 && angle == 0.0 &&
+           xScale == 1.0 && yScale == 1.0 && alpha == 1.0 && color == QColor(Qt::white);
 }
 
 DisplayInfo DisplayInfo::unmapFromParentInfo(const DisplayInfo &parent) const

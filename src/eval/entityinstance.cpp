@@ -54,7 +54,8 @@ EntityInstance::EntityInstance(Entity *entity, Animation *animation)
 EntityInstance::EntityInstance(EntityInstance *parent, int depth)
     : mParent(parent)
     , mDepth(depth)
-{}
+{
+}
 
 EntityInstance::~EntityInstance() = default;
 
@@ -206,7 +207,8 @@ void EntityInstance::reportNestingLimit()
 SubEntityInstance::SubEntityInstance(EntityInstance *parent, int timelineIndex)
     : EntityInstance(parent, parent ? parent->depth() + 1 : 1)
     , mTimelineIndex(timelineIndex)
-{}
+{
+}
 
 void SubEntityInstance::advanceTime(double ms)
 {
@@ -231,8 +233,8 @@ void SubEntityInstance::refreshSubEntity(const EntityInfo &info)
     Animation *animation = nullptr;
     if (info.animation.document()) {
         animation = info.animation.animation();
-    } else if (const Entity *parentEntity = parentInstance() ? parentInstance()->entity()
-                                                             : nullptr) {
+    } else if (const Entity *parentEntity =
+                   parentInstance() ? parentInstance()->entity() : nullptr) {
         if (const RigxData *document = parentEntity->parentRigx())
             animation = document->animationFromNumericIndexes(info.animation.entityIndex(),
                                                               info.animation.animationIndex());

@@ -160,8 +160,8 @@ DisplayInfo ObjectRef::unmappedInfo(int sampleTime) const
     if (depth == 0)
         return info;
     const Timeline *rootTimeline = chain[depth - 1]->timeline();
-    DisplayInfo parent = rootTimeline ? rootTimeline->displayInfoFromTime(sampleTime)
-                                      : DisplayInfo();
+    DisplayInfo parent =
+        rootTimeline ? rootTimeline->displayInfoFromTime(sampleTime) : DisplayInfo();
     for (int i = depth - 2; i >= 0; --i) {
         const Timeline *ptl = chain[i]->timeline();
         const DisplayInfo local = ptl ? ptl->displayInfoFromTime(sampleTime) : DisplayInfo();

@@ -138,10 +138,10 @@ void PoseEvaluator::rebuild(const Animation *animation)
                 curve = int(mCurves.size());
                 mCurves.push_back(key->curve());
             }
-            mKeys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale,
-                                info.alpha, info.width, info.height, time, curve,
-                                info.defaultPivot(), info.pivotX(false), info.pivotY(false),
-                                pivotFile, key->fileInfo().file(), key});
+            mKeys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale, info.alpha,
+                                info.width, info.height, time, curve, info.defaultPivot(),
+                                info.pivotX(false), info.pivotY(false), pivotFile,
+                                key->fileInfo().file(), key});
         }
         mLines.push_back(line);
     }
@@ -288,8 +288,8 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
             const double sy = out.y * parent.yScale;
             out.x = sx * parent.cosAngle - sy * parent.sinAngle + parent.x;
             out.y = sx * parent.sinAngle + sy * parent.cosAngle + parent.y;
-            const double local = parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle
-                                                                    : out.angle;
+            const double local =
+                parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle : out.angle;
             out.angle = normalizedAngle(local + parent.angle);
             out.xScale *= parent.xScale;
             out.yScale *= parent.yScale;
@@ -307,8 +307,8 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
             const double sy = out.y * parent.yScale;
             out.x = sx * parent.cosAngle - sy * parent.sinAngle + parent.x;
             out.y = sx * parent.sinAngle + sy * parent.cosAngle + parent.y;
-            const double local = parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle
-                                                                    : out.angle;
+            const double local =
+                parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle : out.angle;
             out.angle = normalizedAngle(local + parent.angle);
             out.xScale *= parent.xScale;
             out.yScale *= parent.yScale;

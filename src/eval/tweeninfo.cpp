@@ -261,8 +261,8 @@ double TweenInfo::trueT(double t) const
         const double s = 1.0 - t;
         const double t2 = t * t;
         const double s2 = s * s;
-        return cAt(0) * 5.0 * t * s2 * s2 + cAt(1) * 10.0 * t2 * s2 * s
-               + cAt(2) * 10.0 * t2 * t * s2 + cAt(3) * 5.0 * t2 * t2 * s + t2 * t2 * t;
+        return cAt(0) * 5.0 * t * s2 * s2 + cAt(1) * 10.0 * t2 * s2 * s +
+               cAt(2) * 10.0 * t2 * t * s2 + cAt(3) * 5.0 * t2 * t2 * s + t2 * t2 * t;
     }
     case int(CurveType::Bezier):
         return bezierT(t);

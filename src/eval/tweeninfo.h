@@ -57,7 +57,10 @@ public:
     bool isQuartic() const { return mType == int(CurveType::Quartic); }
     bool isQuintic() const { return mType == int(CurveType::Quintic); }
     /// The polynomial family (quadratic to quintic).
-    bool is1D() const { return mType >= int(CurveType::Quadratic) && mType <= int(CurveType::Quintic); }
+    bool is1D() const
+    {
+        return mType >= int(CurveType::Quadratic) && mType <= int(CurveType::Quintic);
+    }
     /// The polynomial family and bezier: everything but linear and instant.
     bool isEased() const { return is1D() || isBezier(); }
 

@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/charactermap.h"
 #include "eval/poseevaluator.h"
-
 #include "evaltesthelpers.h"
 
 #include <QSignalSpy>
@@ -316,7 +315,8 @@ void TstCharacterMap::unknownNamesChangeNothing()
     QCOMPARE(m.rig.entity->charMap(4), nullptr);
 
     // Ids that name no map are dropped from the active list.
-    m.rig.entity->setActiveCharMaps({-5, m.rig.entity->charMapFromName(QStringLiteral("red"))->id()});
+    m.rig.entity->setActiveCharMaps(
+        {-5, m.rig.entity->charMapFromName(QStringLiteral("red"))->id()});
     QCOMPARE(m.activeNames(), QStringList{"red"});
     QCOMPARE(m.shown().first(), QStringLiteral("b"));
 }

@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/displayinfo.h"
 #include "eval/entityinfo.h"
-
 #include "evaltesthelpers.h"
 
 #include <QRandomGenerator>
@@ -170,8 +169,7 @@ void TstDisplayInfo::compose_data()
         << info(0, 0, 0, -1, -1) << info(10, 0, 30) << info(-10, 0, 30, -1, -1);
     QTest::newRow("alpha multiplies")
         << info(0, 0, 0, 1, 1, 0.5) << info(1, 1, 0, 1, 1, 0.4) << info(1, 1, 0, 1, 1, 0.2);
-    QTest::newRow("angles wrap")
-        << info(5, 5, 300) << info(0, 0, 90) << info(5, 5, 30);
+    QTest::newRow("angles wrap") << info(5, 5, 300) << info(0, 0, 90) << info(5, 5, 30);
 }
 
 void TstDisplayInfo::compose()
@@ -210,7 +208,9 @@ void TstDisplayInfo::identityParentLeavesChild()
 void TstDisplayInfo::mapToParentInvertsCompose()
 {
     QRandomGenerator random(424242);
-    auto value = [&random](double lo, double hi) { return lo + (hi - lo) * random.generateDouble(); };
+    auto value = [&random](double lo, double hi) {
+        return lo + (hi - lo) * random.generateDouble();
+    };
     auto scale = [&](void) {
         const double s = value(0.1, 3.0);
         return random.bounded(2) ? s : -s;
@@ -218,11 +218,11 @@ void TstDisplayInfo::mapToParentInvertsCompose()
     for (int i = 0; i < 2000; ++i) {
         const DisplayInfo parent = info(value(-500, 500), value(-500, 500), value(0, 360), scale(),
                                         scale(), value(0.05, 1));
-        const DisplayInfo local = info(value(-500, 500), value(-500, 500), value(0, 360), scale(),
-                                       scale(), value(0, 1));
+        const DisplayInfo local =
+            info(value(-500, 500), value(-500, 500), value(0, 360), scale(), scale(), value(0, 1));
         const DisplayInfo back = local.unmapFromParentInfo(parent).mapToParentInfo(parent);
-        const QString text = describe(parent) + QStringLiteral(" ") + describe(local)
-                             + QStringLiteral(" -> ") + describe(back);
+        const QString text = describe(parent) + QStringLiteral(" ") + describe(local) +
+                             QStringLiteral(" -> ") + describe(back);
         QVERIFY2(near(back.x, local.x, 1e-7), qPrintable(text));
         QVERIFY2(near(back.y, local.y, 1e-7), qPrintable(text));
         QVERIFY2(sameAngle(back.angle, local.angle, 1e-7), qPrintable(text));

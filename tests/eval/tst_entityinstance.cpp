@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/entityinstance.h"
-
 #include "evaltesthelpers.h"
 
 #include <QTest>

@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/entityinstance.h"
 #include "eval/poseevaluator.h"
-
 #include "evaltesthelpers.h"
 
 #include <QRandomGenerator>
@@ -81,10 +80,10 @@ Pose poseAt(const Animation *animation, int time)
     for (const auto *list : {&pose.bones, &pose.objects}) {
         for (const PoseItem &item : *list) {
             const DisplayInfo world = item.ref->unmappedInfo(sampleTime);
-            if (!near(world.x, item.x, 1e-7) || !near(world.y, item.y, 1e-7)
-                || !sameAngle(world.angle, item.angle, 1e-7) || !near(world.xScale, item.xScale)
-                || !near(world.yScale, item.yScale) || !near(world.alpha, item.alpha)
-                || world.pivotX(true) != item.pivotX || world.pivotY(true) != item.pivotY) {
+            if (!near(world.x, item.x, 1e-7) || !near(world.y, item.y, 1e-7) ||
+                !sameAngle(world.angle, item.angle, 1e-7) || !near(world.xScale, item.xScale) ||
+                !near(world.yScale, item.yScale) || !near(world.alpha, item.alpha) ||
+                world.pivotX(true) != item.pivotX || world.pivotY(true) != item.pivotY) {
                 qFatal("evaluator and model disagree at %d: (%g, %g, %g) vs (%g, %g, %g)", time,
                        item.x, item.y, item.angle, world.x, world.y, world.angle);
             }
@@ -115,6 +114,7 @@ private slots:
     void loopingWrapsAndNonLoopingHolds_data();
     void loopingWrapsAndNonLoopingHolds();
     void bonesParentsFirstAndObjectsInZOrder();
+    void childrenFollowEveryTurnOfTheBone();
     void parentCycleTerminates();
     void defaultPivotFollowsFile();
     void evaluatorMatchesModel();
@@ -132,18 +132,18 @@ void TstPose::curvedTime_data()
     QTest::addColumn<double>("expected");
 
     QTest::newRow("single key") << QList<int>{0} << 0 << TweenInfo() << true << 600.0 << 0.0;
-    QTest::newRow("single later key") << QList<int>{200} << 200 << TweenInfo(0.0) << true << 700.0
-                                      << 200.0;
+    QTest::newRow("single later key")
+        << QList<int>{200} << 200 << TweenInfo(0.0) << true << 700.0 << 200.0;
     QTest::newRow("linear") << QList<int>{0, 100} << 0 << TweenInfo() << true << 30.0 << 30.0;
     QTest::newRow("eased") << QList<int>{0, 100} << 0 << TweenInfo(0.0) << true << 50.0 << 25.0;
     QTest::newRow("instant") << QList<int>{0, 100} << 0 << TweenInfo::instantInfo() << true << 99.0
                              << 0.0;
-    QTest::newRow("last key wraps") << QList<int>{0, 600} << 600 << TweenInfo(0.0) << true << 800.0
-                                    << 700.0;
-    QTest::newRow("wraps without looping too") << QList<int>{0, 600} << 600 << TweenInfo(0.0)
-                                               << false << 800.0 << 700.0;
-    QTest::newRow("wrap from a later first key") << QList<int>{100, 600} << 600 << TweenInfo()
-                                                 << true << 850.0 << 850.0;
+    QTest::newRow("last key wraps")
+        << QList<int>{0, 600} << 600 << TweenInfo(0.0) << true << 800.0 << 700.0;
+    QTest::newRow("wraps without looping too")
+        << QList<int>{0, 600} << 600 << TweenInfo(0.0) << false << 800.0 << 700.0;
+    QTest::newRow("wrap from a later first key")
+        << QList<int>{100, 600} << 600 << TweenInfo() << true << 850.0 << 850.0;
 }
 
 void TstPose::curvedTime()
@@ -184,17 +184,17 @@ void TstPose::keyPair_data()
     QTest::newRow("linear quarter") << two << TweenInfo() << true << 25 << 2.5;
     QTest::newRow("at a key") << QList<int>{0, 100, 200} << TweenInfo() << false << 100 << 10.0;
     QTest::newRow("instant holds") << two << TweenInfo::instantInfo() << false << 99 << 0.0;
-    QTest::newRow("instant jumps at the next key") << two << TweenInfo::instantInfo() << false
-                                                   << 100 << 10.0;
+    QTest::newRow("instant jumps at the next key")
+        << two << TweenInfo::instantInfo() << false << 100 << 10.0;
     QTest::newRow("eased key") << two << TweenInfo(0.0) << false << 50 << 2.5;
-    QTest::newRow("before the first key holds it") << QList<int>{100, 200} << TweenInfo() << true
-                                                   << 50 << 0.0;
-    QTest::newRow("after the last key holds") << QList<int>{0, 500} << TweenInfo() << false << 750
-                                              << 10.0;
-    QTest::newRow("after the last key wraps when looping") << QList<int>{0, 500} << TweenInfo()
-                                                           << true << 750 << 5.0;
-    QTest::newRow("wrap to a later first key") << QList<int>{200, 600} << TweenInfo() << true
-                                               << 900 << 5.0;
+    QTest::newRow("before the first key holds it")
+        << QList<int>{100, 200} << TweenInfo() << true << 50 << 0.0;
+    QTest::newRow("after the last key holds")
+        << QList<int>{0, 500} << TweenInfo() << false << 750 << 10.0;
+    QTest::newRow("after the last key wraps when looping")
+        << QList<int>{0, 500} << TweenInfo() << true << 750 << 5.0;
+    QTest::newRow("wrap to a later first key")
+        << QList<int>{200, 600} << TweenInfo() << true << 900 << 5.0;
     QTest::newRow("single key") << QList<int>{300} << TweenInfo() << true << 800 << 0.0;
 }
 
@@ -412,6 +412,36 @@ void TstPose::bonesParentsFirstAndObjectsInZOrder()
     QVERIFY(near(pose.objects[1].angle, 270.0));
 }
 
+void TstPose::childrenFollowEveryTurnOfTheBone()
+{
+    // A long arm makes small errors of the turn visible in the position.
+    Rig rig(36000, false);
+    Timeline *bone = rig.timeline(QStringLiteral("bone"), Object::Bone);
+    Timeline *sprite = rig.timeline(QStringLiteral("tip"), Object::Sprite, bone);
+    rig.key(bone, 0, info(0, 0, 0));
+    rig.key(bone, 36000, info(0, 0, 359.99));
+    rig.key(sprite, 0, info(1000, 0));
+    rig.link();
+    PoseEvaluator evaluator(rig.animation);
+    Pose pose;
+    for (int t = 0; t <= 36000; t += 37) {
+        evaluator.evaluate(t, pose);
+        const double radians = pose.bones.front().angle / DisplayInfo::DegreesPerRadian;
+        const PoseItem &tip = pose.objects.front();
+        QVERIFY2(near(tip.x, 1000.0 * std::cos(radians), 1e-10), qPrintable(QString::number(t)));
+        QVERIFY2(near(tip.y, 1000.0 * std::sin(radians), 1e-10), qPrintable(QString::number(t)));
+    }
+    // Right angles are exact.
+    for (double angle : {0.0, 90.0, 180.0, 270.0, 360.0}) {
+        rig.animation->timeline(0)->key(0)->info().angle = angle;
+        evaluator.rebuild(rig.animation);
+        evaluator.evaluate(0, pose);
+        const double radians = angle / DisplayInfo::DegreesPerRadian;
+        QCOMPARE(pose.objects.front().x, std::round(1000.0 * std::cos(radians)));
+        QCOMPARE(pose.objects.front().y, std::round(1000.0 * std::sin(radians)));
+    }
+}
+
 void TstPose::parentCycleTerminates()
 {
     Rig rig;
@@ -459,7 +489,9 @@ void TstPose::defaultPivotFollowsFile()
 void TstPose::evaluatorMatchesModel()
 {
     QRandomGenerator random(777);
-    auto value = [&random](double lo, double hi) { return lo + (hi - lo) * random.generateDouble(); };
+    auto value = [&random](double lo, double hi) {
+        return lo + (hi - lo) * random.generateDouble();
+    };
     auto curve = [&]() {
         switch (random.bounded(6)) {
         case 0:
@@ -492,8 +524,8 @@ void TstPose::evaluatorMatchesModel()
         }
         QList<Timeline *> sprites;
         for (int i = 0; i < 12; ++i) {
-            Timeline *parent = random.bounded(4) ? bones[int(random.bounded(bones.size()))]
-                                                 : nullptr;
+            Timeline *parent =
+                random.bounded(4) ? bones[int(random.bounded(bones.size()))] : nullptr;
             sprites.append(rig.timeline(QStringLiteral("s%1").arg(i), Object::Sprite, parent));
         }
         for (Timeline *tl : bones + sprites) {
@@ -504,8 +536,9 @@ void TstPose::evaluatorMatchesModel()
                 if (tl->actualKeyFromTime(t))
                     continue;
                 auto scale = [&]() { return random.bounded(5) ? value(0.2, 2) : -value(0.2, 2); };
-                rig.key(tl, t, info(value(-100, 100), value(-100, 100), value(0, 360), scale(),
-                                    scale(), value(0, 1)),
+                rig.key(tl, t,
+                        info(value(-100, 100), value(-100, 100), value(0, 360), scale(), scale(),
+                             value(0, 1)),
                         curve());
             }
         }

@@ -158,16 +158,16 @@ void TstTweenInfo::trueT_data()
     QTest::newRow("quartic 0,0,0 at 0.5") << TweenInfo(0.0, 0.0, 0.0) << 0.5 << 0.0625;
     QTest::newRow("quartic 1,1,1 at 0.5") << TweenInfo(1.0, 1.0, 1.0) << 0.5 << 0.9375;
     QTest::newRow("quartic 1,0,0 at 0.5") << TweenInfo(1.0, 0.0, 0.0) << 0.5 << 0.3125;
-    QTest::newRow("quartic 0,0,1 at 0.25") << TweenInfo(0.0, 0.0, 1.0) << 0.25
-                                           << 4 * 0.015625 * 0.75 + 0.00390625;
+    QTest::newRow("quartic 0,0,1 at 0.25")
+        << TweenInfo(0.0, 0.0, 1.0) << 0.25 << 4 * 0.015625 * 0.75 + 0.00390625;
 
     // 5ts^4 c1 + 10t^2s^3 c2 + 10t^3s^2 c3 + 5t^4s c4 + t^5
     QTest::newRow("quintic zeros at 0.5") << TweenInfo(0.0, 0.0, 0.0, 0.0) << 0.5 << 0.03125;
     QTest::newRow("quintic threes at 0.5") << TweenInfo(3.0, 3.0, 3.0, 3.0) << 0.5 << 2.84375;
-    QTest::newRow("quintic 1,0,0,0 at 0.5") << TweenInfo(1.0, 0.0, 0.0, 0.0) << 0.5
-                                            << 0.15625 + 0.03125;
-    QTest::newRow("quintic 0,0,0,1 at 0.2") << TweenInfo(0.0, 0.0, 0.0, 1.0) << 0.2
-                                            << 5 * 0.0016 * 0.8 + 0.00032;
+    QTest::newRow("quintic 1,0,0,0 at 0.5")
+        << TweenInfo(1.0, 0.0, 0.0, 0.0) << 0.5 << 0.15625 + 0.03125;
+    QTest::newRow("quintic 0,0,0,1 at 0.2")
+        << TweenInfo(0.0, 0.0, 0.0, 1.0) << 0.2 << 5 * 0.0016 * 0.8 + 0.00032;
     QTest::newRow("quintic at 1") << TweenInfo(3.0, -2.0, 3.0, -2.0) << 1.0 << 1.0;
 
     // The symmetric ease-in-out is exact at its centre; the linear one is the identity.
@@ -303,15 +303,15 @@ void TstTweenInfo::setC_data()
     QTest::newRow("clamped high") << quintic << 0 << 5.0 << QVector<double>{3.0, 0.4, 0.6, 0.8};
     QTest::newRow("clamped low") << quintic << 0 << -7.0 << QVector<double>{-2.0, 0.4, 0.6, 0.8};
     QTest::newRow("upper bound kept") << quintic << 3 << 3.0 << QVector<double>{0.2, 0.4, 0.6, 3.0};
-    QTest::newRow("nan becomes 0") << quintic << 2 << std::nan("")
-                                   << QVector<double>{0.2, 0.4, 0.0, 0.8};
+    QTest::newRow("nan becomes 0")
+        << quintic << 2 << std::nan("") << QVector<double>{0.2, 0.4, 0.0, 0.8};
     QTest::newRow("index 4 ignored") << quintic << 4 << 1.0 << QVector<double>{0.2, 0.4, 0.6, 0.8};
-    QTest::newRow("negative index ignored") << quintic << -1 << 1.0
-                                            << QVector<double>{0.2, 0.4, 0.6, 0.8};
+    QTest::newRow("negative index ignored")
+        << quintic << -1 << 1.0 << QVector<double>{0.2, 0.4, 0.6, 0.8};
     QTest::newRow("beyond a quadratic") << TweenInfo(0.5) << 1 << 1.0 << QVector<double>{0.5};
     QTest::newRow("linear has none") << TweenInfo() << 0 << 1.0 << QVector<double>{};
-    QTest::newRow("bezier x not limited") << TweenInfo::createBezier(0.1, 0.2, 0.3, 0.4) << 0
-                                          << 2.5 << QVector<double>{2.5, 0.2, 0.3, 0.4};
+    QTest::newRow("bezier x not limited") << TweenInfo::createBezier(0.1, 0.2, 0.3, 0.4) << 0 << 2.5
+                                          << QVector<double>{2.5, 0.2, 0.3, 0.4};
 }
 
 void TstTweenInfo::setC()
@@ -359,8 +359,8 @@ void TstTweenInfo::setCurveTypeInt_data()
     const QVector<double> quarticDefaults{0.25, 0.5, 0.75};
     const QVector<double> quinticDefaults{0.2, 0.4, 0.6, 0.8};
 
-    QTest::newRow("linear to bezier") << TweenInfo() << -3 << -3
-                                      << QVector<double>{Third, Third, TwoThirds, TwoThirds};
+    QTest::newRow("linear to bezier")
+        << TweenInfo() << -3 << -3 << QVector<double>{Third, Third, TwoThirds, TwoThirds};
     QTest::newRow("linear to quadratic") << TweenInfo() << 0 << 0 << QVector<double>{0.5};
     QTest::newRow("linear to cubic") << TweenInfo() << 1 << 1 << QVector<double>{Third, TwoThirds};
     QTest::newRow("linear to quartic") << TweenInfo() << 2 << 2 << quarticDefaults;
@@ -467,12 +467,12 @@ void TstTweenInfo::setCurveTypeParams_data()
     QTest::newRow("one") << TweenInfo() << QVector<double>{0.1} << 0 << QVector<double>{0.1};
     QTest::newRow("two") << TweenInfo() << QVector<double>{0.1, 0.2} << 1
                          << QVector<double>{0.1, 0.2};
-    QTest::newRow("three clamped") << TweenInfo() << QVector<double>{9.0, 0.2, -9.0} << 2
-                                   << QVector<double>{3.0, 0.2, -2.0};
+    QTest::newRow("three clamped")
+        << TweenInfo() << QVector<double>{9.0, 0.2, -9.0} << 2 << QVector<double>{3.0, 0.2, -2.0};
     QTest::newRow("four is quintic") << bezier << QVector<double>{0.5, 0.6, 0.7, 0.8} << 3
                                      << QVector<double>{0.5, 0.6, 0.7, 0.8};
-    QTest::newRow("five unchanged") << bezier << QVector<double>{1, 1, 1, 1, 1} << -3
-                                    << QVector<double>{0.1, 0.2, 0.3, 0.4};
+    QTest::newRow("five unchanged")
+        << bezier << QVector<double>{1, 1, 1, 1, 1} << -3 << QVector<double>{0.1, 0.2, 0.3, 0.4};
 }
 
 void TstTweenInfo::setCurveTypeParams()
@@ -494,20 +494,18 @@ void TstTweenInfo::readingKeepsDefaults_data()
     QTest::addColumn<QVector<double>>("expected");
 
     const double absent = std::nan("");
-    QTest::newRow("quartic c1 only") << QStringLiteral("quartic") << QVector<double>{0.9}
-                                     << QVector<double>{0.9, 0.5, 0.75};
-    QTest::newRow("quintic c3 only") << QStringLiteral("quintic")
-                                     << QVector<double>{absent, absent, 0.1}
-                                     << QVector<double>{0.2, 0.4, 0.1, 0.8};
-    QTest::newRow("cubic with extra c3") << QStringLiteral("cubic")
-                                         << QVector<double>{0.0, 1.0, 0.5}
-                                         << QVector<double>{0.0, 1.0};
-    QTest::newRow("bezier clamped") << QStringLiteral("bezier")
-                                    << QVector<double>{0.5, 7.0, 0.5, -7.0}
-                                    << QVector<double>{0.5, 3.0, 0.5, -2.0};
-    QTest::newRow("unknown type stays linear") << QStringLiteral("Quartic")
-                                               << QVector<double>{0.9}
-                                               << QVector<double>{};
+    QTest::newRow("quartic c1 only")
+        << QStringLiteral("quartic") << QVector<double>{0.9} << QVector<double>{0.9, 0.5, 0.75};
+    QTest::newRow("quintic c3 only")
+        << QStringLiteral("quintic") << QVector<double>{absent, absent, 0.1}
+        << QVector<double>{0.2, 0.4, 0.1, 0.8};
+    QTest::newRow("cubic with extra c3")
+        << QStringLiteral("cubic") << QVector<double>{0.0, 1.0, 0.5} << QVector<double>{0.0, 1.0};
+    QTest::newRow("bezier clamped")
+        << QStringLiteral("bezier") << QVector<double>{0.5, 7.0, 0.5, -7.0}
+        << QVector<double>{0.5, 3.0, 0.5, -2.0};
+    QTest::newRow("unknown type stays linear")
+        << QStringLiteral("Quartic") << QVector<double>{0.9} << QVector<double>{};
 }
 
 void TstTweenInfo::readingKeepsDefaults()
@@ -541,8 +539,8 @@ void TstTweenInfo::equality_data()
     QTest::newRow("linear and instant") << TweenInfo() << instant << false;
     QTest::newRow("equal cubics") << TweenInfo(0.1, 0.9) << TweenInfo(0.1, 0.9) << false;
     QTest::newRow("equal quadratics") << TweenInfo(0.5) << TweenInfo(0.5) << false;
-    QTest::newRow("equal beziers") << TweenInfo::createBezier(0, 0, 1, 1)
-                                   << TweenInfo::createBezier(0, 0, 1, 1) << false;
+    QTest::newRow("equal beziers")
+        << TweenInfo::createBezier(0, 0, 1, 1) << TweenInfo::createBezier(0, 0, 1, 1) << false;
     QTest::newRow("linear-equivalent quadratic") << TweenInfo(0.5) << TweenInfo() << false;
     QTest::newRow("linear made from cubic") << fromType(-1) << TweenInfo() << true;
 }
