@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "morvanesettings.h"
 
+#include "model/rigxdata.h"
 #include "morvanewindow.h"
 
 #include <QSettings>
@@ -125,6 +126,29 @@ void MorvaneSettings::resetToDefaults()
     refreshSuppressionQueue.clear();
 }
 
+RigxData *MorvaneSettings::mainRigx()
+{
+    return mainWindow ? MorvaneWindow::rigx : nullptr;
+}
+
+TagManager *MorvaneSettings::tagManager()
+{
+    RigxData *document = mainRigx();
+    return document ? &document->tagManager() : nullptr;
+}
+
+void MorvaneSettings::emitRefreshVariables()
+{
+    if (RigxData *document = mainRigx())
+        document->emitRefreshVariables();
+}
+
+void MorvaneSettings::emitObjectNamesChanged()
+{
+    if (RigxData *document = mainRigx())
+        document->emitObjectNamesChanged();
+}
+
 QString MorvaneSettings::filePath()
 {
     return mainWindow ? mainWindow->projectFilePath() : QString();
@@ -132,7 +156,7 @@ QString MorvaneSettings::filePath()
 
 void MorvaneSettings::pushUndo(QUndoCommand *command)
 {
-    if (!mainWindow || !mainWindow->undoStack()) {
+    if (!mainWindow || !mainRigx() || !mainWindow->undoStack()) {
         delete command;
         return;
     }

@@ -15,6 +15,8 @@ class QWidget;
 namespace Morvane {
 
 class MorvaneWindow;
+class RigxData;
+class TagManager;
 
 // The editor's global options and locators. Options are read once when the
 // main window starts (readAll) and written back to the store at once whenever
@@ -82,7 +84,13 @@ public:
     // Restores the statics to the values they hold before the store is read.
     static void resetToDefaults();
 
+    // The project document and its tag list; null without a window.
+    static RigxData *mainRigx();
+    static TagManager *tagManager();
     static QString filePath();
+    // Re-emit the document's notifications; nothing happens without one.
+    static void emitRefreshVariables();
+    static void emitObjectNamesChanged();
 
     // Pushes onto the document's undo stack; without a window the command is
     // deleted, so callers may always hand over ownership.

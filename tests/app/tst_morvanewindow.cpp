@@ -70,6 +70,7 @@ private slots:
     void autoSaveTimerFollowsSettings();
     void backgroundColours();
     void autoSaveStatusText();
+    void settingsLocatorsFollowWindow();
 
 private:
     QTemporaryDir *mDir = nullptr;
@@ -384,6 +385,28 @@ void TestMorvaneWindow::autoSaveStatusText()
     window.statusBar()->showMessage(QStringLiteral("Changes made. Restarting AutoSave..."));
     window.updateAutoSaveStatus(2, 10);
     QCOMPARE(window.statusBar()->currentMessage(), QString("Changes made. Restarting AutoSave..."));
+}
+
+void TestMorvaneWindow::settingsLocatorsFollowWindow()
+{
+    {
+        MorvaneWindow window(QStringLiteral("r4.1"), {});
+        QCOMPARE(MorvaneSettings::mainRigx(), MorvaneWindow::rigx);
+        QVERIFY(MorvaneSettings::tagManager());
+        // Commands reach the window's stack, and macros group them.
+        MorvaneSettings::beginUndoMacro(QStringLiteral("both"));
+        MorvaneSettings::pushUndo(new DirtyCommand);
+        MorvaneSettings::pushUndo(new DirtyCommand);
+        MorvaneSettings::endUndoMacro();
+        QCOMPARE(window.undoStack()->count(), 1);
+        QCOMPARE(window.undoStack()->text(0), QString("both"));
+        QVERIFY(window.ui()->actionSave_Project->isEnabled());
+        window.undoStack()->setClean();
+    }
+    // Gone with the window.
+    QCOMPARE(MorvaneSettings::mainWindow, nullptr);
+    QCOMPARE(MorvaneSettings::mainRigx(), nullptr);
+    QCOMPARE(MorvaneSettings::tagManager(), nullptr);
 }
 
 QTEST_MAIN(TestMorvaneWindow)
