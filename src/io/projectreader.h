@@ -20,8 +20,10 @@
 #include <QColor>
 #include <QHash>
 #include <QPair>
+#include <QSet>
 #include <QStringList>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -160,7 +162,8 @@ private:
     {
         QString name;
         node.string("name", &name);
-        name = mDocument->validatePath(prefix + name, false);
+        // A NUL can arrive through a character reference; no file system name holds one.
+        name = mDocument->validatePath(prefix + name, false).remove(QChar(0));
         QString type;
         node.string("type", &type);
         const int fileType = type == QLatin1String("sound") ? File::Sound : File::Image;
@@ -202,6 +205,17 @@ private:
         node.forEach("character_map", [&](const Node &child) { readCharacterMap(entity, child); });
         readEntityVariables(entity, node);
         node.forEach("animation", [&](const Node &child) { readAnimation(entity, child); });
+        if (mRenamePlaceholders.contains(entity)) {
+            entity->renameDoubleUnderscoredObjects();
+            for (int a = 0; a < entity->animationCount(); ++a) {
+                Animation *animation = entity->animation(a);
+                for (int t = 0; t < animation->timelineCount(); ++t) {
+                    Timeline *timeline = animation->timeline(t);
+                    if (timeline->name().startsWith(QLatin1String("__")) && timeline->object())
+                        timeline->setName(timeline->object()->name());
+                }
+            }
+        }
     }
 
     void readObjInfo(Entity *entity, const Node &node)
@@ -564,7 +578,69 @@ private:
                 }
             }
         }
+        readInlineObjects(animation, key, node);
         key->sortRefsByLoadZIndex(true);
+    }
+
+    // An older form keeps bones and objects inline in the mainline key instead of
+    // referring to timelines. Each becomes an object info, a timeline and a key of its own;
+    // nameless ones get placeholder names that are replaced once the entity is read.
+    void readInlineObjects(Animation *animation, MainlineKey *key, const Node &node)
+    {
+        Entity *entity = animation->parentEntity();
+        std::vector<BoneRef *> bones;
+        QHash<ObjectRef *, int> parents;
+        const auto readOne = [&](const Node &child, bool bone) {
+            int type = bone ? int(Object::Bone) : int(Object::Sprite);
+            QString typeName;
+            if (!bone && child.string("object_type", &typeName))
+                type = Object::objectTypeFromString(typeName);
+            if (type == 0 || type == Object::Sound || type == Object::Event) {
+                warn(QStringLiteral("An inline object of animation \"%1\" has an unknown type; "
+                                    "it is skipped")
+                         .arg(animation->name()));
+                return;
+            }
+            QString name = QStringLiteral("__object_000");
+            child.string("name", &name);
+            auto *object = new Object(name, type);
+            entity->appendObject(object, -1, true);
+            auto *timeline = new Timeline(object, object->name(), animation->timelineCount());
+            animation->appendTimeline(timeline, -1, true);
+            auto *timelineKey = new TimelineKey;
+            timelineKey->setId(Animation::currentTimeKeyId++);
+            timelineKey->setCachedTime(key->currentTime());
+            readKeyContent(object, timelineKey, child);
+            timeline->appendTimelineKey(timelineKey, true, false);
+            ObjectRef *ref = nullptr;
+            if (bone) {
+                auto *boneRef = new BoneRef(timelineKey);
+                key->appendBoneRef(boneRef);
+                bones.push_back(boneRef);
+                ref = boneRef;
+            } else {
+                auto *zRef = new ZRef(timelineKey);
+                zRef->setLoadZIndex(intOr(child, "z_index", key->zRefCount()));
+                key->appendZRef(zRef);
+                ref = zRef;
+            }
+            int parent;
+            if (child.integer("parent", &parent))
+                parents.insert(ref, parent);
+        };
+        node.forEach("bone", [&](const Node &child) { readOne(child, true); });
+        node.forEach("object", [&](const Node &child) { readOne(child, false); });
+        // Inline parents count among the inline bones of the key; only earlier bones can be
+        // parents, so no cycle can form.
+        for (auto it = parents.constBegin(); it != parents.constEnd(); ++it) {
+            const int parent = it.value();
+            if (parent >= 0 && parent < int(bones.size()) && bones[size_t(parent)] != it.key()
+                && (!it.key()->isBoneRef()
+                    || parent < int(std::find(bones.begin(), bones.end(), it.key()) - bones.begin())))
+                it.key()->setParentRef(bones[size_t(parent)]);
+        }
+        if (!bones.empty() || node.first("object").isValid())
+            mRenamePlaceholders.insert(entity);
     }
 
     void resolveSubEntityKeys()
@@ -600,6 +676,7 @@ private:
     QHash<int, Timeline *> mTimelines;
     QHash<const Timeline *, std::vector<TimelineKey *>> mTimelineKeys;
     std::vector<PendingSubEntity> mPendingSubEntities;
+    QSet<Entity *> mRenamePlaceholders;
 };
 
 } // namespace Morvane

@@ -118,6 +118,7 @@ private slots:
     void hostileInput_data();
     void hostileInput();
     void jsonLayout();
+    void inlineMainlineForm();
 };
 
 void TestProjectFile::roundTripIsByteIdentical_data()
@@ -531,6 +532,50 @@ void TestProjectFile::jsonLayout()
     QVERIFY(!text.contains("rigx_version"));
     const QByteArray pretty = readAll(testData("canonical.rigj"));
     QVERIFY(pretty.startsWith("{\n\t\"entity\": [\n\t\t{\n\t\t\t\"animation\": [\n"));
+}
+
+void TestProjectFile::inlineMainlineForm()
+{
+    const QByteArray text
+        = "<morvane_data><folder id=\"0\"><file id=\"0\" name=\"a.png\"/></folder>"
+          "<entity name=\"old\"><animation name=\"a\" length=\"500\"><mainline>"
+          "<key><bone x=\"5\" angle=\"270\"/><object folder=\"0\" file=\"0\" parent=\"0\" "
+          "x=\"1\"/><object name=\"marker\" object_type=\"point\" y=\"2\"/></key>"
+          "<key time=\"250\"><object folder=\"0\" file=\"0\" x=\"3\"/></key>"
+          "</mainline></animation></entity></morvane_data>";
+    XmlProjectReader reader;
+    QString error;
+    QVERIFY(reader.parse(text, &error));
+    RigxData document;
+    QStringList warnings;
+    reader.read(&document, &warnings);
+    QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
+    const Entity *entity = document.entity(0);
+    QCOMPARE(entity->objectCount(), 4);
+    for (int o = 0; o < entity->objectCount(); ++o)
+        QVERIFY2(!entity->object(o)->name().startsWith(QLatin1String("__")),
+                 qPrintable(entity->object(o)->name()));
+    QCOMPARE(entity->object(2)->name(), QStringLiteral("marker"));
+    QVERIFY(entity->object(0)->isBone());
+    QVERIFY(entity->object(2)->isPoint());
+    const Animation *animation = entity->animation(0);
+    QCOMPARE(animation->timelineCount(), 4);
+    QCOMPARE(animation->timeline(0)->key(0)->info().angle, 90.0);
+    const MainlineKey *first = animation->mainlineKey(0);
+    QCOMPARE(first->boneRefCount(), 1);
+    QCOMPARE(first->zRefCount(), 2);
+    QCOMPARE(first->zRef(0)->parentRef(), first->boneRef(0));
+    QCOMPARE(first->zRef(0)->key()->fileInfo().file()->name(), QStringLiteral("a.png"));
+    QCOMPARE(animation->timeline(3)->key(0)->time(true), 250);
+    QCOMPARE(animation->timeline(3)->name(), entity->object(3)->name());
+    // It saves in the current form and reads back the same.
+    const QByteArray written = writeXml(document);
+    QVERIFY(!written.contains("__object"));
+    XmlProjectReader again;
+    QVERIFY(again.parse(written, &error));
+    RigxData back;
+    again.read(&back);
+    QCOMPARE(writeXml(back), written);
 }
 
 QTEST_GUILESS_MAIN(TestProjectFile)
