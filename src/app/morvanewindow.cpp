@@ -4,6 +4,9 @@
 
 #include "io/projectfile.h"
 #include "io/xmlprojectwriter.h"
+#include "eval/displayinfo.h"
+#include "model/mainlinekey.h"
+#include "model/objectref.h"
 #include "model/rigxdata.h"
 #include "actionicons.h"
 #include "morvanesettings.h"
@@ -917,6 +920,17 @@ ProjectSaveOptions MorvaneWindow::saveOptions() const
     options.prettifyJson = MorvaneSettings::prettifyJson;
     options.objInfoNamesUniqueToFile = MorvaneSettings::saveObjInfoNamesUniqueToFile;
     options.pixelArtMode = MorvaneSettings::pixelArtMode;
+    if (MorvaneSettings::saveAbsoluteAnimationPoseData) {
+        // The world pose of a sprite at its own mainline key, for readers that
+        // do not compose bones themselves.
+        options.absolutePose = [](const ZRef &ref, DisplayInfo *pose) {
+            const MainlineKey *key = ref.parentMainlineKey();
+            if (!key)
+                return false;
+            *pose = ref.unmappedInfo(key->currentTime());
+            return true;
+        };
+    }
     return options;
 }
 

@@ -80,6 +80,8 @@ private slots:
     void exampleOpens_data();
     void exampleOpens();
     void previewPlaysEveryAnimation();
+    void absolutePoseOption_data();
+    void absolutePoseOption();
 
 private:
     QTemporaryDir *mDir = nullptr;
@@ -407,6 +409,42 @@ void TestProjectWindow::previewPlaysEveryAnimation()
     // A project without entities shows nothing.
     window.newProject(mDir->path());
     QCOMPARE(window.preview()->currentAnimationName(), QString());
+}
+
+void TestProjectWindow::absolutePoseOption_data()
+{
+    QTest::addColumn<bool>("absolute");
+    QTest::newRow("off") << false;
+    QTest::newRow("on") << true;
+}
+
+void TestProjectWindow::absolutePoseOption()
+{
+    QFETCH(bool, absolute);
+    // A copy of the example, so its images resolve and nothing is written
+    // into the source tree.
+    const QString source = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero");
+    for (const QString &sub : {QStringLiteral("body"), QStringLiteral("costume"), QStringLiteral("props")}) {
+        QVERIFY(QDir(mDir->path()).mkpath(sub));
+        for (const QString &image : QDir(source + QLatin1Char('/') + sub).entryList({"*.png"}))
+            QVERIFY(QFile::copy(source + QLatin1Char('/') + sub + QLatin1Char('/') + image,
+                                mDir->filePath(sub + QLatin1Char('/') + image)));
+    }
+    const QString path = mDir->filePath("hero.rigx");
+    QVERIFY(QFile::copy(source + QStringLiteral("/hero.rigx"), path));
+
+    // Read from the store at start-up, as the Custom Save Options dialog leaves it.
+    QSettings().setValue("saveAbsoluteAnimationPoseData", absolute);
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QCOMPARE(window.projectFilePath(), path);
+    window.undoStack()->push(new DirtyCommand);
+    window.ui()->actionSave_Project->trigger();
+    QVERIFY(window.undoStack()->isClean());
+
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray saved = file.readAll();
+    QCOMPARE(saved.contains("abs_x="), absolute);
 }
 
 QTEST_MAIN(TestProjectWindow)
