@@ -258,9 +258,18 @@ private:
 
     void readCharacterMap(Entity *entity, const Node &node)
     {
-        // Character maps ("character_map" with "map" children) are read here.
-        Q_UNUSED(entity);
-        Q_UNUSED(node);
+        QString name;
+        node.string("name", &name);
+        CharacterMap map(name);
+        node.forEach("map", [&](const Node &child) {
+            File *source = fileFromIds(child);
+            if (!source)
+                return;
+            // Without a target the map hides the image.
+            File *target = fileFromIds(child, "target_folder", "target_file");
+            map.addMap(source->address(), target ? target->address() : Address());
+        });
+        entity->appendCharMap(map);
     }
 
     // `node` is the entity or obj_info: the JSON form has no single "var_defs" element.

@@ -583,9 +583,34 @@ void ProjectWriter::writeTagList()
 
 void ProjectWriter::writeCharacterMaps(const Entity &entity)
 {
-    // The entity's character maps ("character_map" with "map" children) are written here,
-    // after the obj_infos.
-    Q_UNUSED(entity);
+    const auto fileAt = [this](const Address &address) -> const File * {
+        if (address.isEmpty())
+            return nullptr;
+        if (const File *file = address.file())
+            return file;
+        return mDocument.fileFromIds(address.folderId(), address.fileId());
+    };
+    for (int i = 0; i < entity.charMapCount(); ++i) {
+        const CharacterMap *map = entity.charMap(i);
+        mSink.startElement("character_map");
+        mSink.integerAttribute("id", i);
+        mSink.attribute("name", map->name());
+        for (const MapInstruction &instruction : map->instructions()) {
+            FilePosition source;
+            if (!filePosition(fileAt(instruction.source), &source))
+                continue; // the source file is gone: nothing left to redirect
+            mSink.startElement("map");
+            mSink.integerAttribute("folder", source.first);
+            mSink.integerAttribute("file", source.second);
+            FilePosition target;
+            if (filePosition(fileAt(instruction.target), &target)) {
+                mSink.integerAttribute("target_folder", target.first);
+                mSink.integerAttribute("target_file", target.second);
+            }
+            mSink.endElement();
+        }
+        mSink.endElement();
+    }
 }
 
 void ProjectWriter::writeEntityVariables(const Entity &entity)

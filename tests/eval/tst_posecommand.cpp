@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "io/projectfile.h"
-
 #include "evaltesthelpers.h"
+#include "io/projectfile.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -74,6 +73,8 @@ private slots:
     void pose();
     void blendsAndHoldsAfterRoundTrip_data();
     void blendsAndHoldsAfterRoundTrip();
+    void characterMaps_data();
+    void characterMaps();
     void exitStatus_data();
     void exitStatus();
 
@@ -216,19 +217,60 @@ void TstPoseCommand::blendsAndHoldsAfterRoundTrip()
     QFETCH(double, armX);
     QFETCH(double, headAngle);
     const Run run = runPose({json ? mJson : mXml, QStringLiteral("--time"), QString::number(time),
-                            QStringLiteral("--entity"), QStringLiteral("hero"),
-                            QStringLiteral("--animation"), QStringLiteral("0")});
+                             QStringLiteral("--entity"), QStringLiteral("hero"),
+                             QStringLiteral("--animation"), QStringLiteral("0")});
     QVERIFY2(run.exitCode == 0, run.err.constData());
     const QJsonObject pose = QJsonDocument::fromJson(run.out).object();
     QCOMPARE(pose.value(QStringLiteral("time")).toInt(), time);
-    const QJsonObject arm = byName(pose.value(QStringLiteral("bones")).toArray(),
-                                   QStringLiteral("arm"));
+    const QJsonObject arm =
+        byName(pose.value(QStringLiteral("bones")).toArray(), QStringLiteral("arm"));
     QVERIFY(near(arm.value(QStringLiteral("x")).toDouble(), armX));
-    const QJsonObject head = byName(pose.value(QStringLiteral("objects")).toArray(),
-                                    QStringLiteral("head"));
+    const QJsonObject head =
+        byName(pose.value(QStringLiteral("objects")).toArray(), QStringLiteral("head"));
     const double angle = head.value(QStringLiteral("angle")).toDouble();
     QVERIFY(angle >= 0.0 && angle < 360.0);
     QVERIFY2(near(angle, headAngle), qPrintable(QString::number(angle)));
+}
+
+void TstPoseCommand::characterMaps_data()
+{
+    QTest::addColumn<bool>("json");
+    QTest::addColumn<QStringList>("maps");
+    QTest::addColumn<QString>("image"); // empty: null
+
+    for (bool json : {false, true}) {
+        const char *form = json ? "json" : "xml";
+        QTest::addRow("%s none", form) << json << QStringList() << QStringLiteral("head.png");
+        QTest::addRow("%s knight", form)
+            << json << QStringList{"knight"} << QStringLiteral("helmet.png");
+        QTest::addRow("%s bare", form) << json << QStringList{"bare"} << QString();
+        QTest::addRow("%s bare then knight", form)
+            << json << QStringList{"bare", "knight"} << QStringLiteral("helmet.png");
+        QTest::addRow("%s knight then bare", form)
+            << json << QStringList{"knight", "bare"} << QString();
+    }
+}
+
+void TstPoseCommand::characterMaps()
+{
+    QFETCH(bool, json);
+    QFETCH(QStringList, maps);
+    QFETCH(QString, image);
+    QStringList arguments{json ? mJson : mXml, QStringLiteral("--time"), QStringLiteral("100")};
+    for (const QString &map : std::as_const(maps))
+        arguments << QStringLiteral("--charmap") << map;
+    const Run run = runPose(arguments);
+    QVERIFY2(run.exitCode == 0, run.err.constData());
+    const QJsonObject pose = QJsonDocument::fromJson(run.out).object();
+    const QJsonArray objects = pose.value(QStringLiteral("objects")).toArray();
+    const QJsonValue shown = byName(objects, QStringLiteral("head")).value(QStringLiteral("image"));
+    if (image.isEmpty())
+        QVERIFY(shown.isNull());
+    else
+        QCOMPARE(shown.toString(), image);
+    // The hand is not mapped.
+    QCOMPARE(byName(objects, QStringLiteral("hand")).value(QStringLiteral("image")).toString(),
+             QStringLiteral("hand.png"));
 }
 
 void TstPoseCommand::exitStatus_data()
@@ -244,18 +286,16 @@ void TstPoseCommand::exitStatus_data()
     QTest::newRow("time without value") << QStringList{"pose", xml, "--time"} << 1;
     QTest::newRow("two files") << QStringList{"pose", xml, xml, "--time", "5"} << 1;
     QTest::newRow("unknown option") << QStringList{"pose", xml, "--time", "5", "--fast"} << 1;
-    QTest::newRow("unknown entity") << QStringList{"pose", xml, "--time", "5", "--entity", "x"}
-                                    << 1;
+    QTest::newRow("unknown entity")
+        << QStringList{"pose", xml, "--time", "5", "--entity", "x"} << 1;
     QTest::newRow("entity index out of range")
         << QStringList{"pose", xml, "--time", "5", "--entity", "2"} << 1;
     QTest::newRow("unknown animation")
         << QStringList{"pose", xml, "--time", "5", "--animation", "run"} << 1;
     QTest::newRow("unknown map") << QStringList{"pose", xml, "--time", "5", "--charmap", "Knight"}
                                  << 1;
-    QTest::newRow("missing file") << QStringList{"pose", "/nonexistent/a.rigx", "--time", "5"}
-                                  << 2;
-    QTest::newRow("second entity") << QStringList{"pose", xml, "--time", "5", "--entity", "1"}
-                                   << 0;
+    QTest::newRow("missing file") << QStringList{"pose", "/nonexistent/a.rigx", "--time", "5"} << 2;
+    QTest::newRow("second entity") << QStringList{"pose", xml, "--time", "5", "--entity", "1"} << 0;
 }
 
 void TstPoseCommand::exitStatus()
