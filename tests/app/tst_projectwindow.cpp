@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "apptesthelpers.h"
+#include "eval/charactermap.h"
+#include "eval/entityinstance.h"
 #include "io/projectfile.h"
+#include "model/file.h"
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/object.h"
@@ -392,6 +395,26 @@ void TestProjectWindow::exampleOpens()
             carriesLantern = true;
     }
     QVERIFY(carriesLantern);
+
+    // The knight map swaps the head and torso images while it is active.
+    const CharacterMap *knight = hero->charMapFromName(QStringLiteral("knight"));
+    QVERIFY(knight);
+    QCOMPARE(knight->instructionCount(), 2);
+    const auto shownFor = [hero](const QString &fileName) {
+        EntityInstance instance(hero);
+        instance.setCurrentTime(0);
+        instance.refresh();
+        for (const PoseItem &item : instance.pose().objects) {
+            if (item.file && item.file->name() == fileName)
+                return item.shownFile ? item.shownFile->name() : QStringLiteral("(hidden)");
+        }
+        return QString();
+    };
+    QCOMPARE(shownFor(QStringLiteral("body/head.png")), QString("body/head.png"));
+    hero->makeCharMapActive(QStringLiteral("knight"), true);
+    QCOMPARE(shownFor(QStringLiteral("body/head.png")), QString("costume/head_knight.png"));
+    QCOMPARE(shownFor(QStringLiteral("body/torso.png")), QString("costume/torso_knight.png"));
+    hero->makeCharMapActive(QStringLiteral("knight"), false);
 }
 
 void TestProjectWindow::previewPlaysEveryAnimation()
