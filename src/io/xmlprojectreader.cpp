@@ -65,8 +65,9 @@ private:
     pugi::xml_node mNode;
 };
 
-// Entities are never expanded and a DOCTYPE is skipped, not processed.
-constexpr unsigned int ParseOptions = pugi::parse_default;
+// Entities are never expanded. The DOCTYPE is kept as a node only so that a
+// document carrying one can be refused: a project file has no use for a DTD.
+constexpr unsigned int ParseOptions = pugi::parse_default | pugi::parse_doctype;
 
 QString positionText(const QByteArray &text, std::ptrdiff_t offset)
 {
@@ -94,6 +95,13 @@ struct XmlProjectReader::Private
 
     bool checkRoot(QString *parseError)
     {
+        for (pugi::xml_node node = document.first_child(); node; node = node.next_sibling()) {
+            if (node.type() == pugi::node_doctype) {
+                *parseError = QStringLiteral("DTDs are not allowed in a Morvane file");
+                document.reset();
+                return false;
+            }
+        }
         if (std::strcmp(document.document_element().name(), "morvane_data") != 0) {
             *parseError = QStringLiteral("Not a Morvane file");
             return false;

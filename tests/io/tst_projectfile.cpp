@@ -117,6 +117,7 @@ private slots:
     void unwritableFolderKeepsOldFile();
     void hostileInput_data();
     void hostileInput();
+    void doctypeIsRefused();
     void jsonLayout();
     void inlineMainlineForm();
 };
@@ -511,6 +512,25 @@ void TestProjectFile::hostileInput()
     RigxData back;
     again.read(&back);
     QCOMPARE(writeXml(back), written);
+}
+
+void TestProjectFile::doctypeIsRefused()
+{
+    // A project file never needs a DTD; refusing it keeps entity tricks out.
+    XmlProjectReader reader;
+    QString error;
+    QVERIFY(!reader.parse("<?xml version=\"1.0\"?><!DOCTYPE morvane_data>"
+                          "<morvane_data><entity name=\"e\"/></morvane_data>",
+                          &error));
+    QCOMPARE(error, QStringLiteral("DTDs are not allowed in a Morvane file"));
+    RigxData document;
+    reader.read(&document);
+    QCOMPARE(document.entityCount(), 0);
+
+    // The same text without the DTD reads.
+    QVERIFY(reader.parse("<morvane_data><entity name=\"e\"/></morvane_data>", &error));
+    reader.read(&document);
+    QCOMPARE(document.entityCount(), 1);
 }
 
 void TestProjectFile::jsonLayout()
