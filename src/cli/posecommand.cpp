@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "posecommand.h"
 
+#include "animationarguments.h"
 #include "clicommand.h"
 #include "eval/entityinstance.h"
 #include "io/numberformat.h"
@@ -22,23 +23,7 @@ namespace {
 
 int usageError(const QString &message = QString())
 {
-    if (!message.isEmpty())
-        std::fprintf(stderr, "morvane-cli pose: %s\n", qPrintable(message));
-    std::fprintf(stderr, "Usage: morvane-cli %s\n", PoseCommand::Usage);
-    return CliUsage;
-}
-
-// A name first, then a decimal index; -1 when neither names anything.
-template <typename Lookup> int pickIndex(const QString &text, int count, Lookup indexOfName)
-{
-    if (text.isNull())
-        return count > 0 ? 0 : -1;
-    const int byName = indexOfName(text);
-    if (byName >= 0)
-        return byName;
-    bool ok = false;
-    const int index = text.toInt(&ok);
-    return ok && index >= 0 && index < count ? index : -1;
+    return cliUsageError("pose", PoseCommand::Usage, message);
 }
 
 /// A small JSON writer that keeps the keys in the documented order.
@@ -233,65 +218,22 @@ QByteArray PoseCommand::describe(const EntityInstance &instance, int time)
 
 int PoseCommand::run(const QStringList &arguments)
 {
-    QString path;
-    QString entityText;
-    QString animationText;
-    QString timeText;
-    QStringList charMaps;
-    for (int i = 0; i < arguments.size(); ++i) {
-        const QString &argument = arguments.at(i);
-        QString *target = nullptr;
-        QString charMap;
-        if (argument == QLatin1String("--entity"))
-            target = &entityText;
-        else if (argument == QLatin1String("--animation"))
-            target = &animationText;
-        else if (argument == QLatin1String("--time"))
-            target = &timeText;
-        else if (argument == QLatin1String("--charmap"))
-            target = &charMap;
-        if (target) {
-            if (i + 1 >= arguments.size())
-                return usageError(argument + QLatin1String(" needs a value"));
-            *target = arguments.at(++i);
-            if (target == &charMap)
-                charMaps.append(charMap);
-            continue;
-        }
-        if (argument.startsWith(QLatin1String("--")) || !path.isEmpty())
-            return usageError(QLatin1String("unexpected argument \"") + argument +
-                              QLatin1Char('"'));
-        path = argument;
-    }
-    if (path.isEmpty() || timeText.isNull())
-        return usageError();
-    bool timeOk = false;
-    const int time = timeText.toInt(&timeOk);
-    if (!timeOk)
-        return usageError(QLatin1String("--time takes whole milliseconds, not \"") + timeText +
-                          QLatin1Char('"'));
+    AnimationArguments args;
+    if (!parseAnimationArguments(arguments, true, "pose", PoseCommand::Usage, &args))
+        return CliUsage;
+    const int time = args.time;
 
     RigxData document;
-    if (!ProjectFile::open(&document, path))
+    if (!ProjectFile::open(&document, args.path))
         return CliFileError;
 
-    const int entityIndex = pickIndex(entityText, document.entityCount(), [&](const QString &name) {
-        const Entity *e = document.entity(name);
-        return e ? document.indexOfEntity(e) : -1;
-    });
-    if (entityIndex < 0)
-        return usageError(QLatin1String("no entity \"") + entityText + QLatin1String("\" in ") +
-                          path);
+    int entityIndex = -1;
+    int animationIndex = -1;
+    if (!selectAnimation(document, args, "pose", PoseCommand::Usage, &entityIndex,
+                         &animationIndex))
+        return CliUsage;
     Entity *entity = document.entity(entityIndex);
-    const int animationIndex =
-        pickIndex(animationText, entity->animationCount(), [&](const QString &name) {
-            const Animation *a = entity->animation(name);
-            return a ? entity->indexOfAnimation(a) : -1;
-        });
-    if (animationIndex < 0)
-        return usageError(QLatin1String("no animation \"") + animationText +
-                          QLatin1String("\" in entity ") + entity->name());
-    for (const QString &name : std::as_const(charMaps)) {
+    for (const QString &name : std::as_const(args.charMaps)) {
         if (!entity->charMapFromName(name))
             return usageError(QLatin1String("no character map \"") + name +
                               QLatin1String("\" in entity ") + entity->name());
