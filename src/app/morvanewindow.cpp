@@ -235,17 +235,17 @@ void MorvaneWindow::setupWidgets(bool projectLoaded)
         {"curveEditorDock", QT_TR_NOOP("Curve Editor"), Qt::BottomDockWidgetArea},
     };
     QDockWidget *previous[4] = {};
-    for (const DockSpec &spec : specs) {
-        auto *dock = new QDockWidget(tr(spec.title), this);
-        dock->setObjectName(QLatin1String(spec.objectName));
+    for (const DockSpec &entry : specs) {
+        auto *dock = new QDockWidget(tr(entry.title), this);
+        dock->setObjectName(QLatin1String(entry.objectName));
         auto *panel = new QWidget(dock);
         panel->setMinimumSize(200, 120);
         dock->setWidget(panel);
-        addDockWidget(spec.area, dock);
-        QDockWidget *&last = previous[spec.area == Qt::LeftDockWidgetArea    ? 0
-                                     : spec.area == Qt::RightDockWidgetArea ? 1
+        addDockWidget(entry.area, dock);
+        QDockWidget *&last = previous[entry.area == Qt::LeftDockWidgetArea    ? 0
+                                     : entry.area == Qt::RightDockWidgetArea ? 1
                                                                             : 2];
-        if (last && spec.area != Qt::LeftDockWidgetArea)
+        if (last && entry.area != Qt::LeftDockWidgetArea)
             tabifyDockWidget(last, dock);
         last = dock;
         mDockWidgets.append(dock);
