@@ -90,6 +90,22 @@ inline double normalizedAngle(double degrees)
     return DisplayInfo::normalizedAngle(degrees);
 }
 
+// A local state composed onto its parent bone's world state (whose sine and
+// cosine are already known): scale, then rotate, then translate; a mirrored
+// parent reverses the child's angle.
+inline void composeOntoParent(PoseItem &out, const PoseItem &parent)
+{
+    const double sx = out.x * parent.xScale;
+    const double sy = out.y * parent.yScale;
+    out.x = sx * parent.cosAngle - sy * parent.sinAngle + parent.x;
+    out.y = sx * parent.sinAngle + sy * parent.cosAngle + parent.y;
+    const double local = parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle : out.angle;
+    out.angle = normalizedAngle(local + parent.angle);
+    out.xScale *= parent.xScale;
+    out.yScale *= parent.yScale;
+    out.alpha *= parent.alpha;
+}
+
 } // namespace
 
 void PoseEvaluator::rebuild(const Animation *animation)
@@ -282,38 +298,16 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
     for (int i = 0; i < main.boneCount; ++i, ++ref) {
         PoseItem &out = pose.bones[size_t(i)];
         evaluateRef(*ref, pose.sampleTime, out);
-        if (ref->parentSlot >= 0) {
-            const PoseItem &parent = pose.bones[size_t(ref->parentSlot)];
-            const double sx = out.x * parent.xScale;
-            const double sy = out.y * parent.yScale;
-            out.x = sx * parent.cosAngle - sy * parent.sinAngle + parent.x;
-            out.y = sx * parent.sinAngle + sy * parent.cosAngle + parent.y;
-            const double local =
-                parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle : out.angle;
-            out.angle = normalizedAngle(local + parent.angle);
-            out.xScale *= parent.xScale;
-            out.yScale *= parent.yScale;
-            out.alpha *= parent.alpha;
-        }
+        if (ref->parentSlot >= 0)
+            composeOntoParent(out, pose.bones[size_t(ref->parentSlot)]);
         sinCosDegrees(out.angle, &out.sinAngle, &out.cosAngle);
     }
     for (int i = 0; i < main.objectCount; ++i, ++ref) {
         PoseItem &out = pose.objects[size_t(i)];
         evaluateRef(*ref, pose.sampleTime, out);
         out.z = i;
-        if (ref->parentSlot >= 0) {
-            const PoseItem &parent = pose.bones[size_t(ref->parentSlot)];
-            const double sx = out.x * parent.xScale;
-            const double sy = out.y * parent.yScale;
-            out.x = sx * parent.cosAngle - sy * parent.sinAngle + parent.x;
-            out.y = sx * parent.sinAngle + sy * parent.cosAngle + parent.y;
-            const double local =
-                parent.xScale * parent.yScale < 0.0 ? 360.0 - out.angle : out.angle;
-            out.angle = normalizedAngle(local + parent.angle);
-            out.xScale *= parent.xScale;
-            out.yScale *= parent.yScale;
-            out.alpha *= parent.alpha;
-        }
+        if (ref->parentSlot >= 0)
+            composeOntoParent(out, pose.bones[size_t(ref->parentSlot)]);
         out.shownFile = out.file ? out.file->redirectedFile() : nullptr;
     }
 }

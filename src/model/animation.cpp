@@ -6,6 +6,7 @@
 #include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/objectref.h"
+#include "model/ownedlist.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
 
@@ -74,18 +75,12 @@ Animation::~Animation()
 
 MainlineKey *Animation::mainlineKey(int index) const
 {
-    if (index < 0 || index >= int(mMainlineKeys.size()))
-        return nullptr;
-    return mMainlineKeys[size_t(index)].get();
+    return ownedAt(mMainlineKeys, index);
 }
 
 int Animation::indexOfMainlineKey(const MainlineKey *key) const
 {
-    for (size_t i = 0; i < mMainlineKeys.size(); ++i) {
-        if (mMainlineKeys[i].get() == key)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mMainlineKeys, key);
 }
 
 MainlineKey *Animation::mainlineKeyFromId(int id) const
@@ -286,18 +281,12 @@ void Animation::sortAllKeysByTime(bool mainlineToo)
 
 Timeline *Animation::timeline(int index) const
 {
-    if (index < 0 || index >= int(mTimelines.size()))
-        return nullptr;
-    return mTimelines[size_t(index)].get();
+    return ownedAt(mTimelines, index);
 }
 
 int Animation::indexOfTimeline(const Timeline *timeline) const
 {
-    for (size_t i = 0; i < mTimelines.size(); ++i) {
-        if (mTimelines[i].get() == timeline)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mTimelines, timeline);
 }
 
 void Animation::appendTimeline(Timeline *timeline, int index, bool renumber)

@@ -5,6 +5,7 @@
 #include "model/animation.h"
 #include "model/naming.h"
 #include "model/object.h"
+#include "model/ownedlist.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 
@@ -30,9 +31,7 @@ Entity::~Entity()
 
 Object *Entity::object(int index) const
 {
-    if (index < 0 || index >= int(mObjects.size()))
-        return nullptr;
-    return mObjects[size_t(index)].get();
+    return ownedAt(mObjects, index);
 }
 
 Object *Entity::objectFromName(const QString &name) const
@@ -46,11 +45,7 @@ Object *Entity::objectFromName(const QString &name) const
 
 int Entity::indexOfObject(const Object *object) const
 {
-    for (size_t i = 0; i < mObjects.size(); ++i) {
-        if (mObjects[i].get() == object)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mObjects, object);
 }
 
 void Entity::appendObject(Object *object, int index, bool makeUnique)
@@ -145,9 +140,7 @@ void Entity::renameDoubleUnderscoredObjects()
 
 Animation *Entity::animation(int index) const
 {
-    if (index < 0 || index >= int(mAnimations.size()))
-        return nullptr;
-    return mAnimations[size_t(index)].get();
+    return ownedAt(mAnimations, index);
 }
 
 Animation *Entity::animation(const QString &name) const
@@ -161,11 +154,7 @@ Animation *Entity::animation(const QString &name) const
 
 int Entity::indexOfAnimation(const Animation *animation) const
 {
-    for (size_t i = 0; i < mAnimations.size(); ++i) {
-        if (mAnimations[i].get() == animation)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mAnimations, animation);
 }
 
 void Entity::appendAnimation(Animation *animation)

@@ -3,6 +3,7 @@
 #include "model/folder.h"
 
 #include "model/file.h"
+#include "model/ownedlist.h"
 #include "model/rigxdata.h"
 
 namespace Morvane {
@@ -22,9 +23,7 @@ Folder::~Folder()
 
 File *Folder::file(int index) const
 {
-    if (index < 0 || index >= int(mFiles.size()))
-        return nullptr;
-    return mFiles[size_t(index)].get();
+    return ownedAt(mFiles, index);
 }
 
 File *Folder::file(const QString &name) const
@@ -47,11 +46,7 @@ File *Folder::fileFromId(int id) const
 
 int Folder::indexOfFile(const File *file) const
 {
-    for (size_t i = 0; i < mFiles.size(); ++i) {
-        if (mFiles[i].get() == file)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mFiles, file);
 }
 
 void Folder::appendFile(File *file)

@@ -4,6 +4,7 @@
 
 #include "model/animation.h"
 #include "model/objectref.h"
+#include "model/ownedlist.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
 
@@ -62,16 +63,12 @@ void MainlineKey::setCurrentTime(int time, bool sort, bool updateChildren)
 
 BoneRef *MainlineKey::boneRef(int index) const
 {
-    if (index < 0 || index >= int(mBoneRefs.size()))
-        return nullptr;
-    return mBoneRefs[size_t(index)].get();
+    return ownedAt(mBoneRefs, index);
 }
 
 ZRef *MainlineKey::zRef(int index) const
 {
-    if (index < 0 || index >= int(mZRefs.size()))
-        return nullptr;
-    return mZRefs[size_t(index)].get();
+    return ownedAt(mZRefs, index);
 }
 
 ObjectRef *MainlineKey::ref(int index) const
@@ -130,20 +127,12 @@ ObjectRef *MainlineKey::refFromTimeline(const Timeline *timeline, int startIndex
 
 int MainlineKey::indexOfBoneRef(const ObjectRef *ref) const
 {
-    for (size_t i = 0; i < mBoneRefs.size(); ++i) {
-        if (mBoneRefs[i].get() == ref)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mBoneRefs, ref);
 }
 
 int MainlineKey::indexOfZRef(const ObjectRef *ref) const
 {
-    for (size_t i = 0; i < mZRefs.size(); ++i) {
-        if (mZRefs[i].get() == ref)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mZRefs, ref);
 }
 
 void MainlineKey::appendBoneRef(BoneRef *ref, int index)

@@ -3,6 +3,7 @@
 #include "model/rigxdata.h"
 
 #include "io/projectfile.h"
+#include "model/ownedlist.h"
 
 #include "model/animation.h"
 #include "model/entity.h"
@@ -53,9 +54,7 @@ QString RigxData::projectDirectory() const
 
 Folder *RigxData::folder(int index) const
 {
-    if (index < 0 || index >= int(mFolders.size()))
-        return nullptr;
-    return mFolders[size_t(index)].get();
+    return ownedAt(mFolders, index);
 }
 
 Folder *RigxData::folder(const QString &name) const
@@ -78,11 +77,7 @@ Folder *RigxData::folderFromId(int id) const
 
 int RigxData::indexOfFolder(const Folder *folder) const
 {
-    for (size_t i = 0; i < mFolders.size(); ++i) {
-        if (mFolders[i].get() == folder)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mFolders, folder);
 }
 
 void RigxData::appendFolder(Folder *folder)
@@ -151,9 +146,7 @@ QStringList RigxData::fileNames(bool fullPaths) const
 
 Entity *RigxData::entity(int index) const
 {
-    if (index < 0 || index >= int(mEntities.size()))
-        return nullptr;
-    return mEntities[size_t(index)].get();
+    return ownedAt(mEntities, index);
 }
 
 Entity *RigxData::entity(const QString &name) const
@@ -176,11 +169,7 @@ Entity *RigxData::entityFromId(int id) const
 
 int RigxData::indexOfEntity(const Entity *entity) const
 {
-    for (size_t i = 0; i < mEntities.size(); ++i) {
-        if (mEntities[i].get() == entity)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mEntities, entity);
 }
 
 void RigxData::appendEntity(Entity *entity, int index)

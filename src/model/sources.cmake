@@ -20,6 +20,7 @@ list(APPEND MORVANE_CORE_SOURCES
     model/object.h
     model/objectref.cpp
     model/objectref.h
+    model/ownedlist.h
     model/rigxdata.cpp
     model/rigxdata.h
     model/timeline.cpp

@@ -6,6 +6,7 @@
 #include "model/entity.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
+#include "model/ownedlist.h"
 #include "model/timelinekey.h"
 
 namespace Morvane {
@@ -74,18 +75,12 @@ bool Timeline::isGuideSprite() const { return objectType() == Object::GuideSprit
 
 TimelineKey *Timeline::key(int index) const
 {
-    if (index < 0 || index >= int(mKeys.size()))
-        return nullptr;
-    return mKeys[size_t(index)].get();
+    return ownedAt(mKeys, index);
 }
 
 int Timeline::indexOfKey(const TimelineKey *key) const
 {
-    for (size_t i = 0; i < mKeys.size(); ++i) {
-        if (mKeys[i].get() == key)
-            return int(i);
-    }
-    return -1;
+    return indexOfOwned(mKeys, key);
 }
 
 TimelineKey *Timeline::keyFromMainKeyId(int mainKeyId) const

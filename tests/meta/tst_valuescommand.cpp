@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "clirunner.h"
 #include "io/projectfile.h"
 #include "meta/tagmanager.h"
 #include "meta/valinfocollection.h"
@@ -14,7 +15,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -41,29 +41,12 @@ private:
 
 namespace {
 
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
+using Run = Morvane::Testing::CliRun;
 
+// The values command with no display, as on a build server.
 Run runCli(const QStringList &arguments)
 {
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("DISPLAY"));
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(MORVANE_CLI_PATH),
-                  QStringList{QStringLiteral("values")} + arguments);
-    Run run;
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
+    return Morvane::Testing::runCli(QStringList{QStringLiteral("values")} + arguments);
 }
 
 void addAnimation(Entity *entity, Object *object, const QString &name, bool looping)
