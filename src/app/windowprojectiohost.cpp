@@ -57,6 +57,17 @@ void WindowProjectIoHost::endProgress()
     }
 }
 
+void WindowProjectIoHost::progress(int percent)
+{
+    if (!mProgress || percent == mProgress->value())
+        return;
+    if (mProgress->maximum() != 100)
+        mProgress->setRange(0, 100);
+    // A window-modal dialog processes events in setValue: that is what paints it
+    // during a long synchronous job.
+    mProgress->setValue(qBound(0, percent, 100));
+}
+
 void WindowProjectIoHost::suppressAutosave(bool suppress)
 {
     if (suppress)

@@ -22,6 +22,7 @@ public:
 
     void beginProgress(const QString &label) override;
     void endProgress() override;
+    void progress(int percent) override;
     void suppressAutosave(bool suppress) override;
     bool warnAboutNonHomeDirectory(const QString &projectDirectory,
                                    const QString &directory) override;

@@ -12,6 +12,8 @@ void ProjectIoHost::beginProgress(const QString &) {}
 
 void ProjectIoHost::endProgress() {}
 
+void ProjectIoHost::progress(int) {}
+
 void ProjectIoHost::suppressAutosave(bool) {}
 
 bool ProjectIoHost::warnAboutNonHomeDirectory(const QString &, const QString &)

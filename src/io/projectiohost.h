@@ -19,6 +19,9 @@ public:
     /// A long open, save or merge starts ("Loading hero.rigx") or ends.
     virtual void beginProgress(const QString &label);
     virtual void endProgress();
+    /// How far the job started by `beginProgress` has come, 0..100. Called often (at most
+    /// every few milliseconds of work), so it must be cheap when nothing changed.
+    virtual void progress(int percent);
 
     /// Autosave is held off between `true` and the matching `false`; calls nest.
     virtual void suppressAutosave(bool suppress);
