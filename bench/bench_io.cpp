@@ -7,6 +7,7 @@
 // parsing the JSON file. Prints MB/s and the peak memory of each open relative to the file.
 //
 //   bench_io [--benchmark_filter=...]        MORVANE_BENCH_SCALE=0.1 for a smaller project
+//   bench_io --generate FILE.rigx|FILE.rigj  writes the project only, for profiling
 
 #include "io/jsonprojectwriter.h"
 #include "io/projectfile.h"
@@ -307,12 +308,19 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     if (argc == 3 && std::string(argv[1]) == "--peak-open")
         return printPeakOpen(QString::fromLocal8Bit(argv[2]));
-    benchmark::Initialize(&argc, argv);
-
     bool ok = false;
     double scale = qEnvironmentVariable("MORVANE_BENCH_SCALE").toDouble(&ok);
     if (!ok || scale <= 0)
         scale = 1.0;
+    if (argc == 3 && std::string(argv[1]) == "--generate") {
+        const QString path = QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath();
+        RigxData document;
+        document.setFilePath(path);
+        buildLargeProject(document, scale);
+        ProjectIoHost host;
+        return ProjectFile::save(&document, path, {}, &host) ? 0 : 1;
+    }
+    benchmark::Initialize(&argc, argv);
     sFixture.dir = std::make_unique<QTemporaryDir>();
     sFixture.xmlPath = sFixture.dir->filePath(QStringLiteral("large.rigx"));
     sFixture.jsonPath = sFixture.dir->filePath(QStringLiteral("large.rigj"));
