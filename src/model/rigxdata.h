@@ -116,6 +116,11 @@ public:
     // Whole-document operations.
     /// Removes all entities and files.
     void clear();
+    /// No entities, folders or tags: what `clear` leaves.
+    bool isEmpty() const
+    {
+        return mEntities.empty() && folderCount() == 0 && mTagManager.tagCount() == 0;
+    }
     /// Drops files that neither exist on disk nor are shown by any key or
     /// named by any character map, and folders left empty. Missing files that
     /// are still used stay, get a placeholder and are listed as missing.

@@ -23,6 +23,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 using namespace Morvane;
@@ -113,6 +115,10 @@ private slots:
     void errorLines_data();
     void errorLines();
     void failedOpenKeepsDocument();
+    void streamedAnimationsReadAsWhole_data();
+    void streamedAnimationsReadAsWhole();
+    void brokenAnimation_data();
+    void brokenAnimation();
     void failedSaveKeepsOldFile();
     void unwritableFolderKeepsOldFile();
     void hostileInput_data();
@@ -394,6 +400,122 @@ void TestProjectFile::failedOpenKeepsDocument()
     QVERIFY(!ProjectFile::open(&document, broken, &host));
     QCOMPARE(document.filePath(), path);
     QCOMPARE(writeXml(document), before);
+}
+
+void TestProjectFile::streamedAnimationsReadAsWhole_data()
+{
+    const QByteArray canonical = readAll(testData("canonical.rigx"));
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("streams");
+    QTest::newRow("our own file") << canonical << true;
+    QByteArray commented = canonical;
+    commented.replace("    <entity id=\"1\"",
+                      "    <!-- <animation name=\"not one\"> --><?note <animation> ?>\n"
+                      "    <entity id=\"1\"");
+    QTest::newRow("comment and instruction naming animations") << commented << true;
+    QByteArray quoted = canonical;
+    quoted.replace("name=\"walk\"", "name=\"walk >/ <\"");
+    quoted.replace("name=\"hero\"", "name='hero >'");
+    QTest::newRow("angle brackets in quoted values") << quoted << true;
+    QByteArray nested = canonical;
+    nested.replace("<entity id=\"1\" name=\"gem\">",
+                   "<entity id=\"1\" name=\"gem\"><obj_info name=\"o\" type=\"bone\">"
+                   "<animation name=\"deeper\"/></obj_info><animation name=\"empty\"/>");
+    QTest::newRow("empty and deeper animation elements") << nested << true;
+    QByteArray latin1 = canonical;
+    latin1.replace("encoding=\"UTF-8\"", "encoding=\"ISO-8859-1\"");
+    latin1.replace("name=\"walk\"", "name=\"w\xe4lk\"");
+    QTest::newRow("another encoding is parsed whole") << latin1 << false;
+    QByteArray doctype = canonical;
+    doctype.replace("<?xml version=\"1.0\" encoding=\"UTF-8\"?>", "<?xml version=\"1.0\"?>");
+    QTest::newRow("no declaration") << doctype << true;
+}
+
+// Reading animations one at a time gives the document a whole parse gives.
+void TestProjectFile::streamedAnimationsReadAsWhole()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(bool, streams);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("p.rigx"));
+    QVERIFY(writeAll(path, text));
+
+    XmlProjectReader whole;
+    QString parseError;
+    QVERIFY2(whole.parse(text, &parseError), qPrintable(parseError));
+    RigxData expected;
+    expected.setFilePath(path);
+    whole.read(&expected);
+
+    XmlProjectReader streamed;
+    QString readError;
+    QVERIFY(streamed.parseFile(path, &readError, &parseError,
+                               XmlProjectReader::Mode::StreamAnimations));
+    QCOMPARE(streamed.isStreaming(), streams);
+    RigxData document;
+    document.setFilePath(path);
+    QList<int> progress;
+    streamed.read(&document, nullptr, [&progress](int percent) { progress.append(percent); });
+    QVERIFY(!streamed.failed());
+    QCOMPARE(writeXml(document), writeXml(expected));
+    QVERIFY(expected.entityCount() > 0);
+    QVERIFY(!progress.isEmpty());
+    QCOMPARE(progress.last(), 100);
+    QVERIFY(std::is_sorted(progress.begin(), progress.end()));
+
+    TestHost host;
+    RigxData opened;
+    QVERIFY(ProjectFile::open(&opened, path, &host));
+    QCOMPARE(writeXml(opened), writeXml(expected));
+}
+
+void TestProjectFile::brokenAnimation_data()
+{
+    QTest::addColumn<bool>("startEmpty");
+    QTest::newRow("into an empty document") << true;
+    QTest::newRow("into an open project") << false;
+}
+
+// A fault inside the second animation is found however the file is read: the message
+// names the place in the file, and the document is what it was before.
+void TestProjectFile::brokenAnimation()
+{
+    QFETCH(bool, startEmpty);
+    QByteArray text = readAll(testData("canonical.rigx"));
+    const qsizetype spin = text.indexOf("<animation id=\"1\" name=\"spin\"");
+    QVERIFY(spin > 0);
+    const qsizetype mainline = text.indexOf("<mainline>", spin);
+    text.replace(mainline, 10, "<mainline x=>");
+    const QByteArray before = text.left(mainline);
+    const int line = int(before.count('\n')) + 1;
+    // At the '>' where the attribute's value should start.
+    const int column = int(mainline - before.lastIndexOf('\n')) + 12;
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("broken.rigx"));
+    QVERIFY(writeAll(path, text));
+
+    TestHost host;
+    RigxData document;
+    document.setFilePath(dir.filePath(QStringLiteral("earlier.rigx")));
+    QByteArray previous;
+    if (!startEmpty) {
+        QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+        previous = writeXml(document);
+    }
+    const QString previousPath = document.filePath();
+    QString error;
+    QVERIFY(!ProjectFile::open(&document, path, &host, &error));
+    QCOMPARE(error, QStringLiteral("Error: Failed to parse file %1: line %2, column %3: "
+                                   "Error parsing element attribute")
+                        .arg(path)
+                        .arg(line)
+                        .arg(column));
+    QCOMPARE(document.filePath(), previousPath);
+    if (startEmpty)
+        QVERIFY(document.isEmpty());
+    else
+        QCOMPARE(writeXml(document), previous);
+    QCOMPARE(host.suppressDepth, 0);
 }
 
 void TestProjectFile::failedSaveKeepsOldFile()
