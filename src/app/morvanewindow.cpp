@@ -938,8 +938,16 @@ bool MorvaneWindow::openDocument(const QString &path)
 {
     MorvaneSettings::shownMissingImagesOnceForThisFile = false;
     QString error;
-    if (ProjectFile::open(mRigx.get(), path, mIoHost.get(), &error))
+    // A fresh document can take a large file in less memory (its animations are parsed
+    // one at a time), and the open project stays as it is until the new one is complete.
+    auto fresh = std::make_unique<RigxData>(mUndoStack, mRigx->kind(), this);
+    if (ProjectFile::open(fresh.get(), path, mIoHost.get(), &error)) {
+        // Commands on the stack point into the old document: they go before it does.
+        mUndoStack->clear();
+        mRigx = std::move(fresh);
+        rigx = mRigx.get();
         return true;
+    }
     QMessageBox::warning(this, tr("Open Morvane Project"),
                          tr("The project could not be opened.\n\n%1").arg(error));
     return false;
