@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -41,6 +42,39 @@ int NumberFormat::writeReal6(char *buffer, double value)
 {
     if (!std::isfinite(value))
         return writeZero(buffer);
+    // Most values in a project are small: scale to millionths and round in integers, which
+    // is several times faster than the general conversion. Below 1e7 the scaled product is
+    // within 0.001 of the exact one, so unless it lies near a tie (.5) it rounds the same
+    // way as the exact decimal value would; near a tie the general conversion decides.
+    const double magnitude = std::fabs(value);
+    if (magnitude < 1e7) {
+        const double scaled = magnitude * 1e6;
+        const double whole = std::floor(scaled);
+        const double fraction = scaled - whole;
+        if (std::fabs(fraction - 0.5) > 0.01) {
+            const auto millionths = std::uint64_t(fraction > 0.5 ? whole + 1.0 : whole);
+            char *out = buffer;
+            // The sign stays on values that round to zero ("-0"), as in the general form.
+            if (std::signbit(value))
+                *out++ = '-';
+            out = std::to_chars(out, buffer + BufferSize, millionths / 1000000).ptr;
+            auto decimals = std::uint32_t(millionths % 1000000);
+            if (decimals != 0) {
+                int digits = 6;
+                while (decimals % 10 == 0) {
+                    decimals /= 10;
+                    --digits;
+                }
+                *out++ = '.';
+                for (int i = digits - 1; i >= 0; --i) {
+                    out[i] = char('0' + decimals % 10);
+                    decimals /= 10;
+                }
+                out += digits;
+            }
+            return int(out - buffer);
+        }
+    }
     const auto result = std::to_chars(buffer, buffer + BufferSize, value,
                                       std::chars_format::fixed, 6);
     int length = int(result.ptr - buffer);

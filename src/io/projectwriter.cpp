@@ -121,12 +121,14 @@ void ProjectWriter::write()
     indexFiles();
     // Angles are stored back normalised, and bone references reordered, before anything
     // is written, so that spin and parent ids see the final values.
+    mKeyTotal = 0;
     for (int e = 0; e < mDocument.entityCount(); ++e) {
         Entity *entity = mDocument.entity(e);
         for (int a = 0; a < entity->animationCount(); ++a) {
             Animation *animation = entity->animation(a);
             for (int t = 0; t < animation->timelineCount(); ++t) {
                 Timeline *timeline = animation->timeline(t);
+                mKeyTotal += timeline->keyCount();
                 for (int k = 0; k < timeline->keyCount(); ++k) {
                     DisplayInfo &info = timeline->key(k)->info();
                     info.angle = normalizedAngle(info.angle);
@@ -136,7 +138,24 @@ void ProjectWriter::write()
                 animation->mainlineKey(m)->applyBoneSaveSortIds();
         }
     }
+    mKeysDone = 0;
+    mPercent = -1;
+    keysWritten(0);
     writeRoot();
+    if (mProgress && mPercent != 100)
+        mProgress(100);
+}
+
+void ProjectWriter::keysWritten(int count)
+{
+    if (!mProgress)
+        return;
+    mKeysDone += count;
+    const int percent = mKeyTotal > 0 ? int(mKeysDone * 100 / mKeyTotal) : 0;
+    if (percent == mPercent)
+        return;
+    mPercent = percent;
+    mProgress(percent);
 }
 
 void ProjectWriter::writeRoot()
@@ -239,6 +258,8 @@ void ProjectWriter::writeEntity(Entity &entity, int index)
             mObjectPositions.insert(entity.object(o), position++);
     }
 
+    collectFrames(entity);
+
     mSink.startElement("entity");
     mSink.integerAttribute("id", index);
     mSink.attribute("name", entity.name());
@@ -288,37 +309,52 @@ void ProjectWriter::writeObjInfo(const Entity &entity, const Object &object)
     }
     writeObjectVariables(object);
     if (object.isSprite())
-        writeFrames(entity, object);
+        writeFrames(object);
     mSink.endElement();
 }
 
-void ProjectWriter::writeFrames(const Entity &entity, const Object &object)
+void ProjectWriter::collectFrames(const Entity &entity)
 {
-    // Every image a key of this object shows, animation by animation, each once.
-    QSet<const File *> seen;
-    QList<FilePosition> frames;
+    // Every image a key of each sprite object shows, animation by animation, each once.
+    // One pass over all timelines: asking each object for its timelines would walk every
+    // animation once per object.
+    mFrames.assign(std::size_t(mObjectPositions.size()), {});
+    std::vector<QSet<const File *>> seen(mFrames.size());
     for (int a = 0; a < entity.animationCount(); ++a) {
         const Animation *animation = entity.animation(a);
         for (int t = 0; t < animation->timelineCount(); ++t) {
             const Timeline *timeline = animation->timeline(t);
-            if (timeline->object() != &object)
+            const Object *object = timeline->object();
+            if (!object || !object->isSprite())
                 continue;
+            const int number = mObjectPositions.value(object, -1);
+            if (number < 0)
+                continue;
+            QList<FilePosition> &frames = mFrames[std::size_t(number)];
+            QSet<const File *> &files = seen[std::size_t(number)];
             for (int k = 0; k < timeline->keyCount(); ++k) {
                 const File *file = timeline->key(k)->fileInfo().file();
                 FilePosition position;
-                if (!file || seen.contains(file) || !filePosition(file, &position))
+                if (!file || files.contains(file) || !filePosition(file, &position))
                     continue;
-                seen.insert(file);
+                files.insert(file);
                 frames.append(position);
             }
         }
     }
+}
+
+void ProjectWriter::writeFrames(const Object &object)
+{
     mSink.startElement("frames", true);
-    for (const FilePosition &position : std::as_const(frames)) {
-        mSink.startElement("i");
-        mSink.integerAttribute("folder", position.first);
-        mSink.integerAttribute("file", position.second);
-        mSink.endElement();
+    const int number = mObjectPositions.value(&object, -1);
+    if (number >= 0 && std::size_t(number) < mFrames.size()) {
+        for (const FilePosition &position : std::as_const(mFrames[std::size_t(number)])) {
+            mSink.startElement("i");
+            mSink.integerAttribute("folder", position.first);
+            mSink.integerAttribute("file", position.second);
+            mSink.endElement();
+        }
     }
     mSink.endElement();
 }
@@ -328,6 +364,7 @@ void ProjectWriter::writeAnimation(Animation &animation, int index)
     mTimelineIndexes.clear();
     for (int t = 0; t < animation.timelineCount(); ++t)
         mTimelineIndexes.insert(animation.timeline(t), t);
+    mLastKeyIndexes.assign(std::size_t(animation.timelineCount()), -1);
 
     mSink.startElement("animation");
     mSink.integerAttribute("id", index);
@@ -385,6 +422,43 @@ void ProjectWriter::writeCurve(const TweenInfo &curve)
         mSink.g6Attribute(names[i], curve.cAt(i));
 }
 
+bool ProjectWriter::refTarget(const ObjectRef &ref, RefTarget *target)
+{
+    // Each look-up through the reference resolves its key again; do it once.
+    target->key = ref.key();
+    target->timeline = target->key ? target->key->parentTimeline() : nullptr;
+    if (!target->timeline)
+        return false;
+    const auto it = mTimelineIndexes.constFind(target->timeline);
+    if (it == mTimelineIndexes.constEnd())
+        return false;
+    target->timelineIndex = it.value();
+    // Consecutive mainline keys mostly point at the same or the next key of a timeline.
+    int &last = mLastKeyIndexes[std::size_t(target->timelineIndex)];
+    const int count = target->timeline->keyCount();
+    if (last >= 0 && last < count && target->timeline->key(last) == target->key)
+        target->keyIndex = last;
+    else if (last + 1 >= 0 && last + 1 < count && target->timeline->key(last + 1) == target->key)
+        target->keyIndex = last + 1;
+    else
+        target->keyIndex = target->timeline->indexOfKey(target->key);
+    last = target->keyIndex;
+    return true;
+}
+
+int ProjectWriter::writtenParentId(const MainlineKey &key, const ObjectRef &ref) const
+{
+    const BoneRef *parent = ref.parentRef();
+    if (!parent)
+        return -1;
+    int position = parent->id();
+    if (position < 0 || position >= key.boneRefCount() || key.boneRef(position) != parent)
+        position = key.indexOfBoneRef(parent);
+    if (position < 0 || std::size_t(position) >= mBoneIds.size())
+        return -1;
+    return mBoneIds[std::size_t(position)];
+}
+
 void ProjectWriter::writeMainlineKey(MainlineKey &key, int index)
 {
     mSink.startElement("key");
@@ -393,40 +467,42 @@ void ProjectWriter::writeMainlineKey(MainlineKey &key, int index)
         mSink.integerAttribute("time", key.currentTime());
     writeCurve(key.curve());
 
-    // References whose key is gone are left out; the others are numbered as written.
-    QHash<const BoneRef *, int> boneIds;
+    // References whose key is gone are left out; the others are numbered as written. A
+    // parent is named only when it was written before its child.
+    mBoneIds.assign(std::size_t(key.boneRefCount()), -1);
+    int boneId = 0;
+    RefTarget target;
     for (int b = 0; b < key.boneRefCount(); ++b) {
         const BoneRef *ref = key.boneRef(b);
-        const TimelineKey *target = ref->key();
-        if (!target || !ref->timeline() || !mTimelineIndexes.contains(ref->timeline()))
+        if (!refTarget(*ref, &target))
             continue;
-        const int id = int(boneIds.size());
-        boneIds.insert(ref, id);
+        mBoneIds[std::size_t(b)] = boneId;
+        const int parent = writtenParentId(key, *ref);
         mSink.startElement("bone_ref");
-        mSink.integerAttribute("id", id);
-        if (ref->parentRef() && boneIds.contains(ref->parentRef()))
-            mSink.integerAttribute("parent", boneIds.value(ref->parentRef()));
-        mSink.integerAttribute("timeline", mTimelineIndexes.value(ref->timeline()));
-        mSink.integerAttribute("key", ref->keyIndex());
+        mSink.integerAttribute("id", boneId++);
+        if (parent >= 0)
+            mSink.integerAttribute("parent", parent);
+        mSink.integerAttribute("timeline", target.timelineIndex);
+        mSink.integerAttribute("key", target.keyIndex);
         mSink.endElement();
     }
     int written = 0;
     for (int z = 0; z < key.zRefCount(); ++z) {
         const ZRef *ref = key.zRef(z);
-        const TimelineKey *target = ref->key();
-        if (!target || !ref->timeline() || !mTimelineIndexes.contains(ref->timeline()))
+        if (!refTarget(*ref, &target))
             continue;
         mSink.startElement("object_ref");
         mSink.integerAttribute("id", written);
-        if (ref->parentRef() && boneIds.contains(ref->parentRef()))
-            mSink.integerAttribute("parent", boneIds.value(ref->parentRef()));
+        const int parent = writtenParentId(key, *ref);
+        if (parent >= 0)
+            mSink.integerAttribute("parent", parent);
         DisplayInfo pose;
-        if (mOptions.absolutePose && ref->timeline()->isSprite()
+        if (mOptions.absolutePose && target.timeline->isSprite()
             && mOptions.absolutePose(*ref, &pose)) {
-            const Object *object = ref->timeline()->object();
-            mSink.attribute("name", object ? object->name() : ref->timeline()->name());
+            const Object *object = target.timeline->object();
+            mSink.attribute("name", object ? object->name() : target.timeline->name());
             FilePosition position;
-            if (filePosition(target->fileInfo().file(), &position)) {
+            if (filePosition(target.key->fileInfo().file(), &position)) {
                 mSink.integerAttribute("folder", position.first);
                 mSink.integerAttribute("file", position.second);
             }
@@ -441,8 +517,8 @@ void ProjectWriter::writeMainlineKey(MainlineKey &key, int index)
             mSink.real6Attribute("abs_scale_y", pose.yScale);
             mSink.real6Attribute("abs_a", pose.alpha);
         }
-        mSink.integerAttribute("timeline", mTimelineIndexes.value(ref->timeline()));
-        mSink.integerAttribute("key", ref->keyIndex());
+        mSink.integerAttribute("timeline", target.timelineIndex);
+        mSink.integerAttribute("key", target.keyIndex);
         mSink.integerAttribute("z_index", written);
         mSink.endElement();
         ++written;
@@ -464,6 +540,7 @@ void ProjectWriter::writeTimeline(Timeline &timeline, int index)
         writeTimelineKey(timeline, k);
     writeTimelineValueLines(timeline);
     mSink.endElement();
+    keysWritten(timeline.keyCount());
 }
 
 void ProjectWriter::writeTimelineKey(const Timeline &timeline, int index)

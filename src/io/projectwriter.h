@@ -5,8 +5,13 @@
 #include "io/projectsaveoptions.h"
 
 #include <QHash>
+#include <QList>
 #include <QPair>
 #include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
 
 namespace Morvane {
 
@@ -16,6 +21,7 @@ class File;
 class Folder;
 class MainlineKey;
 class Object;
+class ObjectRef;
 class ProjectSink;
 class RigxData;
 class Timeline;
@@ -37,6 +43,13 @@ public:
     /// The clean-up before a save: empty timelines and unused files go.
     static void prepareDocument(RigxData &document);
 
+    /// Called with how much of the document has been written, 0..100 by the share of
+    /// timeline keys, each time that share grows by a percent (never per key); 100 last.
+    void setProgress(std::function<void(int percent)> progress)
+    {
+        mProgress = std::move(progress);
+    }
+
     void write();
 
     /// Whether turning from model angle `from` to `to` the shorter way is clockwise.
@@ -47,8 +60,23 @@ public:
 private:
     using FilePosition = QPair<int, int>; // folder index, file index
 
+    // Where a mainline key reference points: its timeline's index and the key's index.
+    struct RefTarget
+    {
+        const TimelineKey *key = nullptr;
+        const Timeline *timeline = nullptr;
+        int timelineIndex = -1;
+        int keyIndex = -1;
+    };
+
     void indexFiles();
     bool filePosition(const File *file, FilePosition *position) const;
+    /// False when the reference's key or timeline is gone or not in the animation written.
+    bool refTarget(const ObjectRef &ref, RefTarget *target);
+    /// The written id of `ref`'s parent bone reference, -1 when it has none written so far.
+    int writtenParentId(const MainlineKey &key, const ObjectRef &ref) const;
+    void collectFrames(const Entity &entity);
+    void keysWritten(int count);
 
     void writeRoot();
     void writeAtlases();
@@ -56,7 +84,7 @@ private:
     void writeFile(const File &file, int index);
     void writeEntity(Entity &entity, int index);
     void writeObjInfo(const Entity &entity, const Object &object);
-    void writeFrames(const Entity &entity, const Object &object);
+    void writeFrames(const Object &object);
     void writeAnimation(Animation &animation, int index);
     void writeMainline(Animation &animation);
     void writeMainlineKey(MainlineKey &key, int index);
@@ -89,6 +117,18 @@ private:
     QHash<const Object *, int> mObjectPositions;
     // Per animation: each timeline's index.
     QHash<const Timeline *, int> mTimelineIndexes;
+    // Per timeline of the animation: the key index a reference found last, which is where
+    // the next mainline key's reference usually points.
+    std::vector<int> mLastKeyIndexes;
+    // Per mainline key: the written id of each bone reference by position, -1 if skipped.
+    std::vector<int> mBoneIds;
+    // Per entity: the images each sprite object's keys show, by the object's `obj` number.
+    std::vector<QList<FilePosition>> mFrames;
+
+    std::function<void(int percent)> mProgress;
+    std::int64_t mKeyTotal = 0;
+    std::int64_t mKeysDone = 0;
+    int mPercent = -1;
 };
 
 } // namespace Morvane

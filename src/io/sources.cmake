@@ -23,6 +23,7 @@ list(APPEND MORVANE_CORE_SOURCES
     io/projectsink.h
     io/projectwriter.cpp
     io/projectwriter.h
+    io/utf8encoder.h
     io/xmlprojectreader.cpp
     io/xmlprojectreader.h
     io/xmlprojectwriter.cpp

@@ -10,7 +10,7 @@ namespace Morvane {
 
 namespace {
 
-class XmlSink : public ProjectSink
+class XmlSink final : public ProjectSink
 {
 public:
     explicit XmlSink(XmlWriter &writer)
@@ -44,14 +44,24 @@ private:
 } // namespace
 
 bool XmlProjectWriter::write(RigxData &document, QIODevice *device,
-                             const ProjectSaveOptions &options, QString *error)
+                             const ProjectSaveOptions &options, QString *error,
+                             const std::function<void(int percent)> &progress)
 {
     XmlWriter writer(device);
     writer.setAutoFormatting(options.prettifyXml);
     writer.setAutoFormattingIndent(4);
     writer.writeStartDocument();
     XmlSink sink(writer);
-    ProjectWriter(document, sink, options).write();
+    ProjectWriter projectWriter(document, sink, options);
+    if (progress) {
+        // The output streams to the device while the walk goes on: hand it over before
+        // each report, so that the device holds what the percentage claims.
+        projectWriter.setProgress([&writer, &progress](int percent) {
+            writer.flush();
+            progress(percent);
+        });
+    }
+    projectWriter.write();
     writer.writeEndDocument();
     if (writer.hasError()) {
         if (error)

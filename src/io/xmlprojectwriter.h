@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <functional>
+
 class QIODevice;
 
 namespace Morvane {
@@ -20,9 +22,11 @@ public:
     /// `options.prettifyXml`, else on one line. The document is not cleaned up first (see
     /// `ProjectWriter::prepareDocument`); key angles are normalised and bone references
     /// reordered as a side effect. Returns false with the device's reason in `error` when
-    /// writing fails.
+    /// writing fails. `progress`, when set, hears how far the writing has come (0..100,
+    /// rising, a few hundred calls at most); the document must not change meanwhile.
     static bool write(RigxData &document, QIODevice *device, const ProjectSaveOptions &options,
-                      QString *error = nullptr);
+                      QString *error = nullptr,
+                      const std::function<void(int percent)> &progress = {});
 };
 
 } // namespace Morvane

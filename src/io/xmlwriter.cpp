@@ -3,14 +3,26 @@
 #include "xmlwriter.h"
 
 #include "numberformat.h"
+#include "utf8encoder.h"
 
 #include <QIODevice>
+
+#include <algorithm>
+#include <cstring>
 
 namespace Morvane {
 
 namespace {
 
+// Output is handed to the device in pieces of about this size: large enough that system
+// calls cost nothing, small enough to stay in the cache.
 constexpr std::size_t FlushThreshold = 1 << 16;
+// Room kept behind the threshold, so that one element or attribute name or one number
+// never needs a flush in the middle.
+constexpr std::size_t Slack = 4096;
+
+// The longest escaped form of one UTF-16 unit ("&quot;").
+constexpr std::size_t MaxEscapedUnit = 6;
 
 bool isXmlChar(char32_t c)
 {
@@ -21,58 +33,31 @@ bool isXmlChar(char32_t c)
     return c != 0xFFFE && c != 0xFFFF && c <= 0x10FFFF;
 }
 
-void appendUtf8(std::string &out, char32_t c)
+// Writes the escaped form of one ASCII character that XML can hold and returns the end.
+char *putEscapedAscii(char *out, char c, bool attribute)
 {
-    if (c < 0x80) {
-        out.push_back(char(c));
-    } else if (c < 0x800) {
-        out.push_back(char(0xC0 | (c >> 6)));
-        out.push_back(char(0x80 | (c & 0x3F)));
-    } else if (c < 0x10000) {
-        out.push_back(char(0xE0 | (c >> 12)));
-        out.push_back(char(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(char(0x80 | (c & 0x3F)));
-    } else {
-        out.push_back(char(0xF0 | (c >> 18)));
-        out.push_back(char(0x80 | ((c >> 12) & 0x3F)));
-        out.push_back(char(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(char(0x80 | (c & 0x3F)));
-    }
-}
-
-// Appends the escaped form of one character; false when it has no special form.
-bool appendEscape(std::string &out, char32_t c, bool attribute)
-{
+    const auto literal = [out](const char *text, std::size_t length) {
+        std::memcpy(out, text, length);
+        return out + length;
+    };
     switch (c) {
     case '<':
-        out += "&lt;";
-        return true;
+        return literal("&lt;", 4);
     case '>':
-        out += "&gt;";
-        return true;
+        return literal("&gt;", 4);
     case '&':
-        out += "&amp;";
-        return true;
+        return literal("&amp;", 5);
     case '"':
-        out += "&quot;";
-        return true;
-    default:
-        break;
-    }
-    if (!attribute)
-        return false;
-    switch (c) {
+        return literal("&quot;", 6);
     case '\n':
-        out += "&#10;";
-        return true;
+        return attribute ? literal("&#10;", 5) : literal("\n", 1);
     case '\r':
-        out += "&#13;";
-        return true;
+        return attribute ? literal("&#13;", 5) : literal("\r", 1);
     case '\t':
-        out += "&#9;";
-        return true;
+        return attribute ? literal("&#9;", 4) : literal("\t", 1);
     default:
-        return false;
+        *out = c;
+        return out + 1;
     }
 }
 
@@ -80,8 +65,10 @@ bool appendEscape(std::string &out, char32_t c, bool attribute)
 
 XmlWriter::XmlWriter(QIODevice *device)
     : mDevice(device)
+    , mBuffer(new char[FlushThreshold + Slack])
 {
-    mBuffer.reserve(FlushThreshold + 4096);
+    mEnd = mBuffer.get();
+    mLimit = mEnd + FlushThreshold + Slack;
 }
 
 XmlWriter::~XmlWriter()
@@ -89,10 +76,32 @@ XmlWriter::~XmlWriter()
     flush();
 }
 
+char *XmlWriter::reserve(std::size_t bytes)
+{
+    if (std::size_t(mLimit - mEnd) < bytes) {
+        flush();
+        if (std::size_t(mLimit - mEnd) < bytes) {
+            // Only a single huge name can get here; grow to hold it.
+            const std::size_t capacity = bytes + Slack;
+            mBuffer.reset(new char[capacity]);
+            mEnd = mBuffer.get();
+            mLimit = mEnd + capacity;
+        }
+    }
+    return mEnd;
+}
+
+void XmlWriter::put(std::string_view text)
+{
+    char *out = reserve(text.size());
+    std::memcpy(out, text.data(), text.size());
+    mEnd = out + text.size();
+}
+
 void XmlWriter::writeStartDocument()
 {
     finishStartElement(false);
-    mBuffer += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    put("<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
 }
 
 void XmlWriter::writeStartElement(std::string_view name)
@@ -101,60 +110,66 @@ void XmlWriter::writeStartElement(std::string_view name)
     // does not gain whitespace.
     if (!finishStartElement(false) && mAutoFormatting)
         indent(mDepth);
-    mBuffer += '<';
-    mBuffer += name;
+    char *out = reserve(name.size() + 1);
+    *out++ = '<';
+    std::memcpy(out, name.data(), name.size());
+    mEnd = out + name.size();
+    mTagStarts.push_back(std::uint32_t(mTagStack.size()));
     mTagStack += name;
-    mTagStack += '\0';
     ++mDepth;
     mInStartElement = true;
     mLastWasStartElement = true;
     maybeFlush();
 }
 
-void XmlWriter::beginAttribute(std::string_view name)
+char *XmlWriter::beginAttribute(std::string_view name, std::size_t valueBytes)
 {
     Q_ASSERT(mInStartElement);
-    mBuffer += ' ';
-    mBuffer += name;
-    mBuffer += "=\"";
+    char *out = reserve(name.size() + valueBytes + 4);
+    *out++ = ' ';
+    std::memcpy(out, name.data(), name.size());
+    out += name.size();
+    *out++ = '=';
+    *out++ = '"';
+    return out;
 }
 
 void XmlWriter::writeAttribute(std::string_view name, QStringView value)
 {
-    beginAttribute(name);
+    mEnd = beginAttribute(name, 0);
     writeEscaped(value, Escape::Attribute);
-    mBuffer += '"';
+    put('"');
 }
 
 void XmlWriter::writeAttribute(std::string_view name, std::string_view utf8Value)
 {
-    beginAttribute(name);
+    mEnd = beginAttribute(name, 0);
     writeEscapedUtf8(utf8Value, Escape::Attribute);
-    mBuffer += '"';
+    put('"');
 }
 
 void XmlWriter::writeIntegerAttribute(std::string_view name, std::int64_t value)
 {
-    beginAttribute(name);
-    char buffer[NumberFormat::BufferSize];
-    mBuffer.append(buffer, std::size_t(NumberFormat::writeInteger(buffer, value)));
-    mBuffer += '"';
+    char *out = beginAttribute(name, NumberFormat::BufferSize);
+    out += NumberFormat::writeInteger(out, value);
+    *out++ = '"';
+    mEnd = out;
 }
 
 void XmlWriter::writeReal6Attribute(std::string_view name, double value)
 {
-    beginAttribute(name);
-    char buffer[NumberFormat::BufferSize];
-    mBuffer.append(buffer, std::size_t(NumberFormat::writeReal6(buffer, value)));
-    mBuffer += '"';
+    char *out = beginAttribute(name, NumberFormat::BufferSize);
+    out += NumberFormat::writeReal6(out, value);
+    *out++ = '"';
+    mEnd = out;
 }
 
 void XmlWriter::writeG6Attribute(std::string_view name, double value)
 {
-    beginAttribute(name);
-    char buffer[NumberFormat::BufferSize];
-    mBuffer.append(buffer, std::size_t(NumberFormat::writeG6(buffer, value)));
-    mBuffer += '"';
+    char *out = beginAttribute(name, NumberFormat::BufferSize);
+    out += NumberFormat::writeG6(out, value);
+    *out++ = '"';
+    mEnd = out;
 }
 
 void XmlWriter::writeCharacters(QStringView text)
@@ -170,21 +185,23 @@ void XmlWriter::writeEndElement()
     if (mDepth == 0)
         return;
     --mDepth;
-    // The tag stack holds "name\0name\0"; the innermost name sits before the last '\0'.
-    const std::size_t end = mTagStack.size() - 1;
-    const std::size_t previous = mTagStack.rfind('\0', end == 0 ? 0 : end - 1);
-    const std::size_t begin = (previous == std::string::npos || previous >= end) ? 0
-                                                                                 : previous + 1;
+    const std::size_t begin = mTagStarts.back();
+    mTagStarts.pop_back();
     if (mInStartElement) {
-        mBuffer += "/>";
+        put("/>");
         mInStartElement = false;
         mLastWasStartElement = false;
     } else {
         if (!finishStartElement(false) && !mLastWasStartElement && mAutoFormatting)
             indent(mDepth);
-        mBuffer += "</";
-        mBuffer.append(mTagStack, begin, end - begin);
-        mBuffer += '>';
+        const std::string_view name = std::string_view(mTagStack).substr(begin);
+        char *out = reserve(name.size() + 3);
+        *out++ = '<';
+        *out++ = '/';
+        std::memcpy(out, name.data(), name.size());
+        out += name.size();
+        *out++ = '>';
+        mEnd = out;
         mLastWasStartElement = false;
     }
     mTagStack.resize(begin);
@@ -195,26 +212,22 @@ void XmlWriter::writeEndDocument()
 {
     while (mDepth > 0)
         writeEndElement();
-    mBuffer += '\n';
+    put('\n');
     flush();
 }
 
 bool XmlWriter::flush()
 {
-    if (mBuffer.empty() || mError) {
-        mBuffer.clear();
+    const qint64 size = mEnd - mBuffer.get();
+    mEnd = mBuffer.get();
+    if (size == 0 || mError)
         return !mError;
-    }
-    if (!mDevice) {
-        mBuffer.clear();
+    if (!mDevice)
         return true;
-    }
-    const qint64 written = mDevice->write(mBuffer.data(), qint64(mBuffer.size()));
-    if (written != qint64(mBuffer.size())) {
+    if (mDevice->write(mBuffer.get(), size) != size) {
         mError = true;
         mErrorString = mDevice->errorString();
     }
-    mBuffer.clear();
     return !mError;
 }
 
@@ -224,15 +237,18 @@ bool XmlWriter::finishStartElement(bool contents)
     mWroteSomething = contents;
     if (!mInStartElement)
         return hadSomethingWritten;
-    mBuffer += '>';
+    put('>');
     mInStartElement = false;
     return hadSomethingWritten;
 }
 
 void XmlWriter::indent(int depth)
 {
-    mBuffer += '\n';
-    mBuffer.append(std::size_t(depth * mIndent), ' ');
+    const std::size_t spaces = std::size_t(depth * mIndent);
+    char *out = reserve(spaces + 1);
+    *out++ = '\n';
+    std::memset(out, ' ', spaces);
+    mEnd = out + spaces;
 }
 
 void XmlWriter::writeEscaped(QStringView text, Escape mode)
@@ -241,17 +257,22 @@ void XmlWriter::writeEscaped(QStringView text, Escape mode)
     const char16_t *p = text.utf16();
     const char16_t *const end = p + text.size();
     while (p < end) {
-        char32_t c = *p++;
-        if (c >= 0xD800 && c <= 0xDBFF && p < end && *p >= 0xDC00 && *p <= 0xDFFF)
-            c = 0x10000 + ((c - 0xD800) << 10) + (char32_t(*p++) - 0xDC00);
-        if (!isXmlChar(c))
-            continue;
-        if (c < 0x80) {
-            if (!appendEscape(mBuffer, c, attribute))
-                mBuffer.push_back(char(c));
-        } else {
-            appendUtf8(mBuffer, c);
+        // Escape in pieces that fit the buffer, so a long text needs no check per unit.
+        char *out = reserve(std::min<std::size_t>(std::size_t(end - p), 1024) * MaxEscapedUnit);
+        const char16_t *const pieceEnd = p + std::min<std::ptrdiff_t>(end - p, 1024);
+        while (p < pieceEnd) {
+            if (*p < 0x80) {
+                const char c = char(*p++);
+                if (isXmlChar(char32_t(c)))
+                    out = putEscapedAscii(out, c, attribute);
+                continue;
+            }
+            // A pair may reach one unit past the piece; the piece's room covers it.
+            const char32_t c = Utf8Encoder::next(p, end);
+            if (isXmlChar(c))
+                out += Utf8Encoder::encode(out, c);
         }
+        mEnd = out;
     }
 }
 
@@ -259,24 +280,29 @@ void XmlWriter::writeEscapedUtf8(std::string_view text, Escape mode)
 {
     // Decoding to QString would cost more than the writing; escape the bytes directly.
     // Malformed UTF-8 goes through QString so that it is replaced like the QString path.
-    const bool attribute = mode == Escape::Attribute;
     for (unsigned char c : text) {
         if (c >= 0x80) {
             writeEscaped(QString::fromUtf8(text.data(), qsizetype(text.size())), mode);
             return;
         }
     }
-    for (unsigned char c : text) {
-        if (!isXmlChar(c))
-            continue;
-        if (!appendEscape(mBuffer, c, attribute))
-            mBuffer.push_back(char(c));
+    const bool attribute = mode == Escape::Attribute;
+    std::size_t done = 0;
+    while (done < text.size()) {
+        const std::size_t piece = std::min<std::size_t>(text.size() - done, 4096);
+        char *out = reserve(piece * MaxEscapedUnit);
+        for (char c : text.substr(done, piece)) {
+            if (isXmlChar(char32_t(c)))
+                out = putEscapedAscii(out, c, attribute);
+        }
+        mEnd = out;
+        done += piece;
     }
 }
 
 void XmlWriter::maybeFlush()
 {
-    if (mBuffer.size() >= FlushThreshold)
+    if (std::size_t(mEnd - mBuffer.get()) >= FlushThreshold)
         flush();
 }
 

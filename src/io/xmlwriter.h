@@ -6,8 +6,10 @@
 #include <QStringView>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class QIODevice;
 
@@ -64,12 +66,21 @@ private:
     void indent(int depth);
     void writeEscaped(QStringView text, Escape mode);
     void writeEscapedUtf8(std::string_view text, Escape mode);
-    void beginAttribute(std::string_view name);
+    /// Makes room for `bytes` more bytes at `mEnd`, flushing first when the buffer is full.
+    char *reserve(std::size_t bytes);
+    void put(char c) { *reserve(1) = c; ++mEnd; }
+    void put(std::string_view text);
+    /// Starts ` name="`, with room for `valueBytes` more bytes behind it.
+    char *beginAttribute(std::string_view name, std::size_t valueBytes);
     void maybeFlush();
 
     QIODevice *mDevice;
-    std::string mBuffer;
-    std::string mTagStack; // names separated by '\0', innermost last
+    // The output waiting for the device: bytes [mBuffer, mEnd) of a fixed allocation.
+    std::unique_ptr<char[]> mBuffer;
+    char *mEnd = nullptr;
+    char *mLimit = nullptr;
+    std::string mTagStack; // open element names, innermost last
+    std::vector<std::uint32_t> mTagStarts; // where each name begins in mTagStack
     int mDepth = 0;
     int mIndent = 4;
     bool mAutoFormatting = false;

@@ -21,6 +21,7 @@ private slots:
     void real6();
     void g6_data();
     void g6();
+    void real6MatchesPrintf();
     void g6MatchesPrintf();
     void shortest_data();
     void shortest();
@@ -52,6 +53,13 @@ void TestNumberFormat::real6_data()
         << 1e20 << QByteArray("100000000000000000000");
     QTest::newRow("nan") << std::nan("") << QByteArray("0");
     QTest::newRow("infinity") << std::numeric_limits<double>::infinity() << QByteArray("0");
+    QTest::newRow("negative zero") << -0.0 << QByteArray("-0");
+    // 2^-7 * 1e6 is exactly 7812.5: a tie goes to the even neighbour.
+    QTest::newRow("exact tie rounds to even") << 0.0078125 << QByteArray("0.007812");
+    QTest::newRow("exact tie rounds up to even") << 0.0234375 << QByteArray("0.023438");
+    QTest::newRow("negative below a million") << -999999.9999996 << QByteArray("-1000000");
+    QTest::newRow("only the last decimal") << 12.000001 << QByteArray("12.000001");
+    QTest::newRow("past the fast range") << 12345678.9 << QByteArray("12345678.9");
 }
 
 void TestNumberFormat::real6()
@@ -80,6 +88,37 @@ void TestNumberFormat::g6()
     QFETCH(double, value);
     QFETCH(QByteArray, text);
     QCOMPARE(NumberFormat::g6(value), text);
+}
+
+void TestNumberFormat::real6MatchesPrintf()
+{
+    // "%.6f" rounds the exact binary value; compare over many magnitudes, and at values
+    // that lie on or next to a rounding tie, where a shortcut through scaling would slip.
+    QRandomGenerator random(7);
+    for (int i = 0; i < 60000; ++i) {
+        double value;
+        if (i % 3 == 0) {
+            const double mantissa = random.generateDouble() * 2.0 - 1.0;
+            value = mantissa * std::pow(10.0, random.bounded(-9, 10));
+        } else {
+            // Halfway between two millionths, moved by a few units in the last place.
+            const double tie = (double(random.bounded(0, 20000000)) + 0.5) / 1e6;
+            value = tie;
+            for (int step = random.bounded(-3, 4); step != 0; step += step > 0 ? -1 : 1)
+                value = std::nextafter(value, step > 0 ? 1e300 : -1e300);
+            if (i % 2)
+                value = -value;
+        }
+        char expected[400];
+        int length = std::snprintf(expected, sizeof expected, "%.6f", value);
+        while (length > 0 && expected[length - 1] == '0')
+            --length;
+        if (length > 0 && expected[length - 1] == '.')
+            --length;
+        char buffer[NumberFormat::BufferSize];
+        const int written = NumberFormat::writeReal6(buffer, value);
+        QCOMPARE(QByteArray(buffer, written), QByteArray(expected, length));
+    }
 }
 
 void TestNumberFormat::g6MatchesPrintf()
