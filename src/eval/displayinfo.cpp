@@ -149,7 +149,7 @@ void DisplayInfo::setDefaultPivot(bool on, const Address &file)
 {
     if (on) {
         mFlags |= DefaultPivot;
-        mFileLink = file;
+        mFileLink.set(file.file(false));
     } else {
         mFlags &= ~DefaultPivot;
     }
@@ -193,7 +193,7 @@ void DisplayInfo::setPivotX(double value, bool useDefault)
     mPivotX = value;
     if (!useDefault) {
         mFlags &= ~DefaultPivot;
-        mFileLink = Address();
+        mFileLink.set(nullptr);
     }
 }
 
@@ -210,7 +210,7 @@ void DisplayInfo::setPivotY(double value, bool useDefault)
     mPivotY = value;
     if (!useDefault) {
         mFlags &= ~DefaultPivot;
-        mFileLink = Address();
+        mFileLink.set(nullptr);
     }
 }
 

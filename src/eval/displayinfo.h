@@ -3,6 +3,7 @@
 #pragma once
 
 #include "model/address.h"
+#include "model/itemlink.h"
 
 #include <QColor>
 
@@ -41,7 +42,7 @@ public:
     /// Whether the pivot is read from and written to the linked file.
     bool defaultPivot() const { return mFlags & DefaultPivot; }
     void setDefaultPivot(bool on, const Address &file = Address());
-    const Address &fileLink() const { return mFileLink; }
+    const FileLink &fileLink() const { return mFileLink; }
     unsigned char flags() const { return mFlags; }
     void setFlags(unsigned char flags) { mFlags = flags; }
 
@@ -91,7 +92,7 @@ private:
     File *linkedFile() const;
 
     unsigned char mFlags = 0;
-    Address mFileLink;
+    FileLink mFileLink;
     double mPivotX = 0.0;
     double mPivotY = 0.0;
 };

@@ -123,14 +123,20 @@ TimelineKey Timeline::keyFromTime(int time) const
         return TimelineKey();
     TimelineKey blended(*a);
     blended.setInfo(DisplayInfo(a->info(), b->info(), r));
-    blended.entityInfo() = EntityInfo(a->entityInfo(), b->entityInfo(), r);
-    SoundInfo &sound = blended.soundInfo();
-    sound.volume = a->soundInfo().volume + (b->soundInfo().volume - a->soundInfo().volume) * r;
-    sound.panning = a->soundInfo().panning + (b->soundInfo().panning - a->soundInfo().panning) * r;
-    if (r >= 1.0)
-        sound.trigger = b->soundInfo().trigger;
-    else if (r > 0.0)
-        sound.trigger = false;
+    // Keys of other timelines carry neither, and stay without.
+    const Timeline *timeline = a->parentTimeline();
+    if (a->hasEntityOrSoundInfo() || b->hasEntityOrSoundInfo()
+        || (timeline && (timeline->isSound() || timeline->isSubEntity()))) {
+        blended.entityInfo() = EntityInfo(a->entityInfo(), b->entityInfo(), r);
+        SoundInfo &sound = blended.soundInfo();
+        sound.volume = a->soundInfo().volume + (b->soundInfo().volume - a->soundInfo().volume) * r;
+        sound.panning =
+            a->soundInfo().panning + (b->soundInfo().panning - a->soundInfo().panning) * r;
+        if (r >= 1.0)
+            sound.trigger = b->soundInfo().trigger;
+        else if (r > 0.0)
+            sound.trigger = false;
+    }
     blended.setCachedTime(time);
     return blended;
 }

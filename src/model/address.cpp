@@ -96,34 +96,11 @@ Address::Address(RigxData *document, const QVariant &stored)
     }
 }
 
-Address::Address(const Address &other)
-    : mDocument(other.mDocument)
-    , mIndexes(other.mIndexes)
-    , mSize(other.mSize)
-{
-    if (other.mDirect)
-        registerWith(other.mDirect);
-}
+Address::Address(const Address &other) = default;
 
-Address &Address::operator=(const Address &other)
-{
-    if (this == &other)
-        return *this;
-    mDocument = other.mDocument;
-    mIndexes = other.mIndexes;
-    mSize = other.mSize;
-    if (mDirect != other.mDirect) {
-        unregister();
-        if (other.mDirect)
-            registerWith(other.mDirect);
-    }
-    return *this;
-}
+Address &Address::operator=(const Address &other) = default;
 
-Address::~Address()
-{
-    unregister();
-}
+Address::~Address() = default;
 
 int Address::at(int position) const
 {
@@ -172,66 +149,35 @@ bool Address::operator==(const Address &other) const
     return true;
 }
 
-void Address::registerWith(MorvaneModelItem *item) const
-{
-    mDirect = item;
-    Address *self = const_cast<Address *>(this);
-    mPrevRegistered = nullptr;
-    mNextRegistered = item->mFirstAddress;
-    if (item->mFirstAddress)
-        item->mFirstAddress->mPrevRegistered = self;
-    item->mFirstAddress = self;
-}
-
-void Address::unregister() const
-{
-    if (!mDirect)
-        return;
-    if (mPrevRegistered)
-        mPrevRegistered->mNextRegistered = mNextRegistered;
-    else
-        mDirect->mFirstAddress = mNextRegistered;
-    if (mNextRegistered)
-        mNextRegistered->mPrevRegistered = mPrevRegistered;
-    mDirect = nullptr;
-    mPrevRegistered = nullptr;
-    mNextRegistered = nullptr;
-}
-
 void Address::setDirectPointer(MorvaneModelItem *item, bool keepOld)
 {
-    if (item == mDirect)
-        return;
     // An address registers with one item at a time; "keeping" the old one
     // only means the old item is not told, which a single list cannot model,
     // so both forms unregister.
     Q_UNUSED(keepOld);
-    unregister();
-    if (!item)
-        return;
-    if (!mDocument)
+    if (item && !mDocument)
         mDocument = item->document();
-    registerWith(item);
+    mDirect.set(item);
 }
 
 bool Address::directPointingTo(const MorvaneModelItem *item, bool clear)
 {
-    if (!item || mDirect != item)
+    if (!item || mDirect.item() != item)
         return false;
     if (clear)
-        unregister();
+        mDirect.set(nullptr);
     return true;
 }
 
 void Address::invalidate()
 {
-    unregister();
+    mDirect.set(nullptr);
 }
 
 MorvaneModelItem *Address::resolve(int kind) const
 {
-    if (mDirect)
-        return matchesKind(mDirect, kind) ? mDirect : nullptr;
+    if (MorvaneModelItem *direct = mDirect.item())
+        return matchesKind(direct, kind) ? direct : nullptr;
     if (!mDocument)
         return nullptr;
 
@@ -266,7 +212,7 @@ MorvaneModelItem *Address::resolve(int kind) const
         break;
     }
     if (found)
-        registerWith(found);
+        mDirect.set(found);
     return found;
 }
 

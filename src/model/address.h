@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "model/itemlink.h"
+
 #include <QList>
 #include <QVariant>
 
@@ -37,7 +39,8 @@ class TimelineKey;
 class Address
 {
 public:
-    static constexpr int MaxIndexes = 8;
+    // The longest address, a reference's, has five.
+    static constexpr int MaxIndexes = 6;
 
     Address() = default;
     explicit Address(RigxData *document);
@@ -103,25 +106,20 @@ public:
     /// first unregisters from the previous item. Takes the item's document
     /// when the address has none.
     void setDirectPointer(MorvaneModelItem *item, bool keepOld = false);
-    MorvaneModelItem *directPointer() const { return mDirect; }
+    MorvaneModelItem *directPointer() const { return mDirect.item(); }
     /// Called for `item` going away: with `clear`, drops the direct pointer
     /// when it names `item`. Returns whether it named `item`.
     bool directPointingTo(const MorvaneModelItem *item, bool clear = false);
-    bool isValid() const { return mDirect != nullptr; }
+    bool isValid() const { return !mDirect.isEmpty(); }
     void invalidate();
 
 private:
-    friend class MorvaneModelItem;
-    void registerWith(MorvaneModelItem *item) const;
-    void unregister() const;
     MorvaneModelItem *resolve(int kind) const;
 
     RigxData *mDocument = nullptr;
     std::array<int, MaxIndexes> mIndexes{};
     int mSize = 0;
-    mutable MorvaneModelItem *mDirect = nullptr;
-    mutable Address *mPrevRegistered = nullptr;
-    mutable Address *mNextRegistered = nullptr;
+    ItemLink mDirect; // registered with the item, dropped when it goes
 };
 
 /// A holder of one address that model objects keep as a member (a file's

@@ -3,6 +3,8 @@
 #include "model/morvanemodelitem.h"
 
 #include "model/address.h"
+#include "model/file.h"
+#include "model/itemlink.h"
 #include "model/rigxdata.h"
 
 namespace Morvane {
@@ -61,22 +63,61 @@ void MorvaneModelItem::clearAllLinksAndChildren()
 int MorvaneModelItem::registeredAddressCount() const
 {
     int n = 0;
-    for (const Address *a = mFirstAddress; a; a = a->mNextRegistered)
+    for (const ItemLink *link = mFirstLink; link; link = link->mNext)
         ++n;
     return n;
 }
 
 void MorvaneModelItem::dropRegisteredAddresses()
 {
-    Address *a = mFirstAddress;
-    mFirstAddress = nullptr;
-    while (a) {
-        Address *next = a->mNextRegistered;
-        a->mDirect = nullptr;
-        a->mPrevRegistered = nullptr;
-        a->mNextRegistered = nullptr;
-        a = next;
+    ItemLink *link = mFirstLink;
+    mFirstLink = nullptr;
+    while (link) {
+        ItemLink *next = link->mNext;
+        link->mItem = nullptr;
+        link->mPrev = nullptr;
+        link->mNext = nullptr;
+        link = next;
     }
+}
+
+void ItemLink::registerWith(MorvaneModelItem *item) const
+{
+    auto *self = const_cast<ItemLink *>(this);
+    mItem = item;
+    mPrev = nullptr;
+    mNext = item->mFirstLink;
+    if (item->mFirstLink)
+        item->mFirstLink->mPrev = self;
+    item->mFirstLink = self;
+}
+
+void ItemLink::unregister() const
+{
+    if (!mItem)
+        return;
+    if (mPrev)
+        mPrev->mNext = mNext;
+    else
+        mItem->mFirstLink = mNext;
+    if (mNext)
+        mNext->mPrev = mPrev;
+    mItem = nullptr;
+    mPrev = nullptr;
+    mNext = nullptr;
+}
+
+FileLink::FileLink(File *file)
+    : ItemLink(file)
+{}
+
+File *FileLink::file(bool followRedirect) const
+{
+    MorvaneModelItem *linked = item();
+    if (!linked || linked->morvaneItemType() != MorvaneItemType::File)
+        return nullptr;
+    auto *f = static_cast<File *>(linked);
+    return followRedirect ? f->redirectedFile() : f;
 }
 
 } // namespace Morvane

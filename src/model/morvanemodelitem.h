@@ -4,7 +4,7 @@
 
 namespace Morvane {
 
-class Address;
+class ItemLink;
 class RigxData;
 
 /// Kinds of model nodes; `morvaneItemType()` tells them apart without RTTI.
@@ -60,11 +60,11 @@ public:
     int registeredAddressCount() const;
 
 private:
-    friend class Address;
+    friend class ItemLink;
     void dropRegisteredAddresses();
 
     MorvaneModelItem *mParentItem = nullptr;
-    Address *mFirstAddress = nullptr; // intrusive list: O(1) (un)registration
+    ItemLink *mFirstLink = nullptr; // intrusive list: O(1) (un)registration
     MorvaneItemType mItemType;
 };
 

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 list(APPEND MORVANE_CORE_SOURCES
     model/address.cpp
+    model/itemlink.h
     model/address.h
     model/animation.cpp
     model/animation.h

@@ -45,9 +45,9 @@ TimelineKey::TimelineKey(const FileInfo &file, const DisplayInfo &info, const Tw
     , mInfo(info)
     , mCurve(curve)
     , mId(id)
-    , mEntityInfo(entityInfo)
-    , mSound(sound)
-{}
+{
+    setExtras(entityInfo, sound);
+}
 
 TimelineKey::TimelineKey(const TimelineKey &other)
     : MorvaneModelItem(MorvaneItemType::TimelineKey)
@@ -56,9 +56,39 @@ TimelineKey::TimelineKey(const TimelineKey &other)
     , mCurve(other.mCurve)
     , mId(other.mId)
     , mCachedTime(other.time(true))
-    , mEntityInfo(other.mEntityInfo)
-    , mSound(other.mSound)
-{}
+{
+    if (other.mExtras)
+        mExtras = std::make_unique<Extras>(*other.mExtras);
+}
+
+TimelineKey::Extras &TimelineKey::extras()
+{
+    if (!mExtras)
+        mExtras = std::make_unique<Extras>();
+    return *mExtras;
+}
+
+const TimelineKey::Extras &TimelineKey::constExtras() const
+{
+    static const Extras defaults;
+    return mExtras ? *mExtras : defaults;
+}
+
+void TimelineKey::setExtras(const EntityInfo &entityInfo, const SoundInfo &sound)
+{
+    const EntityInfo plainEntity;
+    const SoundInfo plainSound;
+    const bool plain = entityInfo.animation.isEmpty() && !entityInfo.animation.isValid()
+                       && entityInfo.timeRatio == plainEntity.timeRatio
+                       && entityInfo.speedRatio == plainEntity.speedRatio
+                       && entityInfo.ratioControlMethod == plainEntity.ratioControlMethod
+                       && sound.volume == plainSound.volume && sound.panning == plainSound.panning
+                       && sound.trigger == plainSound.trigger;
+    if (plain)
+        mExtras.reset();
+    else
+        mExtras = std::make_unique<Extras>(Extras{entityInfo, sound});
+}
 
 TimelineKey &TimelineKey::operator=(const TimelineKey &other)
 {
@@ -69,8 +99,10 @@ TimelineKey &TimelineKey::operator=(const TimelineKey &other)
     mInfo = other.mInfo;
     mCurve = other.mCurve;
     mId = other.mId;
-    mEntityInfo = other.mEntityInfo;
-    mSound = other.mSound;
+    if (other.mExtras)
+        mExtras = std::make_unique<Extras>(*other.mExtras);
+    else
+        mExtras.reset();
     if (!mainKey())
         mCachedTime = other.time(true);
     return *this;
@@ -93,12 +125,7 @@ int TimelineKey::time(bool useCached) const
 
 MainlineKey *TimelineKey::mainKey() const
 {
-    // Only the direct pointer counts: a key whose mainline key went away is
-    // detached, and must not re-link to whatever key now has that index.
-    MorvaneModelItem *item = mMainKeyLink.directPointer();
-    if (item && item->morvaneItemType() == MorvaneItemType::MainlineKey)
-        return static_cast<MainlineKey *>(item);
-    return nullptr;
+    return mMainKey;
 }
 
 MainlineKey *TimelineKey::associatedMainlineKey(bool searchByTime) const
@@ -121,12 +148,10 @@ void TimelineKey::setMainKey(MainlineKey *key)
 {
     if (key) {
         mCachedTime = key->currentTime();
-        // Only the direct pointer is used (see mainKey()), so skip the indexes.
-        mMainKeyLink = Address();
-        mMainKeyLink.setDirectPointer(key);
+        mMainKey = key;
     } else {
         mCachedTime = time(true);
-        mMainKeyLink = Address();
+        mMainKey = nullptr;
     }
 }
 

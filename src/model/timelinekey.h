@@ -10,6 +10,8 @@
 
 #include <QImage>
 
+#include <memory>
+
 namespace Morvane {
 
 class Animation;
@@ -88,10 +90,13 @@ public:
     double trueT(double r) const { return mCurve.trueT(r); }
     int id() const { return mId; }
     void setId(int id) { mId = id; }
-    EntityInfo &entityInfo() { return mEntityInfo; }
-    const EntityInfo &entityInfo() const { return mEntityInfo; }
-    SoundInfo &soundInfo() { return mSound; }
-    const SoundInfo &soundInfo() const { return mSound; }
+    /// Sub-entity and sound data. Only keys of those timelines carry them; the others
+    /// read the defaults, and a non-const access gives a key its own.
+    EntityInfo &entityInfo() { return extras().entityInfo; }
+    const EntityInfo &entityInfo() const { return constExtras().entityInfo; }
+    SoundInfo &soundInfo() { return extras().sound; }
+    const SoundInfo &soundInfo() const { return constExtras().sound; }
+    bool hasEntityOrSoundInfo() const { return mExtras != nullptr; }
 
     // Time.
     /// The mainline key's time when linked (also cached); otherwise the cached
@@ -124,14 +129,24 @@ public:
     Address address() const;
 
 private:
+    struct Extras
+    {
+        EntityInfo entityInfo;
+        SoundInfo sound;
+    };
+    Extras &extras();
+    const Extras &constExtras() const;
+    void setExtras(const EntityInfo &entityInfo, const SoundInfo &sound);
+
     FileInfo mFileInfo;
     DisplayInfo mInfo;
     TweenInfo mCurve;
     int mId = -1;
     int mCachedTime = 0;
-    EntityInfo mEntityInfo;
-    SoundInfo mSound;
-    Address mMainKeyLink;
+    // Kept by the mainline key, which adopts and releases its children (also when it is
+    // destroyed), so a plain pointer never dangles.
+    MainlineKey *mMainKey = nullptr;
+    std::unique_ptr<Extras> mExtras;
 };
 
 } // namespace Morvane

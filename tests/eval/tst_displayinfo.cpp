@@ -146,7 +146,7 @@ void TstDisplayInfo::blendPivotAndFlag()
     QCOMPARE(both.pivotX(true), 0.25);
     QCOMPARE(both.pivotY(true), 0.75);
     QCOMPARE(both.pivotX(false), 0.1);
-    QVERIFY(both.fileLink() == image->address());
+    QCOMPARE(both.fileLink().file(), image);
 }
 
 void TstDisplayInfo::compose_data()
