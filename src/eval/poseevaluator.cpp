@@ -13,9 +13,15 @@
 #include <QHash>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numeric>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace Morvane {
 
@@ -58,34 +64,36 @@ inline void sinCosDegrees(double degrees, double *sine, double *cosine)
     const double c45 = 2.08757232129817482790e-09 + z * -1.13596475577881948265e-11;
     const double c = 1.0 - 0.5 * z + z2 * (c01 + z2 * (c23 + z2 * c45));
 
-    switch (quarter & 3) {
-    case 0:
-        *sine = s;
-        *cosine = c;
-        break;
-    case 1:
-        *sine = c;
-        *cosine = -s;
-        break;
-    case 2:
-        *sine = -s;
-        *cosine = -c;
-        break;
-    default:
-        *sine = -c;
-        *cosine = s;
-        break;
-    }
+    // The quadrant swaps sine and cosine and flips signs; done with bits, as
+    // the quadrant of a random angle is no pattern a branch could learn.
+    const unsigned q = unsigned(quarter);
+    const double swapped[2][2] = {{s, c}, {c, s}};
+    const double *pair = swapped[q & 1u];
+    const std::uint64_t sineSign = std::uint64_t(q & 2u) << 62;
+    const std::uint64_t cosineSign = std::uint64_t((q + 1u) & 2u) << 62;
+    *sine = std::bit_cast<double>(std::bit_cast<std::uint64_t>(pair[0]) ^ sineSign);
+    *cosine = std::bit_cast<double>(std::bit_cast<std::uint64_t>(pair[1]) ^ cosineSign);
 }
 
 inline double normalizedAngle(double degrees)
 {
     // One turn either way covers blends of normalised angles and compositions.
+    // Selected with masks rather than branches: which side a sum falls on is
+    // as random as the angles, so a branch would be mispredicted half the time,
+    // and compilers turn plain selections back into branches.
+#if defined(__SSE2__)
+    const __m128d turn = _mm_set_sd(360.0);
+    __m128d d = _mm_set_sd(degrees);
+    d = _mm_add_sd(d, _mm_and_pd(_mm_cmplt_sd(d, _mm_setzero_pd()), turn));
+    d = _mm_sub_sd(d, _mm_and_pd(_mm_cmpgt_sd(d, turn), turn));
+    degrees = _mm_cvtsd_f64(d);
+#else
     if (degrees < 0.0)
         degrees += 360.0;
     else if (degrees > 360.0)
         degrees -= 360.0;
-    if (degrees >= 0.0 && degrees <= 360.0)
+#endif
+    if (degrees >= 0.0 && degrees <= 360.0) [[likely]]
         return degrees;
     return DisplayInfo::normalizedAngle(degrees);
 }
@@ -117,7 +125,7 @@ void PoseEvaluator::rebuild(const Animation *animation)
     mMaxObjects = 0;
     mMainTimes.clear();
     mMainKeys.clear();
-    mRefs.clear();
+    mSpans.clear();
     mLines.clear();
     mKeyTimes.clear();
     mKeys.clear();
@@ -129,7 +137,6 @@ void PoseEvaluator::rebuild(const Animation *animation)
 
     // Timelines: keys in time order (stable, as the model keeps them), flat.
     QHash<const Timeline *, int> lineOf;
-    QHash<const TimelineKey *, int> positionOf;
     std::vector<int> order;
     for (int i = 0; i < animation->timelineCount(); ++i) {
         const Timeline *tl = animation->timeline(i);
@@ -143,7 +150,6 @@ void PoseEvaluator::rebuild(const Animation *animation)
         for (int k = 0; k < line.keyCount; ++k) {
             const TimelineKey *key = tl->key(order[size_t(k)]);
             const DisplayInfo &info = key->info();
-            positionOf.insert(key, k);
             const File *pivotFile = nullptr;
             if (!info.fileLink().isEmpty())
                 pivotFile = info.fileLink().file(false);
@@ -155,8 +161,8 @@ void PoseEvaluator::rebuild(const Animation *animation)
                 mCurves.push_back(key->curve());
             }
             mKeys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale, info.alpha,
-                                info.width, info.height, time, curve, info.defaultPivot(),
-                                info.pivotX(false), info.pivotY(false), pivotFile,
+                                info.width, info.height, info.pivotX(false), info.pivotY(false),
+                                time, curve, info.defaultPivot(), pivotFile,
                                 key->fileInfo().file(), key});
         }
         mLines.push_back(line);
@@ -174,27 +180,35 @@ void PoseEvaluator::rebuild(const Animation *animation)
     std::vector<bool> placed;
     std::vector<int> stack;
     for (const MainlineKey *mk : keys) {
-        MainKey main{mk, mk->curve(), int(mRefs.size()), 0, 0};
+        MainKey main{mk, mk->curve(), int(mSpans.size()), 0, 0};
         const int boneCount = mk->boneRefCount();
         slotOf.assign(size_t(boneCount), -1);
         placed.assign(size_t(boneCount), false);
 
-        auto lineFor = [&](const ObjectRef *ref, int *hint) {
+        // Each reference starts out blended for the mainline key's own time,
+        // where eased mainline time starts too.
+        auto lineFor = [&](const ObjectRef *ref) {
             const TimelineKey *key = ref->key();
             const Timeline *tl = key ? key->parentTimeline() : nullptr;
             const int line = lineOf.value(tl, -1);
-            *hint = line >= 0 ? positionOf.value(key, -1) : -1;
-            return line;
+            return line >= 0 && mLines[size_t(line)].keyCount > 0 ? line : -1;
+        };
+        auto appendSpan = [&](const ObjectRef *ref, int line, int parentSlot) {
+            Span span;
+            fillSpan(line, keyAt(line, mk->currentTime()), span);
+            span.parentSlot = parentSlot;
+            span.ref = ref;
+            span.line = line;
+            mSpans.push_back(span);
         };
         auto appendBone = [&](int index, int parentSlot) {
             const BoneRef *ref = mk->boneRef(index);
-            int hint = -1;
-            const int line = lineFor(ref, &hint);
+            const int line = lineFor(ref);
             placed[size_t(index)] = true;
-            if (line < 0 || mLines[size_t(line)].keyCount == 0)
+            if (line < 0)
                 return; // nothing to evaluate: its children hang at the root
             slotOf[size_t(index)] = main.boneCount++;
-            mRefs.push_back(Ref{ref, line, parentSlot, hint});
+            appendSpan(ref, line, parentSlot);
         };
 
         // Depth first from the roots; what no root reaches (a parent cycle, a
@@ -229,12 +243,11 @@ void PoseEvaluator::rebuild(const Animation *animation)
 
         for (int z = 0; z < mk->zRefCount(); ++z) {
             const ZRef *ref = mk->zRef(z);
-            int hint = -1;
-            const int line = lineFor(ref, &hint);
-            if (line < 0 || mLines[size_t(line)].keyCount == 0)
+            const int line = lineFor(ref);
+            if (line < 0)
                 continue;
             const int parent = parentIndex(ref);
-            mRefs.push_back(Ref{ref, line, parent >= 0 ? slotOf[size_t(parent)] : -1, hint});
+            appendSpan(ref, line, parent >= 0 ? slotOf[size_t(parent)] : -1);
             ++main.objectCount;
         }
         mMaxBones = std::max(mMaxBones, main.boneCount);
@@ -294,43 +307,67 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
         pose.bones.resize(size_t(main.boneCount));
     if (pose.objects.size() != size_t(main.objectCount))
         pose.objects.resize(size_t(main.objectCount));
-    const Ref *ref = mRefs.data() + main.firstRef;
-    for (int i = 0; i < main.boneCount; ++i, ++ref) {
+    const int t = pose.sampleTime;
+    const Span *span = mSpans.data() + main.firstRef;
+    for (int i = 0; i < main.boneCount; ++i, ++span) {
         PoseItem &out = pose.bones[size_t(i)];
-        evaluateRef(*ref, pose.sampleTime, out);
-        if (ref->parentSlot >= 0)
-            composeOntoParent(out, pose.bones[size_t(ref->parentSlot)]);
-        sinCosDegrees(out.angle, &out.sinAngle, &out.cosAngle);
+        evaluateSpan(*span, t, out);
+        // The turn's sine and cosine come from the local angle, and a child's
+        // from its parent's by the angle sum: a few products after the
+        // parent's instead of a whole polynomial, as chains of bones wait on
+        // each other.
+        double sine;
+        double cosine;
+        sinCosDegrees(out.angle, &sine, &cosine);
+        if (span->parentSlot >= 0) {
+            const PoseItem &parent = pose.bones[size_t(span->parentSlot)];
+            if (parent.xScale * parent.yScale < 0.0)
+                sine = -sine;
+            composeOntoParent(out, parent);
+            out.sinAngle = sine * parent.cosAngle + cosine * parent.sinAngle;
+            out.cosAngle = cosine * parent.cosAngle - sine * parent.sinAngle;
+        } else {
+            out.sinAngle = sine;
+            out.cosAngle = cosine;
+        }
     }
-    for (int i = 0; i < main.objectCount; ++i, ++ref) {
+    for (int i = 0; i < main.objectCount; ++i, ++span) {
         PoseItem &out = pose.objects[size_t(i)];
-        evaluateRef(*ref, pose.sampleTime, out);
+        evaluateSpan(*span, t, out);
         out.z = i;
-        if (ref->parentSlot >= 0)
-            composeOntoParent(out, pose.bones[size_t(ref->parentSlot)]);
+        if (span->parentSlot >= 0)
+            composeOntoParent(out, pose.bones[size_t(span->parentSlot)]);
         out.shownFile = out.file ? out.file->redirectedFile() : nullptr;
     }
 }
 
-void PoseEvaluator::evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) const
+int PoseEvaluator::keyAt(int line, int time) const
 {
-    const Line &line = mLines[size_t(ref.line)];
-    const Key *keys = mKeys.data() + line.firstKey;
-    const int n = line.keyCount;
+    const Line &l = mLines[size_t(line)];
+    const int *times = mKeyTimes.data() + l.firstKey;
+    return int(std::upper_bound(times, times + l.keyCount, time) - times) - 1;
+}
 
-    // The last key at or before the time: usually the referenced one.
-    int ia = ref.keyHint;
-    if (ia < 0 || keys[ia].time > sampleTime || (ia + 1 < n && keys[ia + 1].time <= sampleTime)) {
-        const int *times = mKeyTimes.data() + line.firstKey;
-        ia = int(std::upper_bound(times, times + n, sampleTime) - times) - 1;
-    }
+// The blend from key `first` of a line (-1: before its first key, which then
+// holds) towards the next one, or after the last key towards the first one a
+// length later when looping.
+void PoseEvaluator::fillSpan(int line, int first, Span &span) const
+{
+    const Line &l = mLines[size_t(line)];
+    const Key *keys = mKeys.data() + l.firstKey;
+    const int n = l.keyCount;
+    Q_ASSERT(n > 0 && first < n);
 
+    int ia = first;
     int ib = -1;
-    double r = 0.0;
+    double bTime = 0.0;
+    span.from = std::numeric_limits<int>::min();
+    span.until = keys[0].time;
     if (ia < 0) {
-        ia = 0; // before the first key: it holds
+        ia = 0;
     } else {
-        double bTime = 0.0;
+        span.from = keys[ia].time;
+        span.until = ia + 1 < n ? keys[ia + 1].time : std::numeric_limits<int>::max();
         if (ia + 1 < n) {
             ib = ia + 1;
             bTime = keys[ib].time;
@@ -338,40 +375,38 @@ void PoseEvaluator::evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) c
             ib = 0;
             bTime = double(keys[0].time) + mLength;
         }
-        const double aTime = keys[ia].time;
-        if (ib >= 0 && bTime > aTime) {
-            r = (sampleTime - aTime) / (bTime - aTime);
-            const int curve = keys[ia].curve;
-            if (curve >= 0)
-                r = mCurves[size_t(curve)].trueT(r);
-        } else {
+        if (ib >= 0 && !(bTime > keys[ia].time))
             ib = -1;
-        }
     }
-    if (ib < 0)
-        ib = ia;
 
     const Key &a = keys[ia];
+    span.start = a.time;
+    span.curve = -1;
+    span.inverse = 0.0;
+    span.length = 0.0;
+    if (ib >= 0) {
+        span.length = bTime - span.start;
+        span.inverse = 1.0 / span.length;
+        span.curve = a.curve;
+    } else {
+        ib = ia;
+    }
     const Key &b = keys[ib];
-    out.ref = ref.ref;
-    out.timeline = line.timeline;
-    out.object = line.object;
-    out.key = a.key;
-    out.nextKey = b.key;
-    out.ratio = r;
-    out.file = a.file;
-    out.shownFile = nullptr;
-    out.timelineIndex = ref.line;
-    out.parent = ref.parentSlot;
-    out.z = -1;
 
-    out.x = a.x + (b.x - a.x) * r;
-    out.y = a.y + (b.y - a.y) * r;
-    out.xScale = a.xScale + (b.xScale - a.xScale) * r;
-    out.yScale = a.yScale + (b.yScale - a.yScale) * r;
-    out.alpha = a.alpha + (b.alpha - a.alpha) * r;
-    out.width = a.width + (b.width - a.width) * r;
-    out.height = a.height + (b.height - a.height) * r;
+    span.x = a.x;
+    span.y = a.y;
+    span.xScale = a.xScale;
+    span.yScale = a.yScale;
+    span.alpha = a.alpha;
+    span.width = a.width;
+    span.height = a.height;
+    span.dx = b.x - a.x;
+    span.dy = b.y - a.y;
+    span.dXScale = b.xScale - a.xScale;
+    span.dYScale = b.yScale - a.yScale;
+    span.dAlpha = b.alpha - a.alpha;
+    span.dWidth = b.width - a.width;
+    span.dHeight = b.height - a.height;
     double from = a.angle;
     double to = b.angle;
     const double d = to - from;
@@ -384,14 +419,71 @@ void PoseEvaluator::evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) c
         if (to - from > 180.0)
             DisplayInfo::shortWayAngles(from, to);
     }
-    out.angle = normalizedAngle(from + (to - from) * r);
-    if (a.defaultPivot && b.defaultPivot && a.pivotFile) {
-        const QPointF pivot = a.pivotFile->pivot();
+    span.angle = from;
+    span.dAngle = to - from;
+    span.pivotFile = a.defaultPivot && b.defaultPivot ? a.pivotFile : nullptr;
+    span.pivotX = a.pivotX;
+    span.pivotY = a.pivotY;
+    span.file = a.file;
+    span.key = a.key;
+    span.nextKey = b.key;
+}
+
+inline void PoseEvaluator::evaluateSpan(const Span &span, int sampleTime, PoseItem &out) const
+{
+    if (sampleTime >= span.from && sampleTime < span.until) [[likely]] {
+        blend(span, sampleTime, out);
+        return;
+    }
+    // Another pair of keys is in force (keys between mainline keys, or an
+    // eased mainline time beyond its key): blend that pair instead.
+    Span other;
+    fillSpan(span.line, keyAt(span.line, sampleTime), other);
+    other.parentSlot = span.parentSlot;
+    other.ref = span.ref;
+    other.line = span.line;
+    blend(other, sampleTime, out);
+}
+
+inline void PoseEvaluator::blend(const Span &span, int sampleTime, PoseItem &out) const
+{
+    double r;
+    if (span.curve < 0) {
+        r = (sampleTime - span.start) * span.inverse;
+    } else {
+        // Divided, not multiplied by the inverse: a curve that jumps at the
+        // end must see exactly 1 there.
+        r = mCurves[size_t(span.curve)].trueT((sampleTime - span.start) / span.length);
+    }
+
+    const Line &line = mLines[size_t(span.line)];
+    out.ref = span.ref;
+    out.timeline = line.timeline;
+    out.object = line.object;
+    out.key = span.key;
+    out.nextKey = span.nextKey;
+    out.ratio = r;
+    out.file = span.file;
+    out.shownFile = nullptr;
+    out.timelineIndex = span.line;
+    out.parent = span.parentSlot;
+    out.z = -1;
+
+    out.x = span.x + span.dx * r;
+    out.y = span.y + span.dy * r;
+    out.xScale = span.xScale + span.dXScale * r;
+    out.yScale = span.yScale + span.dYScale * r;
+    out.alpha = span.alpha + span.dAlpha * r;
+    out.width = span.width + span.dWidth * r;
+    out.height = span.height + span.dHeight * r;
+    out.angle = normalizedAngle(span.angle + span.dAngle * r);
+    if (span.pivotFile) {
+        const QPointF pivot = span.pivotFile->pivot();
         out.pivotX = pivot.x();
         out.pivotY = pivot.y();
     } else {
-        out.pivotX = a.pivotX;
-        out.pivotY = a.pivotY;
+        out.pivotX = span.pivotX;
+        out.pivotY = span.pivotY;
     }
 }
 

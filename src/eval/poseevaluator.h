@@ -50,9 +50,8 @@ public:
     int mainlineKeyIndexAt(int time) const;
 
 private:
-    // About two cache lines per key, the blended values first; a key and the
-    // next one of its timeline are neighbours, so a blend reads one stretch
-    // of memory. Curves other than linear are kept apart in mCurves.
+    // Every key of a timeline, in time order: what the blend of any time is
+    // built from when a reference's own span does not hold it.
     struct Key
     {
         double x;
@@ -63,11 +62,11 @@ private:
         double alpha;
         double width;
         double height;
+        double pivotX;
+        double pivotY;
         int time;
         int curve; // index into mCurves, -1 for linear
         bool defaultPivot;
-        double pivotX;
-        double pivotY;
         const File *pivotFile; // the file whose default pivot the key may follow
         const File *file;
         const TimelineKey *key;
@@ -79,12 +78,45 @@ private:
         const Timeline *timeline;
         const Object *object;
     };
-    struct Ref
+    // One reference of one mainline key, prepared for the pair of keys in
+    // force at that mainline key's time: the start values and the differences,
+    // so that a blend is a multiply-add per value. A mainline key's spans lie
+    // side by side in evaluation order, so a pose reads one run of memory from
+    // front to back instead of two keys scattered per reference.
+    struct Span
     {
+        double x;
+        double y;
+        double angle; // already turned the short way towards the next key
+        double xScale;
+        double yScale;
+        double alpha;
+        double dx;
+        double dy;
+        double dAngle;
+        double dXScale;
+        double dYScale;
+        double dAlpha;
+        double start;   // time of the first key
+        double inverse; // 1 / (time of the next key - start), 0 when held
+        int from;       // the span holds for from <= time < until
+        int until;
+        int curve; // index into mCurves, -1 for linear (and when held)
+        int parentSlot; // bones: an earlier slot of the same key; -1 at the root
+
+        double width;
+        double height;
+        double dWidth;
+        double dHeight;
+        double pivotX;
+        double pivotY;
+        double length; // time of the next key - start, for eased spans
+        const File *pivotFile; // set when both keys follow the file's pivot
+        const File *file;
+        const TimelineKey *key;
+        const TimelineKey *nextKey;
         const ObjectRef *ref;
         int line;
-        int parentSlot; // bones: an earlier slot of the same key; -1 at the root
-        int keyHint;    // the referenced key's position in its line, -1 unknown
     };
     struct MainKey
     {
@@ -95,7 +127,10 @@ private:
         int objectCount;
     };
 
-    void evaluateRef(const Ref &ref, int sampleTime, PoseItem &out) const;
+    void fillSpan(int line, int first, Span &span) const;
+    int keyAt(int line, int time) const;
+    void evaluateSpan(const Span &span, int sampleTime, PoseItem &out) const;
+    void blend(const Span &span, int sampleTime, PoseItem &out) const;
 
     const Animation *mAnimation = nullptr;
     int mLength = 0;
@@ -104,7 +139,7 @@ private:
     int mMaxObjects = 0;
     std::vector<int> mMainTimes;
     std::vector<MainKey> mMainKeys;
-    std::vector<Ref> mRefs;
+    std::vector<Span> mSpans;
     std::vector<Line> mLines;
     std::vector<int> mKeyTimes;
     std::vector<Key> mKeys;

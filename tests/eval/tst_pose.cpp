@@ -110,6 +110,8 @@ private slots:
     void mirroredParentsReverseAngles();
     void angleBlendsThroughZero();
     void instantKeysHold();
+    void keysBetweenMainlineKeys_data();
+    void keysBetweenMainlineKeys();
     void mainlineCurveEasesTime();
     void loopingWrapsAndNonLoopingHolds_data();
     void loopingWrapsAndNonLoopingHolds();
@@ -313,6 +315,66 @@ void TstPose::angleBlendsThroughZero()
     QVERIFY(sameAngle(poseAt(rig.animation, 50).objects.front().angle, 0.0));
     QVERIFY(near(poseAt(rig.animation, 25).objects.front().angle, 355.0));
     QVERIFY(near(poseAt(rig.animation, 75).objects.front().angle, 5.0));
+}
+
+void TstPose::keysBetweenMainlineKeys_data()
+{
+    QTest::addColumn<bool>("looping");
+    QTest::addColumn<int>("t");
+    QTest::addColumn<double>("expectedX");
+    QTest::addColumn<int>("keyIndex");
+    QTest::addColumn<int>("nextKeyIndex");
+
+    // Bone keys at 0, 200, 400, 600 with x = 0, 20, 60, 40; mainline keys
+    // only at 0 and 500, referencing the keys at 0 and 400.
+    QTest::newRow("the referenced pair") << false << 100 << 10.0 << 0 << 1;
+    QTest::newRow("a later pair under the same mainline key") << false << 300 << 40.0 << 1 << 2;
+    QTest::newRow("the last pair before the next mainline key") << false << 450 << 55.0 << 2 << 3;
+    QTest::newRow("the second mainline key's pair") << true << 550 << 45.0 << 2 << 3;
+    QTest::newRow("past the last key holds") << false << 700 << 40.0 << 3 << 3;
+    QTest::newRow("past the last key wraps to the first") << true << 800 << 20.0 << 3 << 0;
+}
+
+void TstPose::keysBetweenMainlineKeys()
+{
+    QFETCH(bool, looping);
+    QFETCH(int, t);
+    QFETCH(double, expectedX);
+    QFETCH(int, keyIndex);
+    QFETCH(int, nextKeyIndex);
+
+    Rig rig(1000, looping);
+    Timeline *bone = rig.timeline(QStringLiteral("bone"), Object::Bone);
+    Timeline *sprite = rig.timeline(QStringLiteral("sprite"), Object::Sprite, bone);
+    rig.mainlineKey(0);
+    rig.mainlineKey(500);
+    const double xs[] = {0.0, 20.0, 60.0, 40.0};
+    for (int i = 0; i < 4; ++i) {
+        auto *key = new TimelineKey(FileInfo(), info(xs[i], 0, 90), TweenInfo());
+        key->setCachedTime(200 * i);
+        bone->appendTimelineKey(key);
+    }
+    rig.key(sprite, 0, info(0, 5));
+    rig.link();
+    QCOMPARE(rig.mainlineKey(500)->boneRef(0)->key(), bone->key(2));
+
+    const Pose pose = poseAt(rig.animation, t); // compares with the model
+    QCOMPARE(pose.bones.size(), size_t(1));
+    const PoseItem &item = pose.bones.front();
+    QVERIFY(near(item.x, expectedX));
+    QCOMPARE(item.key, bone->key(keyIndex));
+    QCOMPARE(item.nextKey, bone->key(nextKeyIndex));
+    // The child follows the bone's blended place, turned a quarter.
+    QVERIFY(near(pose.objects.front().x, expectedX - 5.0));
+    QVERIFY(near(pose.objects.front().y, 0.0));
+
+    // The same evaluator gives the same pose after any other time.
+    PoseEvaluator evaluator(rig.animation);
+    Pose again;
+    evaluator.evaluate(1000 - t, again);
+    evaluator.evaluate(t, again);
+    QCOMPARE(again.bones.front().x, item.x);
+    QCOMPARE(again.bones.front().key, item.key);
 }
 
 void TstPose::instantKeysHold()
