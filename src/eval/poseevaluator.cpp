@@ -382,11 +382,9 @@ void PoseEvaluator::fillSpan(int line, int first, Span &span) const
     const Key &a = keys[ia];
     span.start = a.time;
     span.curve = -1;
-    span.inverse = 0.0;
-    span.length = 0.0;
+    span.length = std::numeric_limits<double>::infinity(); // held: the ratio stays 0
     if (ib >= 0) {
         span.length = bTime - span.start;
-        span.inverse = 1.0 / span.length;
         span.curve = a.curve;
     } else {
         ib = ia;
@@ -447,14 +445,12 @@ inline void PoseEvaluator::evaluateSpan(const Span &span, int sampleTime, PoseIt
 
 inline void PoseEvaluator::blend(const Span &span, int sampleTime, PoseItem &out) const
 {
-    double r;
-    if (span.curve < 0) {
-        r = (sampleTime - span.start) * span.inverse;
-    } else {
-        // Divided, not multiplied by the inverse: a curve that jumps at the
-        // end must see exactly 1 there.
-        r = mCurves[size_t(span.curve)].trueT((sampleTime - span.start) / span.length);
-    }
+    // Divided rather than multiplied by a stored inverse: the ratio then
+    // equals the model's to the bit, and a curve that jumps at the end sees
+    // exactly 1 there. It costs next to nothing beside the rest.
+    double r = (sampleTime - span.start) / span.length;
+    if (span.curve >= 0)
+        r = mCurves[size_t(span.curve)].trueT(r);
 
     const Line &line = mLines[size_t(span.line)];
     out.ref = span.ref;

@@ -22,7 +22,8 @@ class File;
 /// rebuild: the shown file is read live from the files' redirects.
 ///
 /// The values equal those of `ObjectRef::unmappedInfo` at the time that
-/// `Animation::sampleTime` gives.
+/// `Animation::sampleTime` gives: to the bit for references without a parent,
+/// within rounding where parents are composed.
 class PoseEvaluator
 {
 public:
@@ -97,9 +98,9 @@ private:
         double dXScale;
         double dYScale;
         double dAlpha;
-        double start;   // time of the first key
-        double inverse; // 1 / (time of the next key - start), 0 when held
-        int from;       // the span holds for from <= time < until
+        double start;  // time of the first key
+        double length; // time of the next key - start; infinite when held
+        int from;      // the span holds for from <= time < until
         int until;
         int curve; // index into mCurves, -1 for linear (and when held)
         int parentSlot; // bones: an earlier slot of the same key; -1 at the root
@@ -110,7 +111,6 @@ private:
         double dHeight;
         double pivotX;
         double pivotY;
-        double length; // time of the next key - start, for eased spans
         const File *pivotFile; // set when both keys follow the file's pivot
         const File *file;
         const TimelineKey *key;

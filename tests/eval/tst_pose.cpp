@@ -619,6 +619,20 @@ void TstPose::evaluatorMatchesModel()
                 QVERIFY(pose.bones[i].parent < int(i));
                 QVERIFY(pose.bones[i].angle >= 0.0 && pose.bones[i].angle <= 360.0);
             }
+            // Without a parent nothing is composed: the blend is the model's
+            // to the bit, whichever pair of keys was prepared ahead.
+            const int sampleTime = rig.animation->sampleTime(t);
+            for (const auto *list : {&pose.bones, &pose.objects}) {
+                for (const PoseItem &item : *list) {
+                    if (item.ref->parentRef())
+                        continue;
+                    const DisplayInfo local = item.ref->unmappedInfo(sampleTime);
+                    QVERIFY(local.x == item.x && local.y == item.y);
+                    QVERIFY(local.angle == item.angle);
+                    QVERIFY(local.xScale == item.xScale && local.yScale == item.yScale);
+                    QVERIFY(local.alpha == item.alpha);
+                }
+            }
         }
     }
 }
