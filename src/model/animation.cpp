@@ -184,6 +184,9 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
     for (const auto &tl : mTimelines) {
         if (tl->isSound())
             continue;
+        // A timeline's reference usually sits at the same place in every mainline key:
+        // looking there first keeps this linear in the number of keys.
+        int refHint = 0;
         for (int i = 0; i < tl->keyCount(); ++i) {
             TimelineKey *k = tl->key(i);
             const int t = k->time(true);
@@ -197,10 +200,23 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
             if (k->mainKey() != mk)
                 mk->addChildTimelineKey(k);
             // The reference at this moment takes its values from this key.
-            if (ObjectRef *r = mk->refFromTimeline(tl.get()))
-                r->setKey(k);
-            else
+            ObjectRef *r = mk->ref(refHint);
+            if (!r || r->timeline() != tl.get()) {
+                r = nullptr;
+                for (int j = 0; j < mk->refCount(); ++j) {
+                    if (mk->ref(j)->timeline() == tl.get()) {
+                        r = mk->ref(j);
+                        refHint = j;
+                        break;
+                    }
+                }
+            }
+            if (r) {
+                if (r->key() != k)
+                    r->setKey(k);
+            } else {
                 mk->appendRef(tl.get(), i);
+            }
         }
     }
 }

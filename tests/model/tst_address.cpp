@@ -5,6 +5,7 @@
 #include "model/entity.h"
 #include "model/file.h"
 #include "model/folder.h"
+#include "model/itemallocator.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/objectref.h"
@@ -13,6 +14,10 @@
 #include "model/timelinekey.h"
 
 #include <QTest>
+
+#include <memory>
+#include <utility>
+#include <vector>
 
 using namespace Morvane;
 
@@ -29,6 +34,9 @@ private Q_SLOTS:
     void fileAddressUsesUniqueIds();
     void copiesRegisterIndependently();
     void manyAddressesOnOneItem();
+    void defaultPivotLinkDropsWithItsFile();
+    void keyCopiesCarrySubEntityData();
+    void itemsReuseFreedMemory();
 };
 
 // One entity with two objects and one animation with two timelines of two keys.
@@ -219,6 +227,78 @@ void TestAddress::manyAddressesOnOneItem()
     folder->deleteFile(0);
     for (const Address &a : addresses)
         QVERIFY(!a.isValid());
+}
+
+void TestAddress::defaultPivotLinkDropsWithItsFile()
+{
+    RigxData doc;
+    auto *folder = new Folder;
+    doc.appendFolder(folder);
+    auto *file = new File(QStringLiteral("x.png"), 0.25, 0.75);
+    folder->appendFile(file);
+    DisplayInfo info;
+    info.setPivotX(0.5);
+    info.setPivotY(0.5);
+    info.setDefaultPivot(true, file->address());
+    const DisplayInfo copy = info;
+    QCOMPARE(copy.fileLink().file(), file);
+    QCOMPARE(copy.pivotX(), 0.25);
+    QCOMPARE(file->registeredAddressCount(), 2); // info and copy
+    folder->deleteFile(0);
+    // The link reads null, and the info falls back to its own pivot.
+    QVERIFY(info.fileLink().isEmpty());
+    QVERIFY(copy.fileLink().file() == nullptr);
+    QCOMPARE(copy.pivotX(), 0.5);
+    QCOMPARE(copy.pivotY(), 0.5);
+}
+
+void TestAddress::keyCopiesCarrySubEntityData()
+{
+    TimelineKey plain;
+    QVERIFY(!plain.hasEntityOrSoundInfo());
+    QCOMPARE(std::as_const(plain).entityInfo().speedRatio, 1.0); // read, not made
+    QVERIFY(!plain.hasEntityOrSoundInfo());
+
+    TimelineKey sub;
+    sub.entityInfo().timeRatio = 0.25;
+    sub.soundInfo().volume = 0.5;
+    TimelineKey copy(sub);
+    QCOMPARE(copy.entityInfo().timeRatio, 0.25);
+    QCOMPARE(copy.soundInfo().volume, 0.5);
+    copy.entityInfo().timeRatio = 0.75; // a copy owns its data
+    QCOMPARE(sub.entityInfo().timeRatio, 0.25);
+    sub = plain;
+    QVERIFY(!sub.hasEntityOrSoundInfo());
+    QCOMPARE(sub.entityInfo().timeRatio, 0.0);
+}
+
+void TestAddress::itemsReuseFreedMemory()
+{
+    // Many keys of a few sizes: each distinct while alive, and their slabs go back once
+    // they are all freed.
+    const std::size_t before = ItemAllocator::reservedBytes();
+    std::vector<std::unique_ptr<TimelineKey>> keys;
+    std::vector<std::unique_ptr<BoneRef>> refs;
+    for (int i = 0; i < 30000; ++i) {
+        keys.push_back(std::make_unique<TimelineKey>());
+        keys.back()->setId(i);
+        refs.push_back(std::make_unique<BoneRef>(keys.back().get()));
+    }
+    QVERIFY(ItemAllocator::reservedBytes() > before);
+    for (int i = 0; i < 30000; ++i) {
+        QCOMPARE(keys[size_t(i)]->id(), i);
+        QCOMPARE(refs[size_t(i)]->key(), keys[size_t(i)].get());
+    }
+    for (size_t i = 0; i < keys.size(); i += 2)
+        keys[i].reset();
+    for (size_t i = 0; i < keys.size(); i += 2)
+        QVERIFY(refs[i]->key() == nullptr);
+    for (size_t i = 1; i < keys.size(); i += 2)
+        QCOMPARE(keys[i]->id(), int(i));
+    keys.clear();
+    refs.clear();
+    // Each size class may keep one slab for the next project.
+    QVERIFY(ItemAllocator::reservedBytes() <= before + 2 * (std::size_t(2) << 20));
 }
 
 QTEST_GUILESS_MAIN(TestAddress)
