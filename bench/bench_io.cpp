@@ -4,7 +4,9 @@
 // Opens and saves a large synthetic project (about 100 animations x 200 timelines x 30 keys,
 // some 170 MB of XML) in both forms, beside bare Qt passes over the same data:
 // QXmlStreamReader over the file, QXmlStreamWriter writing the same tree, QJsonDocument
-// parsing the JSON file. Prints MB/s and the peak memory of each open relative to the file.
+// parsing the JSON file. Prints MB/s and the peak memory of each open relative to the file;
+// for opens also the figures of a fresh process (cold_MB/s, and for JSON cold_x_bare, the
+// open's time over a bare QJsonDocument parse in a fresh process).
 //
 //   bench_io [--benchmark_filter=...]        MORVANE_BENCH_SCALE=0.1 for a smaller project
 //   bench_io --generate FILE.rigx|FILE.rigj  writes the project only, for profiling
@@ -25,6 +27,7 @@
 #include "model/timelinekey.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
@@ -34,12 +37,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
 
 #include <memory>
 #include <string>
+#include <vector>
 
 using namespace Morvane;
 
@@ -69,28 +74,62 @@ double statusMegabytes(const char *field)
     return 0.0;
 }
 
-// Opens `path` and prints how far the peak memory rose above what the process held before.
+// Opens `path` and prints how far the peak memory rose above what the process held before,
+// and how long the open took.
 int printPeakOpen(const QString &path)
 {
     const double before = statusMegabytes("VmRSS:");
+    QElapsedTimer timer;
+    timer.start();
     RigxData document;
     ProjectIoHost host;
     const bool opened = ProjectFile::open(&document, path, &host);
-    std::printf("%f\n", statusMegabytes("VmHWM:") - before);
+    const double milliseconds = double(timer.nsecsElapsed()) / 1e6;
+    std::printf("%f %f\n", statusMegabytes("VmHWM:") - before, milliseconds);
     return opened ? 0 : 1;
 }
 
-// The peak memory of opening `path`, measured in a fresh process: in this one, memory freed
-// by earlier runs would be reused and hide the peak.
-double peakOpenMegabytes(const QString &path)
+// A bare QJsonDocument parse of `path`, timed.
+int printBareJson(const QString &path)
 {
-    QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--peak-open"), path});
-    if (!process.waitForFinished(-1) || process.exitCode() != 0)
-        return 0.0;
-    return process.readAllStandardOutput().trimmed().toDouble();
+    QElapsedTimer timer;
+    timer.start();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return 1;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    std::printf("0 %f\n", double(timer.nsecsElapsed()) / 1e6);
+    return document.isObject() ? 0 : 1;
 }
 
+struct ChildFigures
+{
+    double peakMegabytes = 0;
+    double milliseconds = 0;
+};
+
+// Runs this program with `mode` on `path` in a fresh process: in this one, memory freed by
+// earlier runs would be reused and hide the peak. The same holds for time: a fresh
+// process is what a user has who starts the editor and opens a project. The median of
+// three runs.
+ChildFigures childFigures(const char *mode, const QString &path)
+{
+    std::vector<ChildFigures> runs;
+    for (int i = 0; i < 3; ++i) {
+        QProcess process;
+        process.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(mode), path});
+        if (!process.waitForFinished(-1) || process.exitCode() != 0)
+            return {};
+        const QList<QByteArray> fields = process.readAllStandardOutput().trimmed().split(' ');
+        if (fields.size() != 2)
+            return {};
+        runs.push_back({fields.at(0).toDouble(), fields.at(1).toDouble()});
+    }
+    std::sort(runs.begin(), runs.end(), [](const ChildFigures &a, const ChildFigures &b) {
+        return a.milliseconds < b.milliseconds;
+    });
+    return runs[1];
+}
 
 double fileMegabytes(const QString &path)
 {
@@ -190,12 +229,17 @@ private:
 
 void reportOpen(benchmark::State &state, const QString &path, double megabytes)
 {
-    const double peak = peakOpenMegabytes(path);
+    const ChildFigures cold = childFigures("--peak-open", path);
     state.counters["MB/s"] = benchmark::Counter(megabytes * double(state.iterations()),
                                                 benchmark::Counter::kIsRate);
     state.counters["file_MB"] = megabytes;
-    state.counters["peak_MB"] = peak;
-    state.counters["peak_x_file"] = peak / megabytes;
+    state.counters["peak_MB"] = cold.peakMegabytes;
+    state.counters["peak_x_file"] = cold.peakMegabytes / megabytes;
+    state.counters["cold_MB/s"] = cold.milliseconds > 0 ? megabytes * 1000.0 / cold.milliseconds : 0;
+    if (ProjectFile::formFromPath(path) == ProjectFile::Form::Json) {
+        const ChildFigures bare = childFigures("--bare-json", path);
+        state.counters["cold_x_bare"] = bare.milliseconds > 0 ? cold.milliseconds / bare.milliseconds : 0;
+    }
 }
 
 void BM_OpenXml(benchmark::State &state)
@@ -308,6 +352,8 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     if (argc == 3 && std::string(argv[1]) == "--peak-open")
         return printPeakOpen(QString::fromLocal8Bit(argv[2]));
+    if (argc == 3 && std::string(argv[1]) == "--bare-json")
+        return printBareJson(QString::fromLocal8Bit(argv[2]));
     bool ok = false;
     double scale = qEnvironmentVariable("MORVANE_BENCH_SCALE").toDouble(&ok);
     if (!ok || scale <= 0)

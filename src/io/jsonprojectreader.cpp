@@ -30,7 +30,10 @@ public:
     // Lenient about types: a number may come as a string and a name as a number.
     bool string(const char *name, QString *out) const
     {
-        const QJsonValue value = mObject.value(QLatin1StringView(name));
+        const auto it = mObject.constFind(QLatin1StringView(name));
+        if (it == mObject.constEnd())
+            return false;
+        const QJsonValueConstRef value = *it;
         if (value.isString()) {
             *out = value.toString();
             return true;
@@ -44,7 +47,10 @@ public:
 
     bool real(const char *name, double *out) const
     {
-        const QJsonValue value = mObject.value(QLatin1StringView(name));
+        const auto it = mObject.constFind(QLatin1StringView(name));
+        if (it == mObject.constEnd())
+            return false;
+        const QJsonValueConstRef value = *it;
         if (value.isDouble()) {
             const double number = value.toDouble();
             if (!std::isfinite(number))
@@ -59,7 +65,10 @@ public:
 
     bool integer(const char *name, int *out) const
     {
-        const QJsonValue value = mObject.value(QLatin1StringView(name));
+        const auto it = mObject.constFind(QLatin1StringView(name));
+        if (it == mObject.constEnd())
+            return false;
+        const QJsonValueConstRef value = *it;
         if (value.isDouble()) {
             const double number = value.toDouble();
             if (!std::isfinite(number) || std::trunc(number) != number
@@ -76,12 +85,15 @@ public:
 
     JsonNode first(const char *name) const
     {
-        const QJsonValue value = mObject.value(QLatin1StringView(name));
+        const auto it = mObject.constFind(QLatin1StringView(name));
+        if (it == mObject.constEnd())
+            return JsonNode();
+        const QJsonValueConstRef value = *it;
         if (value.isObject())
             return JsonNode(value.toObject());
         if (value.isArray()) {
             const QJsonArray array = value.toArray();
-            for (const QJsonValue &item : array) {
+            for (const QJsonValueConstRef item : array) {
                 if (item.isObject())
                     return JsonNode(item.toObject());
             }
@@ -92,7 +104,10 @@ public:
     template <typename F>
     void forEach(const char *name, F &&function) const
     {
-        const QJsonValue value = mObject.value(QLatin1StringView(name));
+        const auto it = mObject.constFind(QLatin1StringView(name));
+        if (it == mObject.constEnd())
+            return;
+        const QJsonValueConstRef value = *it;
         if (value.isObject()) {
             function(JsonNode(value.toObject()));
             return;
@@ -100,7 +115,7 @@ public:
         if (!value.isArray())
             return;
         const QJsonArray array = value.toArray();
-        for (const QJsonValue &item : array) {
+        for (const QJsonValueConstRef item : array) {
             if (item.isObject())
                 function(JsonNode(item.toObject()));
         }
