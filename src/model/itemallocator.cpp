@@ -152,12 +152,12 @@ void *ItemAllocator::allocate(std::size_t size)
 void ItemAllocator::deallocate(void *pointer, std::size_t size) noexcept
 {
 #ifdef MORVANE_PLAIN_ALLOCATION
-    ::operator delete(pointer, size);
+    ::operator delete(pointer);
 #else
     if (!pointer)
         return;
     if (size == 0 || size > MaxItemBytes) {
-        ::operator delete(pointer, size);
+        ::operator delete(pointer);
         return;
     }
     std::lock_guard<std::mutex> lock(sMutex);
