@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <functional>
+
 class QIODevice;
 
 namespace Morvane {
@@ -19,8 +21,11 @@ class JsonProjectWriter
 public:
     /// Tab-indented when `options.prettifyJson`, else one line without blanks. Side
     /// effects and errors as for `XmlProjectWriter::write`.
+    /// The whole text is built in memory first and handed to the device at the end;
+    /// `progress` hears about both parts.
     static bool write(RigxData &document, QIODevice *device, const ProjectSaveOptions &options,
-                      QString *error = nullptr);
+                      QString *error = nullptr,
+                      const std::function<void(int percent)> &progress = {});
 };
 
 } // namespace Morvane

@@ -3,6 +3,7 @@
 #include "jsonwriter.h"
 
 #include "numberformat.h"
+#include "utf8encoder.h"
 
 #include <QString>
 
@@ -196,34 +197,15 @@ void JsonWriter::appendString(std::string &out, QStringView text)
     const char16_t *p = text.utf16();
     const char16_t *const end = p + text.size();
     while (p < end) {
-        const char16_t unit = *p++;
-        if (unit < 0x80) {
-            appendAscii(out, char(unit));
+        if (*p < 0x80) {
+            appendAscii(out, char(*p++));
             continue;
         }
-        char32_t c = unit;
-        if (unit >= 0xD800 && unit <= 0xDFFF) {
-            const bool pair = unit <= 0xDBFF && p < end && *p >= 0xDC00 && *p <= 0xDFFF;
-            if (!pair) {
-                // A lone surrogate has no UTF-8 form; the escape keeps it readable.
-                appendHexEscape(out, unit);
-                continue;
-            }
-            c = 0x10000 + ((char32_t(unit) - 0xD800) << 10) + (char32_t(*p++) - 0xDC00);
-        }
-        if (c < 0x800) {
-            out.push_back(char(0xC0 | (c >> 6)));
-            out.push_back(char(0x80 | (c & 0x3F)));
-        } else if (c < 0x10000) {
-            out.push_back(char(0xE0 | (c >> 12)));
-            out.push_back(char(0x80 | ((c >> 6) & 0x3F)));
-            out.push_back(char(0x80 | (c & 0x3F)));
-        } else {
-            out.push_back(char(0xF0 | (c >> 18)));
-            out.push_back(char(0x80 | ((c >> 12) & 0x3F)));
-            out.push_back(char(0x80 | ((c >> 6) & 0x3F)));
-            out.push_back(char(0x80 | (c & 0x3F)));
-        }
+        const char32_t c = Utf8Encoder::next(p, end);
+        if (Utf8Encoder::isSurrogate(c))
+            appendHexEscape(out, c); // a lone surrogate has no UTF-8 form; keep it readable
+        else
+            Utf8Encoder::append(out, c);
     }
     out.push_back('"');
 }

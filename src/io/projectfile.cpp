@@ -216,18 +216,26 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
 
     host->beginProgress(QStringLiteral("Saving ") + target.fileName());
     ProjectWriter::prepareDocument(*document);
+    // The last few percent are left for the commit, which waits for the disk.
+    const auto progress = [host](int percent) { host->progress(percent * 95 / 100); };
     QString writeError;
-    const bool written = form == Form::Json
-                             ? JsonProjectWriter::write(*document, &file, options, &writeError)
-                             : XmlProjectWriter::write(*document, &file, options, &writeError);
-    host->endProgress();
+    const bool written =
+        form == Form::Json
+            ? JsonProjectWriter::write(*document, &file, options, &writeError, progress)
+            : XmlProjectWriter::write(*document, &file, options, &writeError, progress);
     if (!written) {
         file.cancelWriting();
+        host->endProgress();
         return fail(host, error, prefix + writeError);
     }
-    if (!file.commit())
+    const bool committed = file.commit();
+    if (committed) {
+        syncDirectory(directory);
+        host->progress(100);
+    }
+    host->endProgress();
+    if (!committed)
         return fail(host, error, prefix + file.errorString());
-    syncDirectory(directory);
     document->setFilePath(target.absoluteFilePath());
     if (error)
         error->clear();
