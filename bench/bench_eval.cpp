@@ -34,9 +34,14 @@ constexpr int Length = 1000;
 
 enum class Curves { Linear, Mixed };
 
+// How often the mainline has a key: at every key time, as the editor keeps
+// it, or only at every fifth, so that most blends fall between mainline keys
+// and take the pairs their references do not name.
+enum class Mainline { EveryKey, Sparse };
+
 struct BenchRig
 {
-    explicit BenchRig(Curves curves)
+    explicit BenchRig(Curves curves, Mainline mainline = Mainline::EveryKey)
     {
         QRandomGenerator random(2026);
         auto value = [&random](double lo, double hi) {
@@ -59,9 +64,11 @@ struct BenchRig
         animation->setLength(Length);
         entity->appendAnimation(animation);
         std::vector<int> times;
+        const int mainlineEvery = mainline == Mainline::Sparse ? 5 : 1;
         for (int k = 0; k < KeyCount; ++k) {
             times.push_back(k * Length / KeyCount);
-            animation->appendMainlineKey(new MainlineKey, times.back(), true, true);
+            if (k % mainlineEvery == 0)
+                animation->appendMainlineKey(new MainlineKey, times.back(), true, true);
         }
 
         // Bones: a root, then rows of ten each hanging from the row above, so
@@ -96,7 +103,7 @@ struct BenchRig
             mk->setCurve(curve());
             std::vector<BoneRef *> boneRefs;
             for (int i = 0; i < BoneCount + SpriteCount; ++i) {
-                ObjectRef *ref = mk->appendRef(lines[size_t(i)], m);
+                ObjectRef *ref = mk->appendRef(lines[size_t(i)], m * mainlineEvery);
                 if (i < BoneCount)
                     boneRefs.push_back(static_cast<BoneRef *>(ref));
                 if (parents[size_t(i)] >= 0)
@@ -114,16 +121,19 @@ struct BenchRig
     std::vector<int> sampleTimes;
 };
 
-BenchRig &rig(Curves curves)
+BenchRig &rig(Curves curves, Mainline mainline = Mainline::EveryKey)
 {
     static BenchRig linear(Curves::Linear);
     static BenchRig mixed(Curves::Mixed);
+    static BenchRig sparse(Curves::Linear, Mainline::Sparse);
+    if (mainline == Mainline::Sparse)
+        return sparse;
     return curves == Curves::Linear ? linear : mixed;
 }
 
-void poseEvaluator(benchmark::State &state, Curves curves)
+void poseEvaluator(benchmark::State &state, Curves curves, Mainline mainline)
 {
-    const BenchRig &r = rig(curves);
+    const BenchRig &r = rig(curves, mainline);
     const PoseEvaluator evaluator(r.animation);
     Pose pose;
     evaluator.reserve(pose);
@@ -195,10 +205,13 @@ void rebuild(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK_CAPTURE(poseEvaluator, linear, Curves::Linear)
+BENCHMARK_CAPTURE(poseEvaluator, linear, Curves::Linear, Mainline::EveryKey)
     ->Repetitions(9)
     ->ReportAggregatesOnly(true);
-BENCHMARK_CAPTURE(poseEvaluator, mixed_curves, Curves::Mixed)
+BENCHMARK_CAPTURE(poseEvaluator, mixed_curves, Curves::Mixed, Mainline::EveryKey)
+    ->Repetitions(9)
+    ->ReportAggregatesOnly(true);
+BENCHMARK_CAPTURE(poseEvaluator, sparse_mainline, Curves::Linear, Mainline::Sparse)
     ->Repetitions(9)
     ->ReportAggregatesOnly(true);
 BENCHMARK(warmCache)->Repetitions(9)->ReportAggregatesOnly(true);

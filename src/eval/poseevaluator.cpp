@@ -128,20 +128,23 @@ void PoseEvaluator::rebuild(const Animation *animation)
     mSpans.clear();
     mLines.clear();
     mKeyTimes.clear();
-    mKeys.clear();
+    mKeySpans.clear();
     mCurves.clear();
     if (!animation)
         return;
     mLength = animation->length();
     mLooping = animation->isLooping();
 
-    // Timelines: keys in time order (stable, as the model keeps them), flat.
+    // Timelines: keys in time order (stable, as the model keeps them), flat,
+    // and the blend from each key towards the next one.
     QHash<const Timeline *, int> lineOf;
     std::vector<int> order;
+    std::vector<Key> keys;
     for (int i = 0; i < animation->timelineCount(); ++i) {
         const Timeline *tl = animation->timeline(i);
         lineOf.insert(tl, i);
-        Line line{int(mKeys.size()), tl->keyCount(), tl, tl->object()};
+        Line line{int(mKeyTimes.size()), tl->keyCount(), int(mKeySpans.size()), tl, tl->object()};
+        keys.clear();
         order.resize(size_t(tl->keyCount()));
         std::iota(order.begin(), order.end(), 0);
         std::stable_sort(order.begin(), order.end(), [tl](int a, int b) {
@@ -160,26 +163,29 @@ void PoseEvaluator::rebuild(const Animation *animation)
                 curve = int(mCurves.size());
                 mCurves.push_back(key->curve());
             }
-            mKeys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale, info.alpha,
-                                info.width, info.height, info.pivotX(false), info.pivotY(false),
-                                time, curve, info.defaultPivot(), pivotFile,
-                                key->fileInfo().file(), key});
+            keys.push_back(Key{info.x, info.y, info.angle, info.xScale, info.yScale, info.alpha,
+                               info.width, info.height, info.pivotX(false), info.pivotY(false),
+                               time, curve, info.defaultPivot(), pivotFile,
+                               key->fileInfo().file(), key});
         }
+        for (int k = -1; k < line.keyCount; ++k)
+            mKeySpans.push_back(keySpan(keys.data(), line.keyCount, k));
         mLines.push_back(line);
     }
 
     // Mainline keys in time order, each with its bones parents first.
-    std::vector<const MainlineKey *> keys;
+    std::vector<const MainlineKey *> mainKeys;
     for (int i = 0; i < animation->mainlineKeyCount(); ++i)
-        keys.push_back(animation->mainlineKey(i));
-    std::stable_sort(keys.begin(), keys.end(), [](const MainlineKey *a, const MainlineKey *b) {
-        return a->currentTime() < b->currentTime();
-    });
+        mainKeys.push_back(animation->mainlineKey(i));
+    std::stable_sort(mainKeys.begin(), mainKeys.end(),
+                     [](const MainlineKey *a, const MainlineKey *b) {
+                         return a->currentTime() < b->currentTime();
+                     });
 
     std::vector<int> slotOf;
     std::vector<bool> placed;
     std::vector<int> stack;
-    for (const MainlineKey *mk : keys) {
+    for (const MainlineKey *mk : mainKeys) {
         MainKey main{mk, mk->curve(), int(mSpans.size()), 0, 0};
         const int boneCount = mk->boneRefCount();
         slotOf.assign(size_t(boneCount), -1);
@@ -194,8 +200,7 @@ void PoseEvaluator::rebuild(const Animation *animation)
             return line >= 0 && mLines[size_t(line)].keyCount > 0 ? line : -1;
         };
         auto appendSpan = [&](const ObjectRef *ref, int line, int parentSlot) {
-            Span span;
-            fillSpan(line, keyAt(line, mk->currentTime()), span);
+            Span span = mKeySpans[size_t(spanAt(line, mk->currentTime()))];
             span.parentSlot = parentSlot;
             span.ref = ref;
             span.line = line;
@@ -341,22 +346,32 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
     }
 }
 
-int PoseEvaluator::keyAt(int line, int time) const
+int PoseEvaluator::spanAt(int line, int time) const
 {
+    // The last key at or before `time`, by halving without branches on the
+    // comparisons: the time is anywhere, so they would be coin flips.
     const Line &l = mLines[size_t(line)];
-    const int *times = mKeyTimes.data() + l.firstKey;
-    return int(std::upper_bound(times, times + l.keyCount, time) - times) - 1;
+    const int *first = mKeyTimes.data() + l.firstKey;
+    int n = l.keyCount;
+    const int *base = first;
+    while (n > 1) {
+        const int half = n / 2;
+        base = base[half] <= time ? base + half : base;
+        n -= half;
+    }
+    const int key = int(base - first) - int(*base > time);
+    return l.firstSpan + key + 1;
 }
 
-// The blend from key `first` of a line (-1: before its first key, which then
-// holds) towards the next one, or after the last key towards the first one a
-// length later when looping.
-void PoseEvaluator::fillSpan(int line, int first, Span &span) const
+// The blend from key `first` of a line's `n` keys (-1: before its first key,
+// which then holds) towards the next one, or after the last key towards the
+// first one a length later when looping.
+PoseEvaluator::Span PoseEvaluator::keySpan(const Key *keys, int n, int first) const
 {
-    const Line &l = mLines[size_t(line)];
-    const Key *keys = mKeys.data() + l.firstKey;
-    const int n = l.keyCount;
     Q_ASSERT(n > 0 && first < n);
+    Span span{};
+    span.parentSlot = -1;
+    span.line = -1;
 
     int ia = first;
     int ib = -1;
@@ -425,25 +440,23 @@ void PoseEvaluator::fillSpan(int line, int first, Span &span) const
     span.file = a.file;
     span.key = a.key;
     span.nextKey = b.key;
+    return span;
 }
 
 inline void PoseEvaluator::evaluateSpan(const Span &span, int sampleTime, PoseItem &out) const
 {
     if (sampleTime >= span.from && sampleTime < span.until) [[likely]] {
-        blend(span, sampleTime, out);
+        blend(span, span, sampleTime, out);
         return;
     }
     // Another pair of keys is in force (keys between mainline keys, or an
     // eased mainline time beyond its key): blend that pair instead.
-    Span other;
-    fillSpan(span.line, keyAt(span.line, sampleTime), other);
-    other.parentSlot = span.parentSlot;
-    other.ref = span.ref;
-    other.line = span.line;
-    blend(other, sampleTime, out);
+    blend(mKeySpans[size_t(spanAt(span.line, sampleTime))], span, sampleTime, out);
 }
 
-inline void PoseEvaluator::blend(const Span &span, int sampleTime, PoseItem &out) const
+// The values of `span` for the reference of `owner`.
+inline void PoseEvaluator::blend(const Span &span, const Span &owner, int sampleTime,
+                                 PoseItem &out) const
 {
     // Divided rather than multiplied by a stored inverse: the ratio then
     // equals the model's to the bit, and a curve that jumps at the end sees
@@ -452,8 +465,8 @@ inline void PoseEvaluator::blend(const Span &span, int sampleTime, PoseItem &out
     if (span.curve >= 0)
         r = mCurves[size_t(span.curve)].trueT(r);
 
-    const Line &line = mLines[size_t(span.line)];
-    out.ref = span.ref;
+    const Line &line = mLines[size_t(owner.line)];
+    out.ref = owner.ref;
     out.timeline = line.timeline;
     out.object = line.object;
     out.key = span.key;
@@ -461,8 +474,8 @@ inline void PoseEvaluator::blend(const Span &span, int sampleTime, PoseItem &out
     out.ratio = r;
     out.file = span.file;
     out.shownFile = nullptr;
-    out.timelineIndex = span.line;
-    out.parent = span.parentSlot;
+    out.timelineIndex = owner.line;
+    out.parent = owner.parentSlot;
     out.z = -1;
 
     out.x = span.x + span.dx * r;

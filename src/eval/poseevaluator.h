@@ -51,8 +51,7 @@ public:
     int mainlineKeyIndexAt(int time) const;
 
 private:
-    // Every key of a timeline, in time order: what the blend of any time is
-    // built from when a reference's own span does not hold it.
+    // A timeline key as the spans are built from it.
     struct Key
     {
         double x;
@@ -74,8 +73,9 @@ private:
     };
     struct Line
     {
-        int firstKey;
+        int firstKey;  // into mKeyTimes
         int keyCount;
+        int firstSpan; // into mKeySpans: keyCount + 1 of them, from before the first key
         const Timeline *timeline;
         const Object *object;
     };
@@ -127,10 +127,10 @@ private:
         int objectCount;
     };
 
-    void fillSpan(int line, int first, Span &span) const;
-    int keyAt(int line, int time) const;
+    Span keySpan(const Key *keys, int n, int first) const;
+    int spanAt(int line, int time) const;
     void evaluateSpan(const Span &span, int sampleTime, PoseItem &out) const;
-    void blend(const Span &span, int sampleTime, PoseItem &out) const;
+    void blend(const Span &span, const Span &owner, int sampleTime, PoseItem &out) const;
 
     const Animation *mAnimation = nullptr;
     int mLength = 0;
@@ -142,7 +142,7 @@ private:
     std::vector<Span> mSpans;
     std::vector<Line> mLines;
     std::vector<int> mKeyTimes;
-    std::vector<Key> mKeys;
+    std::vector<Span> mKeySpans; // every line's blends from each key, in time order
     std::vector<TweenInfo> mCurves;
 };
 
