@@ -112,6 +112,8 @@ private slots:
     void instantKeysHold();
     void keysBetweenMainlineKeys_data();
     void keysBetweenMainlineKeys();
+    void hostileKeysPoseSafely_data();
+    void hostileKeysPoseSafely();
     void mainlineCurveEasesTime();
     void loopingWrapsAndNonLoopingHolds_data();
     void loopingWrapsAndNonLoopingHolds();
@@ -375,6 +377,53 @@ void TstPose::keysBetweenMainlineKeys()
     evaluator.evaluate(t, again);
     QCOMPARE(again.bones.front().x, item.x);
     QCOMPARE(again.bones.front().key, item.key);
+}
+
+void TstPose::hostileKeysPoseSafely_data()
+{
+    QTest::addColumn<QList<int>>("times");
+    QTest::addColumn<QList<double>>("angles");
+    QTest::addColumn<bool>("compareWithModel");
+
+    QTest::newRow("not a number") << QList<int>{0, 500} << QList<double>{qQNaN(), 10.0} << true;
+    QTest::newRow("far turns") << QList<int>{0, 500} << QList<double>{1e300, -1e300} << true;
+    QTest::newRow("unnormalised") << QList<int>{0, 500} << QList<double>{-725.0, 1000.0} << true;
+    QTest::newRow("one time twice")
+        << QList<int>{0, 300, 300, 600} << QList<double>{0.0, 90.0, 180.0, 270.0} << true;
+    QTest::newRow("times far out")
+        << QList<int>{-2000000000, 2000000000} << QList<double>{10.0, 20.0} << true;
+    QTest::newRow("infinite turn") << QList<int>{0, 500} << QList<double>{qInf(), 10.0} << false;
+}
+
+void TstPose::hostileKeysPoseSafely()
+{
+    QFETCH(QList<int>, times);
+    QFETCH(QList<double>, angles);
+    QFETCH(bool, compareWithModel);
+
+    Rig rig(1000, true);
+    Timeline *bone = rig.timeline(QStringLiteral("bone"), Object::Bone);
+    Timeline *sprite = rig.timeline(QStringLiteral("sprite"), Object::Sprite, bone);
+    rig.mainlineKey(0);
+    for (int i = 0; i < times.size(); ++i) {
+        auto *key = new TimelineKey(FileInfo(), info(i, 0, angles[i]), TweenInfo());
+        key->setCachedTime(times[i]);
+        bone->appendTimelineKey(key);
+    }
+    rig.key(sprite, 0, info(10, 0));
+    rig.link();
+
+    PoseEvaluator evaluator(rig.animation);
+    Pose pose;
+    for (int t : {-5, 0, 150, 300, 450, 999, 1000, 5000}) {
+        evaluator.evaluate(t, pose);
+        QCOMPARE(pose.bones.size(), size_t(1));
+        QCOMPARE(pose.objects.size(), size_t(1));
+        for (const PoseItem *item : {&pose.bones.front(), &pose.objects.front()})
+            QVERIFY2(item->angle >= 0.0 && item->angle <= 360.0, qPrintable(QString::number(t)));
+        if (compareWithModel)
+            poseAt(rig.animation, t);
+    }
 }
 
 void TstPose::instantKeysHold()
