@@ -24,6 +24,7 @@
 #include <QHash>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QThreadPool>
 #include <QUndoStack>
 
 #include <fcntl.h>
@@ -228,7 +229,12 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
         host->endProgress();
         return fail(host, error, prefix + writeError);
     }
+    // Replacing a large file frees its blocks inside the rename, which the user waits for;
+    // holding the old file open moves that work to the close, done on a worker afterwards.
+    const int replaced = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
     const bool committed = file.commit();
+    if (replaced >= 0)
+        QThreadPool::globalInstance()->start([replaced] { ::close(replaced); });
     if (committed) {
         syncDirectory(directory);
         host->progress(100);
