@@ -79,11 +79,12 @@ private:
         const Timeline *timeline;
         const Object *object;
     };
-    // One reference of one mainline key, prepared for the pair of keys in
-    // force at that mainline key's time: the start values and the differences,
-    // so that a blend is a multiply-add per value. A mainline key's spans lie
-    // side by side in evaluation order, so a pose reads one run of memory from
-    // front to back instead of two keys scattered per reference.
+    // The blend from one key towards the next: the start values and the
+    // differences, so that a blend is a multiply-add per value. mSpans holds
+    // one per reference of each mainline key, for the pair in force at that
+    // key's time, side by side in evaluation order: a pose reads one run of
+    // memory from front to back instead of two keys scattered per reference.
+    // mKeySpans holds one per timeline key, for times that fall elsewhere.
     struct Span
     {
         double x;
