@@ -12,19 +12,82 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include <sys/mman.h>
 
 namespace Morvane {
 
 namespace {
 
+// Text storage in large blocks that never move, so that spans can point into them, and
+// that grow without copying what they hold. The blocks ask for large pages: the text of a
+// big project is hundreds of megabytes, touched once, and faulting it in 4 KiB pages costs
+// more than writing it.
+class TextArena
+{
+public:
+    /// Room for `bytes` at `cursor()`, in the current block or a new one.
+    char *reserve(std::size_t bytes)
+    {
+        if (std::size_t(mLimit - mCursor) < bytes)
+            addBlock(bytes);
+        return mCursor;
+    }
+    char *cursor() const { return mCursor; }
+    void setCursor(char *cursor) { mCursor = cursor; }
+    /// Room left from `position` in the current block to its end.
+    std::size_t roomFrom(const char *position) const { return std::size_t(mLimit - position); }
+    std::size_t blockCount() const { return mBlocks.size(); }
+
+    char *append(std::string_view text)
+    {
+        char *out = reserve(text.size());
+        std::memcpy(out, text.data(), text.size());
+        mCursor = out + text.size();
+        return out;
+    }
+
+private:
+    struct Free
+    {
+        void operator()(char *block) const
+        {
+            ::operator delete(block, std::align_val_t(LargePage));
+        }
+    };
+    static constexpr std::size_t LargePage = std::size_t(2) << 20;
+
+    void addBlock(std::size_t bytes)
+    {
+        // Each block as large as all before it, from 1 MiB to 64 MiB, so small saves stay
+        // small and large ones need few blocks.
+        std::size_t size = std::clamp<std::size_t>(mAllocated, 1 << 20, 64 << 20);
+        size = (std::max(size, bytes) + LargePage - 1) / LargePage * LargePage;
+        auto *block = static_cast<char *>(::operator new(size, std::align_val_t(LargePage)));
+        ::madvise(block, size, MADV_HUGEPAGE);
+        mBlocks.emplace_back(block);
+        mAllocated += size;
+        mCursor = block;
+        mLimit = block + size;
+    }
+
+    std::vector<std::unique_ptr<char, Free>> mBlocks;
+    std::size_t mAllocated = 0;
+    char *mCursor = nullptr;
+    char *mLimit = nullptr;
+};
+
 // Keys must come out sorted, but the walk emits attributes first and children later, so
 // each open element keeps its entries until it closes and then puts them in order.
 //
-// All text lives in one growing buffer. An entry is a list of spans of that buffer. A
-// small element is rendered in order into a scratch buffer and copied back over its raw
-// text, so it becomes a single span; a large one (an animation, an entity, the root)
+// All text lives in one arena. An entry is a list of spans of the arena. A small element
+// is rendered in order into a scratch buffer and copied back over its raw text, so it
+// becomes a single span; a large one (an animation, an entity, the root)
 // only orders the spans of its entries and adds spans for its own punctuation. So no
 // byte is copied more than twice in the cache and large texts are never copied at all.
 class JsonSink final : public ProjectSink
@@ -43,7 +106,8 @@ public:
         frame.single = single;
         if (!mFrames.empty())
             frame.level = mFrames.back().level + (single ? 1 : 2);
-        frame.textBegin = mText.size();
+        frame.textBegin = mText.cursor();
+        frame.textBlock = mText.blockCount();
         frame.itemBegin = mItems.size();
         frame.spanBegin = mSpans.size();
         mFrames.push_back(frame);
@@ -67,17 +131,17 @@ public:
 
     void attribute(std::string_view name, QStringView text) override
     {
-        const std::size_t begin = mText.size();
-        JsonWriter::appendString(mText, text);
-        addScalar(name, begin);
+        mValue.clear();
+        JsonWriter::appendString(mValue, text);
+        addScalar(name, mText.append(mValue), mValue.size());
     }
 
     void integerAttribute(std::string_view name, std::int64_t value) override
     {
-        const std::size_t begin = mText.size();
-        char buffer[NumberFormat::BufferSize];
-        mText.append(buffer, std::size_t(NumberFormat::writeInteger(buffer, value)));
-        addScalar(name, begin);
+        char *out = mText.reserve(NumberFormat::BufferSize);
+        const int length = NumberFormat::writeInteger(out, value);
+        mText.setCursor(out + length);
+        addScalar(name, out, std::size_t(length));
     }
 
     void real6Attribute(std::string_view name, double value) override { addNumber(name, value); }
@@ -92,7 +156,7 @@ public:
         std::size_t done = 0;
         int percent = -1;
         for (const Span &span : mSpans) {
-            if (device->write(mText.data() + span.offset, qint64(span.length))
+            if (device->write(span.data, qint64(span.length))
                 != qint64(span.length))
                 return false;
             done += span.length;
@@ -108,7 +172,7 @@ public:
 private:
     struct Span
     {
-        std::size_t offset;
+        const char *data;
         std::size_t length;
     };
     // One attribute or child element of an open element.
@@ -124,7 +188,8 @@ private:
         std::string_view name;
         bool single = false;
         int level = 0;
-        std::size_t textBegin = 0;
+        char *textBegin = nullptr;
+        std::size_t textBlock = 0;
         std::size_t itemBegin = 0;
         std::size_t spanBegin = 0;
     };
@@ -135,15 +200,15 @@ private:
     {
         if (!std::isfinite(value))
             return; // JSON has no form for it; readers take the default.
-        const std::size_t begin = mText.size();
-        char buffer[NumberFormat::BufferSize];
-        mText.append(buffer, std::size_t(NumberFormat::writeShortest(buffer, value)));
-        addScalar(name, begin);
+        char *out = mText.reserve(NumberFormat::BufferSize);
+        const int length = NumberFormat::writeShortest(out, value);
+        mText.setCursor(out + length);
+        addScalar(name, out, std::size_t(length));
     }
 
-    void addScalar(std::string_view name, std::size_t begin)
+    void addScalar(std::string_view name, const char *text, std::size_t length)
     {
-        mSpans.push_back({begin, mText.size() - begin});
+        mSpans.push_back({text, length});
         Item item;
         item.key = name;
         item.firstSpan = mSpans.size() - 1;
@@ -183,7 +248,7 @@ private:
     {
         if (mInline) {
             for (std::size_t i = first; i < first + count; ++i)
-                mScratch.append(mText, mSpans[i].offset, mSpans[i].length);
+                mScratch.append(mSpans[i].data, mSpans[i].length);
             return;
         }
         closeGlue();
@@ -196,7 +261,7 @@ private:
     void closeGlue()
     {
         if (mScratch.size() > mGlueStart)
-            mOut.push_back({mGlueStart, mScratch.size() - mGlueStart, true});
+            mOut.push_back({nullptr, mGlueStart, mScratch.size() - mGlueStart, true});
         mGlueStart = mScratch.size();
     }
 
@@ -204,13 +269,18 @@ private:
     {
         if (span.length == 0)
             return;
-        mOut.push_back({span.offset, span.length, false});
+        mOut.push_back({span.data, 0, span.length, false});
     }
 
     void render(const Frame &frame)
     {
         sortItems(frame.itemBegin);
-        mInline = mText.size() - frame.textBegin <= SmallElement;
+        std::size_t contentSize = 0;
+        for (std::size_t i = frame.itemBegin; i < mItems.size(); ++i) {
+            for (std::size_t k = 0; k < mItems[i].spanCount; ++k)
+                contentSize += mSpans[mItems[i].firstSpan + k].length;
+        }
+        mInline = contentSize <= SmallElement;
         mScratch.clear();
         mOut.clear();
         mGlueStart = 0;
@@ -254,36 +324,45 @@ private:
         glue("}");
 
         if (mInline) {
-            // Everything the element refers to lies behind its start: replace it all.
-            mText.resize(frame.textBegin);
-            mText += mScratch;
+            // Everything the element refers to was written after its start, and is copied
+            // now: the rendered text takes its place when it fits there.
+            char *out = frame.textBegin;
+            if (frame.textBlock == mText.blockCount() && out
+                && mText.roomFrom(out) >= mScratch.size())
+                mText.setCursor(out);
+            else
+                out = mText.reserve(mScratch.size());
+            std::memcpy(out, mScratch.data(), mScratch.size());
+            mText.setCursor(out + mScratch.size());
             mSpans.resize(frame.spanBegin);
-            mSpans.push_back({frame.textBegin, mScratch.size()});
+            mSpans.push_back({out, mScratch.size()});
             return;
         }
         closeGlue();
-        const std::size_t glueBase = mText.size();
-        mText += mScratch;
+        const char *glueBase = mText.append(mScratch);
         mSpans.resize(frame.spanBegin);
         for (const OutPiece &piece : mOut) {
-            const std::size_t offset = piece.glue ? glueBase + piece.offset : piece.offset;
-            if (!mSpans.empty() && mSpans.size() > frame.spanBegin
-                && mSpans.back().offset + mSpans.back().length == offset)
+            const char *data = piece.glue ? glueBase + piece.offset : piece.data;
+            if (mSpans.size() > frame.spanBegin
+                && mSpans.back().data + mSpans.back().length == data)
                 mSpans.back().length += piece.length;
             else
-                mSpans.push_back({offset, piece.length});
+                mSpans.push_back({data, piece.length});
         }
     }
 
+    // A span of the text, or (`glue`) a piece at `offset` of the scratch buffer.
     struct OutPiece
     {
+        const char *data;
         std::size_t offset;
         std::size_t length;
         bool glue;
     };
 
     bool mPretty;
-    std::string mText;
+    TextArena mText;
+    std::string mValue;
     std::vector<Span> mSpans;
     std::vector<Item> mItems;
     std::vector<Frame> mFrames;
