@@ -158,6 +158,19 @@ void TestXmlWriter::escaping_data()
         << QByteArray("xy");
     QTest::newRow("noncharacter dropped") << QString(QChar(0xFFFE)) << QByteArray()
                                           << QByteArray();
+    // Long texts are escaped in pieces; a pair split by a piece's end stays one character.
+    const QString smile = QString::fromUtf8("\xf0\x9f\x98\x80");
+    QTest::newRow("pair across a piece")
+        << QString(QString(1023, QLatin1Char('a')) + smile + QStringLiteral("z"))
+        << QByteArray(QByteArray(1023, 'a') + "\xf0\x9f\x98\x80z")
+        << QByteArray(QByteArray(1023, 'a') + "\xf0\x9f\x98\x80z");
+    QTest::newRow("escapes filling many pieces")
+        << QStringLiteral("<&\"").repeated(5000)
+        << QByteArray("&lt;&amp;&quot;").repeated(5000)
+        << QByteArray("&lt;&amp;&quot;").repeated(5000);
+    QTest::newRow("longer than the buffer") << QString::fromUtf8("\xc3\xa9\n").repeated(100000)
+                                            << QByteArray("\xc3\xa9&#10;").repeated(100000)
+                                            << QByteArray("\xc3\xa9\n").repeated(100000);
 }
 
 void TestXmlWriter::escaping()
