@@ -150,8 +150,10 @@ bool findAnimations(const char *text, std::size_t size, std::vector<AnimationStr
 {
     const char *const end = text + size;
     const char *p = text;
-    if (size >= 2 && (static_cast<unsigned char>(text[0]) >= 0xFE || text[0] == 0 || text[1] == 0))
-        return false; // UTF-16 or UTF-32
+    // UTF-16 and UTF-32 have NULs, and a NUL would end an animation's parse early where
+    // the whole parse fails on it.
+    if (std::memchr(text, 0, size) || (size > 0 && static_cast<unsigned char>(text[0]) >= 0xFE))
+        return false;
     std::string_view names[2];
     int depth = 0;
     const char *animationStart = nullptr;
