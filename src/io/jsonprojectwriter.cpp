@@ -238,6 +238,26 @@ private:
     }
 
     void glue(std::string_view text) { mScratch += text; }
+
+    // Names are string literals, so the same name mostly is the same pointer.
+    static bool sameKey(std::string_view a, std::string_view b)
+    {
+        return (a.data() == b.data() && a.size() == b.size()) || a == b;
+    }
+
+    // Names are plain ASCII words: quoted as they are, escaped only if they need it.
+    void appendKey(std::string_view key)
+    {
+        for (const char c : key) {
+            if (c < 0x20 || c == '"' || c == '\\' || static_cast<unsigned char>(c) >= 0x80) {
+                JsonWriter::appendStringUtf8(mScratch, key);
+                return;
+            }
+        }
+        mScratch.push_back('"');
+        mScratch += key;
+        mScratch.push_back('"');
+    }
     void glueIndent(int level)
     {
         mScratch.push_back('\n');
@@ -291,14 +311,14 @@ private:
         const std::size_t end = mItems.size();
         for (std::size_t i = frame.itemBegin; i < end;) {
             std::size_t runEnd = i + 1;
-            while (runEnd < end && mItems[runEnd].key == mItems[i].key)
+            while (runEnd < end && sameKey(mItems[runEnd].key, mItems[i].key))
                 ++runEnd;
             if (!first)
                 glue(",");
             first = false;
             if (mPretty)
                 glueIndent(frame.level + 1);
-            JsonWriter::appendStringUtf8(mScratch, mItems[i].key);
+            appendKey(mItems[i].key);
             glue(separator);
             if (!mItems[i].isArray) {
                 // A name given twice keeps its last value.

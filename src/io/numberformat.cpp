@@ -49,10 +49,11 @@ int NumberFormat::writeReal6(char *buffer, double value)
     const double magnitude = std::fabs(value);
     if (magnitude < 1e7) {
         const double scaled = magnitude * 1e6;
-        const double whole = std::floor(scaled);
-        const double fraction = scaled - whole;
+        // Truncation is the floor here (not negative), and needs no library call.
+        const auto whole = std::uint64_t(scaled);
+        const double fraction = scaled - double(whole);
         if (std::fabs(fraction - 0.5) > 0.01) {
-            const auto millionths = std::uint64_t(fraction > 0.5 ? whole + 1.0 : whole);
+            const std::uint64_t millionths = fraction > 0.5 ? whole + 1 : whole;
             char *out = buffer;
             // The sign stays on values that round to zero ("-0"), as in the general form.
             if (std::signbit(value))
