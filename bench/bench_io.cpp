@@ -6,7 +6,8 @@
 // QXmlStreamReader over the file, QXmlStreamWriter writing the same tree, QJsonDocument
 // parsing the JSON file. Prints MB/s and the peak memory of each open relative to the file;
 // for opens also the figures of a fresh process (cold_MB/s, and for JSON cold_x_bare, the
-// open's time over a bare QJsonDocument parse in a fresh process).
+// open's time over a bare QJsonDocument parse in a fresh process). The *WriterToNull cases
+// run the writers into a device that discards the bytes, apart from the disk and the commit.
 //
 //   bench_io [--benchmark_filter=...]        MORVANE_BENCH_SCALE=0.1 for a smaller project
 //   bench_io --generate FILE.rigx|FILE.rigj  writes the project only, for profiling
@@ -286,6 +287,50 @@ void BM_SaveJson(benchmark::State &state)
                                                 benchmark::Counter::kIsRate);
 }
 
+// Discards what it is given: the writers alone, without the file system and the commit.
+class NullDevice : public QIODevice
+{
+public:
+    NullDevice() { open(QIODevice::WriteOnly); }
+    qint64 written = 0;
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *, qint64 size) override
+    {
+        written += size;
+        return size;
+    }
+};
+
+template<bool Json>
+void BM_WriterToNull(benchmark::State &state)
+{
+    RigxData document;
+    ProjectIoHost host;
+    ProjectFile::open(&document, sFixture.xmlPath, &host);
+    double megabytes = 0.0;
+    for (auto _ : state) {
+        NullDevice device;
+        const ProjectSaveOptions options;
+        benchmark::DoNotOptimize(Json ? JsonProjectWriter::write(document, &device, options)
+                                      : XmlProjectWriter::write(document, &device, options));
+        megabytes = double(device.written) / (1024.0 * 1024.0);
+    }
+    state.counters["MB/s"] = benchmark::Counter(megabytes * double(state.iterations()),
+                                                benchmark::Counter::kIsRate);
+}
+
+void BM_XmlWriterToNull(benchmark::State &state)
+{
+    BM_WriterToNull<false>(state);
+}
+
+void BM_JsonWriterToNull(benchmark::State &state)
+{
+    BM_WriterToNull<true>(state);
+}
+
 void BM_BareQXmlStreamReader(benchmark::State &state)
 {
     for (auto _ : state) {
@@ -343,9 +388,11 @@ BENCHMARK(BM_OpenXml)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime
 BENCHMARK(BM_BareQXmlStreamReader)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_SaveXml)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_BareQXmlStreamWriter)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
+BENCHMARK(BM_XmlWriterToNull)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_OpenJson)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_BareQJsonDocument)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_SaveJson)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
+BENCHMARK(BM_JsonWriterToNull)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 
 int main(int argc, char **argv)
 {
