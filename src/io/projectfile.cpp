@@ -28,6 +28,7 @@
 #include <QUndoStack>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Morvane {
@@ -69,6 +70,22 @@ void syncDirectory(const QString &directory)
         return;
     ::fsync(fd);
     ::close(fd);
+}
+
+// The file a save is about to replace, held open (see `ProjectFile::save`), or -1. Only a
+// regular file is held; opening does not wait, even for a pipe under that name.
+int openReplacedFile(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(),
+                          O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0)
+        return -1;
+    struct stat status;
+    if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
 }
 
 ProjectFile::Form sniffForm(const QString &path)
@@ -231,7 +248,7 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
     }
     // Replacing a large file frees its blocks inside the rename, which the user waits for;
     // holding the old file open moves that work to the close, done on a worker afterwards.
-    const int replaced = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const int replaced = openReplacedFile(path);
     const bool committed = file.commit();
     if (replaced >= 0)
         QThreadPool::globalInstance()->start([replaced] { ::close(replaced); });
