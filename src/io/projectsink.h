@@ -16,6 +16,9 @@ namespace Morvane {
 /// XML an attribute is an attribute and a child a nested element; in JSON both become keys
 /// of the element's object, children of one name an array (or, for `single` children,
 /// one object).
+///
+/// Element and attribute names are ASCII words that stay valid until the element they
+/// belong to ends (string literals): a sink may keep them instead of copying.
 class ProjectSink
 {
 public:
