@@ -41,6 +41,7 @@ public:
     char *text = nullptr;
     std::size_t size = 0;
     std::vector<Range> ranges;
+    std::vector<bool> loaded;
     pugi::xml_document tree;
     std::size_t bytesRead = 0;
     std::size_t bytesTotal = 0;
@@ -54,8 +55,9 @@ public:
     pugi::xml_node load(int index)
     {
         tree.reset();
-        if (failed || index < 0 || std::size_t(index) >= ranges.size())
+        if (failed || index < 0 || std::size_t(index) >= ranges.size() || loaded[std::size_t(index)])
             return pugi::xml_node();
+        loaded[std::size_t(index)] = true;
         const Range range = ranges[std::size_t(index)];
         const pugi::xml_parse_result result = tree.load_buffer_inplace(
             text + range.begin, range.end - range.begin, ParseOptions, pugi::encoding_utf8);
@@ -70,6 +72,17 @@ public:
         if (progress && bytesTotal > 0)
             progress(int(bytesRead * 100 / bytesTotal));
         return tree.document_element();
+    }
+
+    // Animations the reader did not reach must still parse: the text is refused as a
+    // whole parse would refuse it.
+    void checkUnread()
+    {
+        for (std::size_t i = 0; i < ranges.size() && !failed; ++i) {
+            if (!loaded[i])
+                load(int(i));
+        }
+        tree.reset();
     }
 };
 
@@ -228,10 +241,15 @@ bool findAnimations(const char *text, std::size_t size, std::vector<AnimationStr
             else
                 animationStart = p;
         }
+        // A second root is an error the whole parse reports; the reader would not see it.
+        if (depth == 0 && !names[0].empty())
+            return false;
         if (!empty) {
             if (depth < 2)
                 names[depth] = tag;
             ++depth;
+        } else if (depth == 0) {
+            names[0] = tag;
         }
         p = q + 1;
     }
@@ -318,6 +336,7 @@ struct XmlProjectReader::Private
                 stream->text = buffer.data();
                 stream->size = std::size_t(buffer.size());
                 stream->ranges = std::move(ranges);
+                stream->loaded.assign(stream->ranges.size(), false);
                 for (const AnimationStream::Range &range : stream->ranges)
                     stream->bytesTotal += range.end - range.begin;
                 return checkRoot(parseError);
@@ -409,7 +428,7 @@ void XmlProjectReader::read(RigxData *document, QStringList *warnings,
     ProjectReader<XmlNode> reader(document, warnings);
     reader.readRoot(XmlNode(d->document.document_element(), d->stream.get()));
     if (d->stream)
-        d->stream->tree.reset();
+        d->stream->checkUnread();
     if (progress)
         progress(100);
 }
