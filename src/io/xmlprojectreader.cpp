@@ -7,11 +7,15 @@
 
 #include <QFile>
 
+#include <sys/mman.h>
+
 #include <pugixml.hpp>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -291,12 +295,76 @@ QString positionText(const QByteArray &text, std::ptrdiff_t offset)
     return QStringLiteral("line %1, column %2: ").arg(line).arg(column);
 }
 
+// The text to parse, in memory that may be backed by huge pages. A large project's text is
+// read once and parsed in place, and page faults on an ordinary buffer of that size cost
+// more than reading it.
+class TextBuffer
+{
+public:
+    TextBuffer() = default;
+    TextBuffer(const TextBuffer &) = delete;
+    TextBuffer &operator=(const TextBuffer &) = delete;
+    ~TextBuffer() { clear(); }
+
+    char *data() { return mData; }
+    const char *constData() const { return mData; }
+    std::size_t size() const { return mSize; }
+
+    bool allocate(std::size_t size)
+    {
+        clear();
+        if (size < HugePage) {
+            mSmall = std::make_unique<char[]>(size + 1);
+            mData = mSmall.get();
+        } else {
+            // One page more than needed, so that the text can start on a huge-page boundary.
+            mMappedBytes = (size + 1 + 2 * HugePage - 1) / HugePage * HugePage;
+            void *mapped = mmap(nullptr, mMappedBytes, PROT_READ | PROT_WRITE,
+                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            if (mapped == MAP_FAILED) {
+                mMappedBytes = 0;
+                return false;
+            }
+            mMapped = mapped;
+            const auto start = reinterpret_cast<std::uintptr_t>(mapped);
+            mData = reinterpret_cast<char *>((start + HugePage - 1) & ~(HugePage - 1));
+#ifdef MADV_HUGEPAGE
+            madvise(mData, mMappedBytes - HugePage, MADV_HUGEPAGE);
+#endif
+        }
+        mSize = size;
+        return true;
+    }
+
+    void setSize(std::size_t size) { mSize = std::min(size, mSize); }
+
+    void clear()
+    {
+        if (mMapped)
+            munmap(mMapped, mMappedBytes);
+        mMapped = nullptr;
+        mMappedBytes = 0;
+        mSmall.reset();
+        mData = nullptr;
+        mSize = 0;
+    }
+
+private:
+    static constexpr std::size_t HugePage = std::size_t(2) << 20;
+
+    std::unique_ptr<char[]> mSmall;
+    void *mMapped = nullptr;
+    std::size_t mMappedBytes = 0;
+    char *mData = nullptr;
+    std::size_t mSize = 0;
+};
+
 } // namespace
 
 struct XmlProjectReader::Private
 {
     pugi::xml_document document;
-    QByteArray buffer;  // parsed in place; the document points into it
+    TextBuffer buffer;  // parsed in place; the document points into it
     QByteArray outline; // when streaming: the buffer without its animations
     std::unique_ptr<AnimationStream> stream;
     QString path;        // where the text came from, to count error positions in
@@ -326,15 +394,15 @@ struct XmlProjectReader::Private
     {
         std::vector<AnimationStream::Range> ranges;
         if (mode == Mode::StreamAnimations
-            && findAnimations(buffer.constData(), std::size_t(buffer.size()), &ranges)
+            && findAnimations(buffer.constData(), buffer.size(), &ranges)
             && !ranges.empty()) {
-            outline = Morvane::outline(buffer.constData(), std::size_t(buffer.size()), ranges);
+            outline = Morvane::outline(buffer.constData(), buffer.size(), ranges);
             const pugi::xml_parse_result result = document.load_buffer_inplace(
                 outline.data(), std::size_t(outline.size()), ParseOptions, pugi::encoding_utf8);
             if (result) {
                 stream = std::make_unique<AnimationStream>();
                 stream->text = buffer.data();
-                stream->size = std::size_t(buffer.size());
+                stream->size = buffer.size();
                 stream->ranges = std::move(ranges);
                 stream->loaded.assign(stream->ranges.size(), false);
                 for (const AnimationStream::Range &range : stream->ranges)
@@ -347,7 +415,7 @@ struct XmlProjectReader::Private
             outline.clear();
         }
         const pugi::xml_parse_result result = document.load_buffer_inplace(
-            buffer.data(), std::size_t(buffer.size()), ParseOptions, pugi::encoding_auto);
+            buffer.data(), buffer.size(), ParseOptions, pugi::encoding_auto);
         if (!result) {
             reset();
             *parseError = errorAt(result.offset, QString::fromUtf8(result.description()));
@@ -393,7 +461,30 @@ bool XmlProjectReader::parseFile(const QString &path, QString *readError, QStrin
         *readError = file.errorString();
         return false;
     }
-    d->buffer = file.readAll();
+    // A file that knows its size is read straight into place; anything else (a pipe, a
+    // file in /proc) through a growing copy.
+    const qint64 expected = file.size();
+    QByteArray unsized;
+    if (expected <= 0 || file.isSequential())
+        unsized = file.readAll();
+    const std::size_t capacity = unsized.isEmpty() ? std::size_t(expected) : std::size_t(unsized.size());
+    if (!d->buffer.allocate(capacity)) {
+        *readError = QStringLiteral("Not enough memory for the file's text");
+        return false;
+    }
+    std::size_t got = 0;
+    if (!unsized.isEmpty()) {
+        std::memcpy(d->buffer.data(), unsized.constData(), capacity);
+        got = capacity;
+    } else {
+        while (got < capacity) {
+            const qint64 read = file.read(d->buffer.data() + got, qint64(capacity - got));
+            if (read <= 0)
+                break;
+            got += std::size_t(read);
+        }
+    }
+    d->buffer.setSize(got);
     if (file.error() != QFileDevice::NoError) {
         *readError = file.errorString();
         d->buffer.clear();
@@ -408,8 +499,11 @@ bool XmlProjectReader::parse(const QByteArray &text, QString *parseError, Mode m
     d->reset();
     d->path.clear();
     d->original = text;
-    d->buffer = text;
-    d->buffer.detach();
+    if (!d->buffer.allocate(std::size_t(text.size()))) {
+        *parseError = QStringLiteral("Not enough memory for the text");
+        return false;
+    }
+    std::memcpy(d->buffer.data(), text.constData(), std::size_t(text.size()));
     return d->parseBuffer(mode, parseError);
 }
 
