@@ -4,6 +4,7 @@
 
 #include "io/numberformat.h"
 #include "io/projectreader.h"
+#include "io/textbuffer.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -160,12 +161,11 @@ bool JsonProjectReader::parseFile(const QString &path, QString *readError, QStri
         *readError = file.errorString();
         return false;
     }
-    const QByteArray text = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        *readError = file.errorString();
+    TextBuffer text;
+    if (!text.read(file, readError))
         return false;
-    }
-    return parse(text, parseError);
+    // The parser only reads the text: no copy of it is made.
+    return parse(QByteArray::fromRawData(text.constData(), qsizetype(text.size())), parseError);
 }
 
 void JsonProjectReader::read(RigxData *document, QStringList *warnings)

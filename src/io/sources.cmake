@@ -23,6 +23,8 @@ list(APPEND MORVANE_CORE_SOURCES
     io/projectsink.h
     io/projectwriter.cpp
     io/projectwriter.h
+    io/textbuffer.cpp
+    io/textbuffer.h
     io/utf8encoder.h
     io/xmlprojectreader.cpp
     io/xmlprojectreader.h

@@ -4,16 +4,14 @@
 
 #include "io/numberformat.h"
 #include "io/projectreader.h"
+#include "io/textbuffer.h"
 
 #include <QFile>
-
-#include <sys/mman.h>
 
 #include <pugixml.hpp>
 
 #include <algorithm>
 #include <cctype>
-#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -295,70 +293,6 @@ QString positionText(const QByteArray &text, std::ptrdiff_t offset)
     return QStringLiteral("line %1, column %2: ").arg(line).arg(column);
 }
 
-// The text to parse, in memory that may be backed by huge pages. A large project's text is
-// read once and parsed in place, and page faults on an ordinary buffer of that size cost
-// more than reading it.
-class TextBuffer
-{
-public:
-    TextBuffer() = default;
-    TextBuffer(const TextBuffer &) = delete;
-    TextBuffer &operator=(const TextBuffer &) = delete;
-    ~TextBuffer() { clear(); }
-
-    char *data() { return mData; }
-    const char *constData() const { return mData; }
-    std::size_t size() const { return mSize; }
-
-    bool allocate(std::size_t size)
-    {
-        clear();
-        if (size < HugePage) {
-            mSmall = std::make_unique<char[]>(size + 1);
-            mData = mSmall.get();
-        } else {
-            // One page more than needed, so that the text can start on a huge-page boundary.
-            mMappedBytes = (size + 1 + 2 * HugePage - 1) / HugePage * HugePage;
-            void *mapped = mmap(nullptr, mMappedBytes, PROT_READ | PROT_WRITE,
-                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-            if (mapped == MAP_FAILED) {
-                mMappedBytes = 0;
-                return false;
-            }
-            mMapped = mapped;
-            const auto start = reinterpret_cast<std::uintptr_t>(mapped);
-            mData = reinterpret_cast<char *>((start + HugePage - 1) & ~(HugePage - 1));
-#ifdef MADV_HUGEPAGE
-            madvise(mData, mMappedBytes - HugePage, MADV_HUGEPAGE);
-#endif
-        }
-        mSize = size;
-        return true;
-    }
-
-    void setSize(std::size_t size) { mSize = std::min(size, mSize); }
-
-    void clear()
-    {
-        if (mMapped)
-            munmap(mMapped, mMappedBytes);
-        mMapped = nullptr;
-        mMappedBytes = 0;
-        mSmall.reset();
-        mData = nullptr;
-        mSize = 0;
-    }
-
-private:
-    static constexpr std::size_t HugePage = std::size_t(2) << 20;
-
-    std::unique_ptr<char[]> mSmall;
-    void *mMapped = nullptr;
-    std::size_t mMappedBytes = 0;
-    char *mData = nullptr;
-    std::size_t mSize = 0;
-};
-
 } // namespace
 
 struct XmlProjectReader::Private
@@ -461,35 +395,8 @@ bool XmlProjectReader::parseFile(const QString &path, QString *readError, QStrin
         *readError = file.errorString();
         return false;
     }
-    // A file that knows its size is read straight into place; anything else (a pipe, a
-    // file in /proc) through a growing copy.
-    const qint64 expected = file.size();
-    QByteArray unsized;
-    if (expected <= 0 || file.isSequential())
-        unsized = file.readAll();
-    const std::size_t capacity = unsized.isEmpty() ? std::size_t(expected) : std::size_t(unsized.size());
-    if (!d->buffer.allocate(capacity)) {
-        *readError = QStringLiteral("Not enough memory for the file's text");
+    if (!d->buffer.read(file, readError))
         return false;
-    }
-    std::size_t got = 0;
-    if (!unsized.isEmpty()) {
-        std::memcpy(d->buffer.data(), unsized.constData(), capacity);
-        got = capacity;
-    } else {
-        while (got < capacity) {
-            const qint64 read = file.read(d->buffer.data() + got, qint64(capacity - got));
-            if (read <= 0)
-                break;
-            got += std::size_t(read);
-        }
-    }
-    d->buffer.setSize(got);
-    if (file.error() != QFileDevice::NoError) {
-        *readError = file.errorString();
-        d->buffer.clear();
-        return false;
-    }
     file.close();
     return d->parseBuffer(mode, parseError);
 }
