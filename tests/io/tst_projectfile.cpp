@@ -115,6 +115,7 @@ private slots:
     void errorLines_data();
     void errorLines();
     void failedOpenKeepsDocument();
+    void readFailureKeepsDocument();
     void streamedAnimationsReadAsWhole_data();
     void streamedAnimationsReadAsWhole();
     void brokenAnimation_data();
@@ -399,6 +400,24 @@ void TestProjectFile::failedOpenKeepsDocument()
     const QByteArray before = writeXml(document);
     QVERIFY(!ProjectFile::open(&document, broken, &host));
     QCOMPARE(document.filePath(), path);
+    QCOMPARE(writeXml(document), before);
+}
+
+// A file that opens but fails while it is read: the process's own memory file gives an
+// I/O error at its start.
+void TestProjectFile::readFailureKeepsDocument()
+{
+    const QString path = QStringLiteral("/proc/self/mem");
+    if (!QFileInfo::exists(path))
+        QSKIP("no /proc on this system");
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+    const QByteArray before = writeXml(document);
+    QString error;
+    QVERIFY(!ProjectFile::open(&document, path, &host, &error));
+    QVERIFY2(error.startsWith(QStringLiteral("Error: Cannot read file: ")), qPrintable(error));
+    QCOMPARE(host.lines, QStringList{error});
     QCOMPARE(writeXml(document), before);
 }
 
