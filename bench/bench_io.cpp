@@ -243,24 +243,15 @@ void reportOpen(benchmark::State &state, const QString &path, double megabytes)
     }
 }
 
-void BM_OpenXml(benchmark::State &state)
+void BM_Open(benchmark::State &state, bool json)
 {
+    const QString &path = json ? sFixture.jsonPath : sFixture.xmlPath;
     for (auto _ : state) {
         RigxData document;
         ProjectIoHost host;
-        benchmark::DoNotOptimize(ProjectFile::open(&document, sFixture.xmlPath, &host));
+        benchmark::DoNotOptimize(ProjectFile::open(&document, path, &host));
     }
-    reportOpen(state, sFixture.xmlPath, sFixture.xmlMegabytes);
-}
-
-void BM_OpenJson(benchmark::State &state)
-{
-    for (auto _ : state) {
-        RigxData document;
-        ProjectIoHost host;
-        benchmark::DoNotOptimize(ProjectFile::open(&document, sFixture.jsonPath, &host));
-    }
-    reportOpen(state, sFixture.jsonPath, sFixture.jsonMegabytes);
+    reportOpen(state, path, json ? sFixture.jsonMegabytes : sFixture.xmlMegabytes);
 }
 
 void BM_SaveXml(benchmark::State &state)
@@ -384,12 +375,12 @@ void BM_BareQJsonDocument(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK(BM_OpenXml)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
+BENCHMARK_CAPTURE(BM_Open, Xml, false)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_BareQXmlStreamReader)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_SaveXml)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_BareQXmlStreamWriter)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_XmlWriterToNull)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
-BENCHMARK(BM_OpenJson)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
+BENCHMARK_CAPTURE(BM_Open, Json, true)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_BareQJsonDocument)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_SaveJson)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(BM_JsonWriterToNull)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();

@@ -41,7 +41,6 @@ public:
     };
 
     char *text = nullptr;
-    std::size_t size = 0;
     std::vector<Range> ranges;
     std::vector<bool> loaded;
     pugi::xml_document tree;
@@ -336,7 +335,6 @@ struct XmlProjectReader::Private
             if (result) {
                 stream = std::make_unique<AnimationStream>();
                 stream->text = buffer.data();
-                stream->size = buffer.size();
                 stream->ranges = std::move(ranges);
                 stream->loaded.assign(stream->ranges.size(), false);
                 for (const AnimationStream::Range &range : stream->ranges)
