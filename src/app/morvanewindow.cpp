@@ -4,7 +4,7 @@
 
 #include "io/projectfile.h"
 #include "io/xmlprojectwriter.h"
-#include "eval/displayinfo.h"
+#include "model/displayinfo.h"
 #include "model/mainlinekey.h"
 #include "model/objectref.h"
 #include "model/rigxdata.h"

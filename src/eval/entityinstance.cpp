@@ -7,6 +7,7 @@
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "model/timeunits.h"
 
 #include <QtGlobal>
 
@@ -18,15 +19,6 @@ namespace Morvane {
 namespace {
 
 constexpr int UnresolvedLength = 1000;
-
-int truncatedTime(double t)
-{
-    if (!(t > double(std::numeric_limits<int>::min())))
-        return std::numeric_limits<int>::min();
-    if (!(t < double(std::numeric_limits<int>::max())))
-        return std::numeric_limits<int>::max();
-    return int(t);
-}
 
 /// Wraps into 0..length, a time equal to the length staying.
 int wrappedTime(int time, int length)

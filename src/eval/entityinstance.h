@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/entityinfo.h"
+#include "model/entityinfo.h"
 #include "eval/pose.h"
 #include "eval/poseevaluator.h"
 

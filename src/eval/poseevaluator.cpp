@@ -2,13 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/poseevaluator.h"
 
-#include "eval/displayinfo.h"
+#include "model/displayinfo.h"
 #include "model/animation.h"
 #include "model/file.h"
 #include "model/mainlinekey.h"
 #include "model/objectref.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "model/timeunits.h"
 
 #include <QHash>
 
@@ -26,15 +27,6 @@
 namespace Morvane {
 
 namespace {
-
-int truncatedTime(double t)
-{
-    if (!(t > double(std::numeric_limits<int>::min())))
-        return std::numeric_limits<int>::min();
-    if (!(t < double(std::numeric_limits<int>::max())))
-        return std::numeric_limits<int>::max();
-    return int(t);
-}
 
 /// Sine and cosine of an angle in degrees (0..360). Whole quarter turns come
 /// off exactly, so right angles give exact 0 and 1; the rest is the classic

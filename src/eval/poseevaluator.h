@@ -3,7 +3,7 @@
 #pragma once
 
 #include "eval/pose.h"
-#include "eval/tweeninfo.h"
+#include "model/tweeninfo.h"
 
 #include <vector>
 

@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/displayinfo.h"
-#include "eval/tweeninfo.h"
+#include "model/displayinfo.h"
+#include "model/tweeninfo.h"
 #include "io/metareader.h"
 #include "io/projectwriter.h"
 #include "model/animation.h"

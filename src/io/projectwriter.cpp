@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "projectwriter.h"
 
-#include "eval/displayinfo.h"
-#include "eval/tweeninfo.h"
+#include "model/displayinfo.h"
+#include "model/tweeninfo.h"
 #include "io/metawriter.h"
 #include "io/projectsink.h"
 #include "model/animation.h"

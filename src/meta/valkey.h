@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/tweeninfo.h"
+#include "model/tweeninfo.h"
 #include "meta/tagstate.h"
 #include "meta/vartype.h"
 

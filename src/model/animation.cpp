@@ -9,6 +9,7 @@
 #include "model/ownedlist.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "model/timeunits.h"
 
 #include <QHash>
 
@@ -482,6 +483,24 @@ void Animation::removeObjectLineHolder(int objectIndex)
             moved.emplace(index - 1, std::move(holder));
     }
     mObjectLineHolders = std::move(moved);
+}
+
+int Animation::sampleTime(int time, bool curved) const
+{
+    if (!curved)
+        return time;
+    time = std::clamp(time, 0, std::max(mLength, 0));
+    const MainlineKey *key = mainlineKeyFromTime(time);
+    if (!key)
+        return time;
+    return truncatedTime(key->curvedTime(time));
+}
+
+void Animation::updateRefCurrentInfo(int time, bool curved)
+{
+    MainlineKey *key = mainlineKeyFromTime(time);
+    if (key)
+        key->updateCurrentInfo(sampleTime(time, curved));
 }
 
 } // namespace Morvane

@@ -120,7 +120,7 @@ public:
     int guidelineCount() const { return int(mGuideLines.size()); }
     void removeGuide(int index);
 
-    // Evaluation (defined in eval/keyinterpolation.cpp).
+    // Evaluation.
     /// The time at which timelines are sampled for `time` (milliseconds): with
     /// `curved`, `time` clamped to 0..length and eased by the mainline key in
     /// force (truncated toward zero); without `curved`, `time` itself.

@@ -3,6 +3,8 @@
 #include "model/entity.h"
 
 #include "model/animation.h"
+#include "model/file.h"
+#include "model/folder.h"
 #include "model/naming.h"
 #include "model/object.h"
 #include "model/ownedlist.h"
@@ -268,6 +270,192 @@ void Entity::clearAllLinksAndChildren()
     // Animations first: their timelines point at the objects.
     mAnimations.clear();
     mObjects.clear();
+}
+
+void Entity::updateRefCurrentInfo(int time, bool curved)
+{
+    for (const auto &animation : mAnimations)
+        animation->updateRefCurrentInfo(time, curved);
+}
+
+const CharacterMap *Entity::charMap(int index) const
+{
+    if (index < 0 || index >= charMapCount())
+        return nullptr;
+    return &mCharMaps.at(index);
+}
+
+CharacterMap *Entity::charMapFromName(const QString &name)
+{
+    for (CharacterMap &map : mCharMaps) {
+        if (map.name() == name)
+            return &map;
+    }
+    return nullptr;
+}
+
+const CharacterMap *Entity::charMapFromName(const QString &name) const
+{
+    return const_cast<Entity *>(this)->charMapFromName(name);
+}
+
+CharacterMap *Entity::charMapFromId(int id)
+{
+    for (CharacterMap &map : mCharMaps) {
+        if (map.id() == id)
+            return &map;
+    }
+    return nullptr;
+}
+
+const CharacterMap *Entity::charMapFromId(int id) const
+{
+    return const_cast<Entity *>(this)->charMapFromId(id);
+}
+
+QStringList Entity::charMapNames() const
+{
+    QStringList names;
+    names.reserve(mCharMaps.size());
+    for (const CharacterMap &map : mCharMaps)
+        names.append(map.name());
+    return names;
+}
+
+QString Entity::uniqueCharMapName(const QString &name) const
+{
+    return uniqueName(name, charMapNames());
+}
+
+bool Entity::charMapsContainFile(const File *file) const
+{
+    if (!file)
+        return false;
+    const Address address = file->address();
+    for (const CharacterMap &map : mCharMaps) {
+        if (map.containsFile(address))
+            return true;
+    }
+    return false;
+}
+
+void Entity::appendCharMap(const CharacterMap &map, int index)
+{
+    if (index < 0 || index > charMapCount())
+        mCharMaps.append(map);
+    else
+        mCharMaps.insert(index, map);
+    applyMaps();
+}
+
+bool Entity::editCharMap(const QString &name, const CharacterMap &map)
+{
+    CharacterMap *existing = charMapFromName(name);
+    if (!existing)
+        return false;
+    // The id stays, so the map keeps its place in the active list.
+    const int id = existing->id();
+    *existing = map;
+    existing->setId(id);
+    applyMaps();
+    return true;
+}
+
+bool Entity::deleteCharMap(const QString &name)
+{
+    for (int i = 0; i < charMapCount(); ++i) {
+        if (mCharMaps.at(i).name() == name) {
+            mCharMaps.removeAt(i);
+            refreshActiveCharMaps();
+            applyMaps();
+            return true;
+        }
+    }
+    return false;
+}
+
+void Entity::makeCharMapActive(const QString &name, bool active)
+{
+    const CharacterMap *map = charMapFromName(name);
+    if (!map)
+        return;
+    const int position = mActiveCharMaps.indexOf(map->id());
+    if (active == (position >= 0))
+        return;
+    if (active)
+        mActiveCharMaps.append(map->id());
+    else
+        mActiveCharMaps.removeAt(position);
+    applyMaps();
+}
+
+bool Entity::isCharMapActive(const QString &name) const
+{
+    const CharacterMap *map = charMapFromName(name);
+    return map && mActiveCharMaps.contains(map->id());
+}
+
+void Entity::setActiveCharMaps(const QList<int> &ids)
+{
+    mActiveCharMaps = ids;
+    refreshActiveCharMaps();
+    applyMaps();
+}
+
+void Entity::refreshActiveCharMaps()
+{
+    for (int i = int(mActiveCharMaps.size()); i-- > 0;) {
+        if (!charMapFromId(mActiveCharMaps.at(i)))
+            mActiveCharMaps.removeAt(i);
+    }
+    if (RigxData *doc = document())
+        doc->emitRefreshedCharMaps();
+}
+
+void Entity::clearActiveCharMaps()
+{
+    RigxData *doc = document();
+    if (!doc)
+        return;
+    for (int i = 0; i < doc->folderCount(); ++i) {
+        const Folder *folder = doc->folder(i);
+        for (int j = 0; j < folder->fileCount(); ++j)
+            folder->file(j)->clearRedirect();
+    }
+}
+
+void Entity::applyCharMap(const CharacterMap &map)
+{
+    RigxData *doc = document();
+    if (!doc)
+        return;
+    for (const MapInstruction &instruction : map.instructions()) {
+        Address source = instruction.source;
+        if (!source.document())
+            source.setDocument(doc);
+        File *file = source.file(false);
+        if (!file)
+            continue;
+        Address target = instruction.target;
+        if (!target.document())
+            target.setDocument(doc);
+        // An empty redirect means "shows itself": a hidden image needs an
+        // address that names no file.
+        if (target.isEmpty())
+            target = Address(doc, {-1, -1});
+        file->redirect() = target;
+    }
+}
+
+void Entity::applyMaps()
+{
+    clearActiveCharMaps();
+    for (int id : std::as_const(mActiveCharMaps)) {
+        if (const CharacterMap *map = charMapFromId(id))
+            applyCharMap(*map);
+    }
+    if (RigxData *doc = document())
+        doc->emitRefreshedCharMaps();
 }
 
 } // namespace Morvane

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/charactermap.h"
+#include "model/charactermap.h"
 #include "meta/valinfocollection.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
@@ -80,7 +80,7 @@ public:
     ValInfoCollection &valInfoCollection() { return mValInfos; }
     const ValInfoCollection &valInfoCollection() const { return mValInfos; }
 
-    // Character maps (defined in eval/charactermap.cpp). The maps are kept in
+    // Character maps. The maps are kept in
     // order; the active list holds map ids in the order they are applied, so a
     // later map wins for the same source file. The redirects they set live on
     // the project's files and are shared by all entities.
@@ -126,7 +126,7 @@ public:
     void clearActiveCharMaps();
 
     /// Refreshes the cached world state of the references in force at `time`
-    /// in every animation (defined in eval/keyinterpolation.cpp).
+    /// in every animation.
     void updateRefCurrentInfo(int time, bool curved = true);
 
     /// Replaces this entity's content (objects and animations) with a copy of

@@ -397,4 +397,31 @@ void MainlineKey::detachChildKeys()
         k->setMainKey(nullptr);
 }
 
+double MainlineKey::curvedTime(double t) const
+{
+    const Animation *animation = parentAnimation();
+    if (!animation)
+        return t;
+    const double start = mTime;
+    double end = start;
+    if (const MainlineKey *next = nextMainlineKey())
+        end = next->currentTime();
+    else if (animation->mainlineKeyCount() > 1)
+        end = double(animation->mainlineKey(0)->currentTime()) + animation->length();
+    if (end == start)
+        return start;
+    const double ratio = (t - start) / (end - start);
+    return start + mCurve.trueT(ratio) * (end - start);
+}
+
+void MainlineKey::updateCurrentInfo(int sampleTime)
+{
+    // Bones first so that objects see their parents refreshed; each reference
+    // composes its own chain, so the order only matters for the caches.
+    for (const auto &ref : mBoneRefs)
+        ref->updateCurrentInfo(sampleTime);
+    for (const auto &ref : mZRefs)
+        ref->updateCurrentInfo(sampleTime);
+}
+
 } // namespace Morvane

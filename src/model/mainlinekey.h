@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/tweeninfo.h"
+#include "model/tweeninfo.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
@@ -103,7 +103,7 @@ public:
     /// (entity, animation, mainline key index) with a direct pointer.
     Address address() const;
 
-    // Evaluation (defined in eval/keyinterpolation.cpp).
+    // Evaluation.
     /// The time at which timelines are sampled while this key is in force at
     /// `t` (milliseconds): eased by this key's curve between its time and the
     /// next key's, or after the last key the first key's plus the animation's

@@ -77,4 +77,33 @@ int ZRef::zIndex() const
     return row();
 }
 
+DisplayInfo ObjectRef::unmappedInfo(int sampleTime) const
+{
+    const Timeline *tl = timeline();
+    DisplayInfo info = tl ? tl->displayInfoFromTime(sampleTime) : DisplayInfo();
+
+    // Compose up the chain iteratively: collect the parents (bounded, so a
+    // parent cycle from a damaged file ends), then apply them root first.
+    const ObjectRef *chain[MaxParentDepth];
+    int depth = 0;
+    for (const ObjectRef *p = parentRef(); p && depth < MaxParentDepth; p = p->parentRef())
+        chain[depth++] = p;
+    if (depth == 0)
+        return info;
+    const Timeline *rootTimeline = chain[depth - 1]->timeline();
+    DisplayInfo parent =
+        rootTimeline ? rootTimeline->displayInfoFromTime(sampleTime) : DisplayInfo();
+    for (int i = depth - 2; i >= 0; --i) {
+        const Timeline *ptl = chain[i]->timeline();
+        const DisplayInfo local = ptl ? ptl->displayInfoFromTime(sampleTime) : DisplayInfo();
+        parent = local.unmapFromParentInfo(parent);
+    }
+    return info.unmapFromParentInfo(parent);
+}
+
+void ObjectRef::updateCurrentInfo(int sampleTime)
+{
+    mCurrentInfo = unmappedInfo(sampleTime);
+}
+
 } // namespace Morvane

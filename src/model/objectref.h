@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/displayinfo.h"
+#include "model/displayinfo.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
@@ -51,7 +51,7 @@ public:
     /// (entity, animation, mainline key index, ref type, ref index).
     Address address() const;
 
-    // Evaluation (defined in eval/keyinterpolation.cpp).
+    // Evaluation.
     /// The world state at `sampleTime`: the referenced timeline's blended local
     /// state composed onto the parent bone's world state, up the whole chain.
     /// A chain deeper than `MaxParentDepth` (a cycle) is cut there.

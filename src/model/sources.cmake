@@ -30,4 +30,13 @@ list(APPEND MORVANE_CORE_SOURCES
     model/timeline.h
     model/timelinekey.cpp
     model/timelinekey.h
+    model/charactermap.cpp
+    model/charactermap.h
+    model/displayinfo.cpp
+    model/displayinfo.h
+    model/entityinfo.cpp
+    model/entityinfo.h
+    model/tweeninfo.cpp
+    model/tweeninfo.h
+    model/timeunits.h
 )

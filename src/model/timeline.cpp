@@ -8,6 +8,7 @@
 #include "model/object.h"
 #include "model/ownedlist.h"
 #include "model/timelinekey.h"
+#include "model/entityinfo.h"
 
 namespace Morvane {
 
@@ -225,6 +226,97 @@ void Timeline::clearAllLinksAndChildren()
 {
     MorvaneModelItem::clearAllLinksAndChildren();
     mKeys.clear();
+}
+
+void Timeline::keyPairFromTime(int time, const TimelineKey **first, const TimelineKey **second,
+                               double *ratio) const
+{
+    *first = nullptr;
+    *second = nullptr;
+    *ratio = 0.0;
+    const int count = keyCount();
+    if (count == 0)
+        return;
+
+    // The last key at or before `time`; keys are kept in time order.
+    int lo = 0;
+    int hi = count - 1;
+    int found = -1;
+    while (lo <= hi) {
+        const int mid = lo + (hi - lo) / 2;
+        if (mKeys[size_t(mid)]->time(true) <= time) {
+            found = mid;
+            lo = mid + 1;
+        } else {
+            hi = mid - 1;
+        }
+    }
+    if (found < 0) {
+        *first = *second = mKeys.front().get();
+        return;
+    }
+
+    const TimelineKey *a = mKeys[size_t(found)].get();
+    const TimelineKey *b = nullptr;
+    double bTime = 0.0;
+    if (found + 1 < count) {
+        b = mKeys[size_t(found + 1)].get();
+        bTime = b->time(true);
+    } else {
+        const Animation *animation = parentAnimation();
+        if (animation && animation->isLooping()) {
+            b = mKeys.front().get();
+            bTime = double(b->time(true)) + animation->length();
+        }
+    }
+    *first = a;
+    const double aTime = a->time(true);
+    if (!b || bTime <= aTime) {
+        // Held: after the last key without looping, or keys out of order.
+        *second = a;
+        return;
+    }
+    *second = b;
+    *ratio = a->trueT((time - aTime) / (bTime - aTime));
+}
+
+TimelineKey Timeline::keyFromTime(int time) const
+{
+    const TimelineKey *a = nullptr;
+    const TimelineKey *b = nullptr;
+    double r = 0.0;
+    keyPairFromTime(time, &a, &b, &r);
+    if (!a)
+        return TimelineKey();
+    TimelineKey blended(*a);
+    blended.setInfo(DisplayInfo(a->info(), b->info(), r));
+    // Keys of other timelines carry neither, and stay without.
+    const Timeline *timeline = a->parentTimeline();
+    if (a->hasEntityOrSoundInfo() || b->hasEntityOrSoundInfo()
+        || (timeline && (timeline->isSound() || timeline->isSubEntity()))) {
+        blended.entityInfo() = EntityInfo(a->entityInfo(), b->entityInfo(), r);
+        SoundInfo &sound = blended.soundInfo();
+        sound.volume = a->soundInfo().volume + (b->soundInfo().volume - a->soundInfo().volume) * r;
+        sound.panning =
+            a->soundInfo().panning + (b->soundInfo().panning - a->soundInfo().panning) * r;
+        if (r >= 1.0)
+            sound.trigger = b->soundInfo().trigger;
+        else if (r > 0.0)
+            sound.trigger = false;
+    }
+    blended.setCachedTime(time);
+    return blended;
+}
+
+DisplayInfo Timeline::displayInfoFromTime(int time) const
+{
+    const TimelineKey *a = nullptr;
+    const TimelineKey *b = nullptr;
+    double r = 0.0;
+    keyPairFromTime(time, &a, &b, &r);
+    if (!a)
+        return DisplayInfo();
+    return DisplayInfo(a->info(), b->info(), r);
 }
 
 } // namespace Morvane

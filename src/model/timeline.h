@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/displayinfo.h"
+#include "model/displayinfo.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
@@ -76,7 +76,7 @@ public:
     /// `followedPosition` is now (-1 in, -1 out).
     int sortKeysByTime(int followedPosition = -1);
 
-    // Evaluation (defined in eval/keyinterpolation.cpp).
+    // Evaluation.
     /// The keys in force at `time` (milliseconds): the last key at or before it
     /// and the key it blends towards, with the ratio eased by the first key's
     /// curve. After the last key of a looping animation the second is the first

@@ -2,9 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "eval/displayinfo.h"
-#include "eval/entityinfo.h"
-#include "eval/tweeninfo.h"
+#include "model/displayinfo.h"
+#include "model/entityinfo.h"
+#include "model/tweeninfo.h"
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
