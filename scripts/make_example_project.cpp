@@ -10,10 +10,10 @@
 // character map that swaps head and torso, and a lantern held in the front
 // hand: a sub-entity with its own "flicker" animation.
 
-#include "eval/charactermap.h"
-#include "eval/displayinfo.h"
-#include "eval/entityinfo.h"
-#include "eval/tweeninfo.h"
+#include "model/charactermap.h"
+#include "model/displayinfo.h"
+#include "model/entityinfo.h"
+#include "model/tweeninfo.h"
 #include "io/projectfile.h"
 #include "model/animation.h"
 #include "model/entity.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "apptesthelpers.h"
-#include "eval/charactermap.h"
+#include "model/charactermap.h"
 #include "eval/entityinstance.h"
 #include "io/projectfile.h"
 #include "model/file.h"

@@ -4,8 +4,8 @@
 
 // Builds small rigs in a document for the evaluation tests.
 
-#include "eval/displayinfo.h"
-#include "eval/tweeninfo.h"
+#include "model/displayinfo.h"
+#include "model/tweeninfo.h"
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/file.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "eval/charactermap.h"
+#include "model/charactermap.h"
 #include "eval/poseevaluator.h"
 #include "evaltesthelpers.h"
 

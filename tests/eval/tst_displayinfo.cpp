@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "eval/displayinfo.h"
-#include "eval/entityinfo.h"
+#include "model/displayinfo.h"
+#include "model/entityinfo.h"
 #include "evaltesthelpers.h"
 
 #include <QRandomGenerator>

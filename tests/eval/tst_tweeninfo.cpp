@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "eval/tweeninfo.h"
+#include "model/tweeninfo.h"
 
 #include <QImage>
 #include <QPainter>
