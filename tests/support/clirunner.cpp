@@ -1,24 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#pragma once
+#include "clirunner.h"
 
 #include <QProcess>
 #include <QProcessEnvironment>
-#include <QStringList>
 
 namespace Morvane::Testing {
 
-/// What one run of morvane-cli gave; exitCode -1 when it did not finish normally.
-struct CliRun
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-/// Runs morvane-cli (MORVANE_CLI_PATH) with no display of any kind, as on a
-/// build server.
-inline CliRun runCli(const QStringList &arguments)
+CliRun runCli(const QStringList &arguments)
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
