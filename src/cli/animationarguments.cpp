@@ -7,7 +7,7 @@
 #include "model/entity.h"
 #include "model/rigxdata.h"
 
-#include <cstdio>
+#include <QCommandLineParser>
 
 namespace Morvane {
 
@@ -26,92 +26,80 @@ template <typename Lookup> int pickIndex(const QString &text, int count, Lookup 
     return ok && index >= 0 && index < count ? index : -1;
 }
 
+QString quoted(const QString &text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
 } // namespace
 
-int cliUsageError(const char *command, const char *usage, const QString &message)
+void AnimationArguments::addOptions(QCommandLineParser &parser, bool withCharMaps)
 {
-    if (!message.isEmpty())
-        std::fprintf(stderr, "morvane-cli %s: %s\n", command, qPrintable(message));
-    std::fprintf(stderr, "Usage: morvane-cli %s\n", usage);
-    return CliUsage;
+    parser.addPositionalArgument(QStringLiteral("FILE"),
+                                 QStringLiteral("The project, .rigx or .rigj."));
+    parser.addOption({QStringLiteral("time"),
+                      QStringLiteral("The time in whole milliseconds (required)."),
+                      QStringLiteral("MS")});
+    parser.addOption({QStringLiteral("entity"),
+                      QStringLiteral("The entity, by name or index (default: the first)."),
+                      QStringLiteral("NAME|INDEX")});
+    parser.addOption({QStringLiteral("animation"),
+                      QStringLiteral("The animation of the entity, by name or index "
+                                     "(default: the first)."),
+                      QStringLiteral("NAME|INDEX")});
+    if (withCharMaps)
+        parser.addOption({QStringLiteral("charmap"),
+                          QStringLiteral("Activates the entity's character map NAME; "
+                                         "repeat it to apply several in order."),
+                          QStringLiteral("NAME")});
 }
 
-bool parseAnimationArguments(const QStringList &arguments, bool allowCharMaps, const char *command,
-                             const char *usage, AnimationArguments *out)
+int AnimationArguments::read(const QCommandLineParser &parser, const char *command)
 {
-    QString timeText;
-    for (int i = 0; i < arguments.size(); ++i) {
-        const QString &argument = arguments.at(i);
-        QString *target = nullptr;
-        QString charMap;
-        if (argument == QLatin1String("--entity"))
-            target = &out->entityText;
-        else if (argument == QLatin1String("--animation"))
-            target = &out->animationText;
-        else if (argument == QLatin1String("--time"))
-            target = &timeText;
-        else if (allowCharMaps && argument == QLatin1String("--charmap"))
-            target = &charMap;
-        if (target) {
-            if (i + 1 >= arguments.size()) {
-                cliUsageError(command, usage, argument + QLatin1String(" needs a value"));
-                return false;
-            }
-            *target = arguments.at(++i);
-            if (target == &charMap)
-                out->charMaps.append(charMap);
-            continue;
-        }
-        if (argument.startsWith(QLatin1String("--")) || !out->path.isEmpty()) {
-            cliUsageError(command, usage,
-                          QLatin1String("unexpected argument \"") + argument + QLatin1Char('"'));
-            return false;
-        }
-        out->path = argument;
-    }
-    if (out->path.isEmpty() || timeText.isNull()) {
-        cliUsageError(command, usage);
-        return false;
-    }
-    bool timeOk = false;
-    out->time = timeText.toInt(&timeOk);
-    if (!timeOk) {
-        cliUsageError(command, usage,
-                      QLatin1String("--time takes whole milliseconds, not \"") + timeText
-                          + QLatin1Char('"'));
-        return false;
-    }
-    return true;
+    path = parser.positionalArguments().value(0);
+    const auto valueOrNull = [&parser](const QString &name) {
+        return parser.isSet(name) ? parser.value(name) : QString();
+    };
+    entityText = valueOrNull(QStringLiteral("entity"));
+    animationText = valueOrNull(QStringLiteral("animation"));
+    // Asking for an option the command does not have would print a warning.
+    if (parser.optionNames().contains(QLatin1String("charmap")))
+        charMaps = parser.values(QStringLiteral("charmap"));
+    if (!parser.isSet(QStringLiteral("time")))
+        return cliUsageError(command, QStringLiteral("missing --time"));
+    const QString timeText = parser.value(QStringLiteral("time"));
+    bool ok = false;
+    time = timeText.toInt(&ok);
+    if (!ok)
+        return cliUsageError(command, QStringLiteral("--time takes whole milliseconds, not ") +
+                                          quoted(timeText));
+    return CliSuccess;
 }
 
-bool selectAnimation(const RigxData &document, const AnimationArguments &arguments,
-                     const char *command, const char *usage, int *entityIndex,
-                     int *animationIndex)
+int AnimationArguments::select(RigxData &document, Entity **entity, Animation **animation) const
 {
-    *entityIndex = pickIndex(arguments.entityText, document.entityCount(),
-                             [&](const QString &name) {
-                                 const Entity *e = document.entity(name);
-                                 return e ? document.indexOfEntity(e) : -1;
-                             });
-    if (*entityIndex < 0) {
-        cliUsageError(command, usage,
-                      QLatin1String("no entity \"") + arguments.entityText
-                          + QLatin1String("\" in ") + arguments.path);
-        return false;
-    }
-    const Entity *entity = document.entity(*entityIndex);
-    *animationIndex = pickIndex(arguments.animationText, entity->animationCount(),
-                                [&](const QString &name) {
-                                    const Animation *a = entity->animation(name);
-                                    return a ? entity->indexOfAnimation(a) : -1;
-                                });
-    if (*animationIndex < 0) {
-        cliUsageError(command, usage,
-                      QLatin1String("no animation \"") + arguments.animationText
-                          + QLatin1String("\" in entity ") + entity->name());
-        return false;
-    }
-    return true;
+    if (document.entityCount() == 0)
+        return cliDataError(path, QStringLiteral("the project has no entity"));
+    const int entityIndex = pickIndex(entityText, document.entityCount(), [&](const QString &name) {
+        const Entity *e = document.entity(name);
+        return e ? document.indexOfEntity(e) : -1;
+    });
+    if (entityIndex < 0)
+        return cliDataError(path, QStringLiteral("no entity ") + quoted(entityText));
+    *entity = document.entity(entityIndex);
+    if ((*entity)->animationCount() == 0)
+        return cliDataError(
+            path, QStringLiteral("entity %1 has no animation").arg(quoted((*entity)->name())));
+    const int animationIndex =
+        pickIndex(animationText, (*entity)->animationCount(), [&](const QString &name) {
+            const Animation *a = (*entity)->animation(name);
+            return a ? (*entity)->indexOfAnimation(a) : -1;
+        });
+    if (animationIndex < 0)
+        return cliDataError(path, QStringLiteral("no animation %1 in entity %2")
+                                      .arg(quoted(animationText), quoted((*entity)->name())));
+    *animation = (*entity)->animation(animationIndex);
+    return CliSuccess;
 }
 
 } // namespace Morvane

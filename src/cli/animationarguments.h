@@ -4,12 +4,16 @@
 
 #include <QStringList>
 
+class QCommandLineParser;
+
 namespace Morvane {
 
+class Entity;
+class Animation;
 class RigxData;
 
 /// The arguments of the commands that look at one animation at one time:
-/// FILE [--entity NAME|INDEX] [--animation NAME|INDEX] --time MS [--charmap NAME]...
+/// FILE --time MS [--entity NAME|INDEX] [--animation NAME|INDEX] [--charmap NAME]...
 struct AnimationArguments
 {
     QString path;
@@ -17,22 +21,19 @@ struct AnimationArguments
     QString animationText; // null: the first animation
     int time = 0;          // milliseconds
     QStringList charMaps;  // in the order given
+
+    /// Adds --time, --entity, --animation (and --charmap with `withCharMaps`) and FILE.
+    static void addOptions(QCommandLineParser &parser, bool withCharMaps);
+
+    /// Reads what `addOptions` added from a parsed `parser`. A missing --time or a time
+    /// that is not a whole number is reported as a usage error of `command`; then the
+    /// exit status comes back, else `CliSuccess`.
+    int read(const QCommandLineParser &parser, const char *command);
+
+    /// The entity and animation the arguments name in `document` (a name first, then a
+    /// decimal index; the first when not given). When either names nothing, the data
+    /// error is reported and its exit status comes back, else `CliSuccess`.
+    int select(RigxData &document, Entity **entity, Animation **animation) const;
 };
-
-/// Prints "morvane-cli COMMAND: MESSAGE" (when there is one) and the usage line
-/// on stderr; returns the usage exit status.
-int cliUsageError(const char *command, const char *usage, const QString &message = QString());
-
-/// Parses `arguments`; --charmap is accepted only with `allowCharMaps`. On bad
-/// usage prints why and returns false.
-bool parseAnimationArguments(const QStringList &arguments, bool allowCharMaps, const char *command,
-                             const char *usage, AnimationArguments *out);
-
-/// The entity and animation the arguments name in `document` (a name first,
-/// then a decimal index; the first when not given). Prints why and returns
-/// false when either names nothing.
-bool selectAnimation(const RigxData &document, const AnimationArguments &arguments,
-                     const char *command, const char *usage, int *entityIndex,
-                     int *animationIndex);
 
 } // namespace Morvane

@@ -6,40 +6,38 @@
 #include "io/projectfile.h"
 #include "model/rigxdata.h"
 
-#include <cstdio>
+#include <QCommandLineParser>
 
 namespace Morvane {
 
-int ConvertCommand::run(const QStringList &arguments)
+void ConvertCommand::addOptions(QCommandLineParser &parser)
 {
-    QStringList paths;
-    bool pretty = true;
-    for (const QString &argument : arguments) {
-        if (argument == QLatin1String("--compact")) {
-            pretty = false;
-        } else if (argument == QLatin1String("--pretty")) {
-            pretty = true;
-        } else if (argument.startsWith(QLatin1String("--"))) {
-            std::fprintf(stderr, "morvane-cli convert: unknown option %s\nUsage: morvane-cli %s\n",
-                         qPrintable(argument), Usage);
-            return CliUsage;
-        } else {
-            paths.append(argument);
-        }
-    }
-    if (paths.size() != 2) {
-        std::fprintf(stderr, "Usage: morvane-cli %s\n", Usage);
-        return CliUsage;
-    }
+    parser.addPositionalArgument(QStringLiteral("INPUT"),
+                                 QStringLiteral("The project to read, .rigx or .rigj."));
+    parser.addPositionalArgument(QStringLiteral("OUTPUT"),
+                                 QStringLiteral("The file to write; .rigx writes XML, "
+                                                ".rigj JSON."));
+    parser.addOption(
+        {QStringLiteral("compact"), QStringLiteral("Write without line breaks and indentation.")});
+    parser.addOption({QStringLiteral("pretty"),
+                      QStringLiteral("Write one element per line, indented (the default).")});
+}
+
+int ConvertCommand::run(const QCommandLineParser &parser)
+{
+    const QStringList paths = parser.positionalArguments();
+    const QStringList options = parser.optionNames();
+    const bool pretty = options.lastIndexOf(QLatin1String("compact")) <=
+                        options.lastIndexOf(QLatin1String("pretty"));
 
     RigxData document;
-    if (!ProjectFile::open(&document, paths.at(0)))
-        return CliFileError;
-    ProjectSaveOptions options;
-    options.prettifyXml = pretty;
-    options.prettifyJson = pretty;
-    if (!ProjectFile::save(&document, paths.at(1), options))
-        return CliFileError;
+    if (!cliOpenProject(&document, paths.at(0)))
+        return CliDataError;
+    ProjectSaveOptions saveOptions;
+    saveOptions.prettifyXml = pretty;
+    saveOptions.prettifyJson = pretty;
+    if (!ProjectFile::save(&document, paths.at(1), saveOptions))
+        return CliDataError;
     return CliSuccess;
 }
 

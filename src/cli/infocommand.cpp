@@ -4,7 +4,6 @@
 
 #include "clicommand.h"
 #include "io/json.h"
-#include "io/projectfile.h"
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/file.h"
@@ -14,6 +13,8 @@
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+
+#include <QCommandLineParser>
 
 #include <cstdio>
 
@@ -68,14 +69,14 @@ QVariantMap InfoCommand::describe(const RigxData &document)
         for (int i = 0; i < folder->fileCount(); ++i) {
             const File *file = folder->file(i);
             const QPointF pivot = file->pivot(false);
-            files.append(QVariantMap{{QStringLiteral("name"), file->name()},
-                                     {QStringLiteral("type"), file->typeString()},
-                                     {QStringLiteral("width"), file->width()},
-                                     {QStringLiteral("height"), file->height()},
-                                     {QStringLiteral("pivot_x"), pivot.x()},
-                                     {QStringLiteral("pivot_y"), pivot.y()},
-                                     {QStringLiteral("missing"),
-                                      file->isImage() && !file->imageLoaded()}});
+            files.append(
+                QVariantMap{{QStringLiteral("name"), file->name()},
+                            {QStringLiteral("type"), file->typeString()},
+                            {QStringLiteral("width"), file->width()},
+                            {QStringLiteral("height"), file->height()},
+                            {QStringLiteral("pivot_x"), pivot.x()},
+                            {QStringLiteral("pivot_y"), pivot.y()},
+                            {QStringLiteral("missing"), file->isImage() && !file->imageLoaded()}});
         }
         folders.append(QVariantMap{{QStringLiteral("name"), folder->name()},
                                    {QStringLiteral("files"), files}});
@@ -89,28 +90,29 @@ QVariantMap InfoCommand::describe(const RigxData &document)
             objects.append(QVariantMap{{QStringLiteral("name"), object->name()},
                                        {QStringLiteral("type"), object->objectTypeString()}});
         }
-        // The names of the entity's character maps are listed here once entities hold them.
-        QVariantList characterMaps;
         QVariantList animations;
         for (int a = 0; a < entity->animationCount(); ++a)
             animations.append(describeAnimation(*entity->animation(a)));
         entities.append(QVariantMap{{QStringLiteral("name"), entity->name()},
                                     {QStringLiteral("objects"), objects},
-                                    {QStringLiteral("character_maps"), characterMaps},
+                                    {QStringLiteral("character_maps"), entity->charMapNames()},
                                     {QStringLiteral("animations"), animations}});
     }
-    return QVariantMap{{QStringLiteral("folders"), folders}, {QStringLiteral("entities"), entities}};
+    return QVariantMap{{QStringLiteral("folders"), folders},
+                       {QStringLiteral("entities"), entities}};
 }
 
-int InfoCommand::run(const QStringList &arguments)
+void InfoCommand::addOptions(QCommandLineParser &parser)
 {
-    if (arguments.size() != 1 || arguments.first().startsWith(QLatin1String("--"))) {
-        std::fprintf(stderr, "Usage: morvane-cli %s\n", Usage);
-        return CliUsage;
-    }
+    parser.addPositionalArgument(QStringLiteral("FILE"),
+                                 QStringLiteral("The project, .rigx or .rigj."));
+}
+
+int InfoCommand::run(const QCommandLineParser &parser)
+{
     RigxData document;
-    if (!ProjectFile::open(&document, arguments.first()))
-        return CliFileError;
+    if (!cliOpenProject(&document, parser.positionalArguments().at(0)))
+        return CliDataError;
     const QByteArray text = Json::encodeToUtf8(describe(document), Json::Format::Pretty);
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
     std::fputc('\n', stdout);

@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include <QStringList>
 #include <QVariantMap>
+
+class QCommandLineParser;
 
 namespace Morvane {
 
@@ -14,10 +15,11 @@ class RigxData;
 class InfoCommand
 {
 public:
-    static constexpr const char *Usage = "info FILE";
-    static constexpr const char *Summary = "describe a project as JSON on stdout";
+    static constexpr const char *Arguments = "FILE";
+    static constexpr const char *Summary = "Describe a project as JSON on stdout.";
 
-    static int run(const QStringList &arguments);
+    static void addOptions(QCommandLineParser &parser);
+    static int run(const QCommandLineParser &parser);
     /// The description that `run` prints.
     static QVariantMap describe(const RigxData &document);
 };

@@ -6,10 +6,10 @@
 #include "posecommand.h"
 #include "valuescommand.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 
 #include <cstdio>
-#include <iterator>
 
 using namespace Morvane;
 
@@ -17,19 +17,88 @@ namespace {
 
 // One line per command; keep them in alphabetical order.
 const CliCommand sCommands[] = {
-    {"convert", ConvertCommand::Usage, ConvertCommand::Summary, &ConvertCommand::run},
-    {"info", InfoCommand::Usage, InfoCommand::Summary, &InfoCommand::run},
-    {"pose", PoseCommand::Usage, PoseCommand::Summary, &runPoseCommand},
-    {"values", ValuesCommand::Usage, ValuesCommand::Summary, &runValuesCommand},
+    {"convert", ConvertCommand::Arguments, ConvertCommand::Summary, &ConvertCommand::addOptions,
+     &ConvertCommand::run},
+    {"info", InfoCommand::Arguments, InfoCommand::Summary, &InfoCommand::addOptions,
+     &InfoCommand::run},
+    {"pose", PoseCommand::Arguments, PoseCommand::Summary, &PoseCommand::addOptions,
+     &PoseCommand::run},
+    {"values", ValuesCommand::Arguments, ValuesCommand::Summary, &ValuesCommand::addOptions,
+     &ValuesCommand::run},
 };
 
-void printUsage(std::FILE *stream)
+// Written out rather than Qt's help option, which also brings --help-all for Qt's own options.
+QCommandLineOption helpOption()
 {
-    std::fprintf(stream,
-                 "Usage: morvane-cli <command> [arguments]\n"
-                 "       morvane-cli --help | --version\n\nCommands:\n");
+    return QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")},
+                              QStringLiteral("Show this help and exit."));
+}
+
+void print(std::FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+}
+
+QString usageLine(const CliCommand &command)
+{
+    return QStringLiteral("Usage: morvane-cli %1 [options] %2\n")
+        .arg(QLatin1String(command.name), QLatin1String(command.arguments));
+}
+
+int mainUsageError(const QString &message)
+{
+    print(stderr,
+          QStringLiteral("morvane-cli: %1\nTry 'morvane-cli --help' for more information.\n")
+              .arg(message));
+    return CliUsage;
+}
+
+void printMainHelp()
+{
+    QString text =
+        QStringLiteral("Usage: morvane-cli [--help | --version]\n"
+                       "       morvane-cli COMMAND [options] ARGUMENTS\n\n"
+                       "Works on Morvane projects (.rigx or .rigj) without a display.\n\n"
+                       "Commands:\n");
     for (const CliCommand &command : sCommands)
-        std::fprintf(stream, "  %-52s %s\n", command.usage, command.summary);
+        text += QStringLiteral("  %1 %2\n")
+                    .arg(QLatin1String(command.name), -8)
+                    .arg(QLatin1String(command.summary));
+    text += QStringLiteral("\nOptions:\n"
+                           "  -h, --help  Show this help and exit.\n"
+                           "  --version   Show the version and exit.\n\n"
+                           "'morvane-cli COMMAND --help' lists the options of a command.\n"
+                           "Exit status: 0 success; 1 wrong usage; 2 a file cannot be read or\n"
+                           "written, or the request names nothing in the project.\n");
+    print(stdout, text);
+}
+
+int runCommand(const CliCommand &command, const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(command.summary));
+    const QCommandLineOption help = helpOption();
+    parser.addOption(help);
+    command.addOptions(parser);
+    // parse() takes the program name first.
+    if (!parser.parse(QStringList{QStringLiteral("morvane-cli")} + arguments))
+        return cliUsageError(command.name, parser.errorText());
+    if (parser.isSet(help)) {
+        // Qt starts its help with a usage line naming the executable alone.
+        const QString text = parser.helpText();
+        print(stdout, usageLine(command) + text.mid(text.indexOf(QLatin1Char('\n')) + 1));
+        return CliSuccess;
+    }
+    const QStringList wanted = QString::fromLatin1(command.arguments).split(QLatin1Char(' '));
+    const QStringList given = parser.positionalArguments();
+    if (given.size() < wanted.size())
+        return cliUsageError(command.name, QStringLiteral("missing ") + wanted.at(given.size()));
+    if (given.size() > wanted.size())
+        return cliUsageError(
+            command.name,
+            QStringLiteral("unexpected argument \"%1\"").arg(given.at(wanted.size())));
+    return command.run(parser);
 }
 
 } // namespace
@@ -43,31 +112,31 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("Morvane"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION_STRING));
 
-    QStringList arguments = QCoreApplication::arguments();
-    arguments.removeFirst();
-    if (arguments.isEmpty()) {
-        printUsage(stderr);
-        return CliUsage;
-    }
-    const QString first = arguments.takeFirst();
-    if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
-        printUsage(stdout);
+    // Options before the command belong to the tool; everything from the command on is the
+    // command's.
+    QCommandLineParser parser;
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    const QCommandLineOption help = helpOption();
+    const QCommandLineOption version(QStringLiteral("version"),
+                                     QStringLiteral("Show the version and exit."));
+    parser.addOptions({help, version});
+    if (!parser.parse(QCoreApplication::arguments()))
+        return mainUsageError(parser.errorText());
+    if (parser.isSet(help)) {
+        printMainHelp();
         return CliSuccess;
     }
-    if (first == QLatin1String("--version")) {
-        std::printf("%s\n", MORVANE_VERSION_STRING);
+    if (parser.isSet(version)) {
+        print(stdout, QStringLiteral(MORVANE_VERSION_STRING "\n"));
         return CliSuccess;
     }
+    QStringList arguments = parser.positionalArguments();
+    if (arguments.isEmpty())
+        return mainUsageError(QStringLiteral("missing COMMAND"));
+    const QString name = arguments.takeFirst();
     for (const CliCommand &command : sCommands) {
-        if (first == QLatin1String(command.name)) {
-            if (arguments.contains(QLatin1String("--help"))) {
-                std::printf("Usage: morvane-cli %s\n%s\n", command.usage, command.summary);
-                return CliSuccess;
-            }
-            return command.run(arguments);
-        }
+        if (name == QLatin1String(command.name))
+            return runCommand(command, arguments);
     }
-    std::fprintf(stderr, "morvane-cli: unknown command \"%s\"\n", qPrintable(first));
-    printUsage(stderr);
-    return CliUsage;
+    return mainUsageError(QStringLiteral("unknown command \"%1\"").arg(name));
 }

@@ -3,14 +3,15 @@
 #pragma once
 
 #include <QByteArray>
-#include <QStringList>
+
+class QCommandLineParser;
 
 namespace Morvane {
 
 class EntityInstance;
 class RigxData;
 
-/// `morvane-cli pose FILE [--entity NAME|INDEX] [--animation NAME|INDEX] --time MS
+/// `morvane-cli pose FILE --time MS [--entity NAME|INDEX] [--animation NAME|INDEX]
 /// [--charmap NAME]...`: what the canvas draws at a time, as JSON on stdout:
 ///
 ///   {"entity": NAME, "animation": NAME, "time": MS,
@@ -34,17 +35,14 @@ class RigxData;
 class PoseCommand
 {
 public:
-    static constexpr const char *Usage =
-        "pose FILE [--entity NAME|INDEX] [--animation NAME|INDEX] --time MS [--charmap NAME]...";
-    static constexpr const char *Summary = "the world pose of an animation at a time as JSON";
+    static constexpr const char *Arguments = "FILE";
+    static constexpr const char *Summary = "The world pose of an animation at a time as JSON.";
 
-    static int run(const QStringList &arguments);
+    static void addOptions(QCommandLineParser &parser);
+    static int run(const QCommandLineParser &parser);
     /// The JSON that `run` prints for the instance posed at `time` (requested
     /// milliseconds, printed as given).
     static QByteArray describe(const EntityInstance &instance, int time);
 };
-
-/// The entry point of the "pose" command (`PoseCommand::run`).
-int runPoseCommand(const QStringList &args);
 
 } // namespace Morvane

@@ -5,7 +5,6 @@
 #include "animationarguments.h"
 #include "clicommand.h"
 #include "io/json.h"
-#include "io/projectfile.h"
 #include "meta/tagmanager.h"
 #include "meta/valinfocollection.h"
 #include "meta/valuelineholder.h"
@@ -13,6 +12,8 @@
 #include "model/entity.h"
 #include "model/object.h"
 #include "model/rigxdata.h"
+
+#include <QCommandLineParser>
 
 #include <cstdio>
 
@@ -45,65 +46,58 @@ QStringList tagsAt(const TagManager &tags, const ValueLineHolder *holder,
 
 } // namespace
 
-QVariantMap ValuesCommand::describe(const RigxData &document, int entityIndex, int animationIndex,
-                                    int time)
+QVariantMap ValuesCommand::describe(const RigxData &document, const Entity &entity,
+                                    const Animation &animation, int time)
 {
-    const Entity *entity = document.entity(entityIndex);
-    const Animation *animation = entity->animation(animationIndex);
     const TagManager &tags = document.tagManager();
-
     QVariantMap objects;
-    for (int o = 0; o < entity->objectCount(); ++o) {
-        const Object *object = entity->object(o);
-        const ValueLineHolder *holder = animation->objectLineHolder(o);
+    for (int o = 0; o < entity.objectCount(); ++o) {
+        const Object *object = entity.object(o);
+        const ValueLineHolder *holder = animation.objectLineHolder(o);
         const bool hasTags = holder && !holder->tagLine().isEmpty();
         if (object->valInfoCollection().isEmpty() && !hasTags)
             continue;
         objects.insert(
             object->name(),
             QVariantMap{{QStringLiteral("variables"),
-                         variablesAt(object->valInfoCollection(), holder, *animation, time)},
-                        {QStringLiteral("tags"), tagsAt(tags, holder, *animation, time)}});
+                         variablesAt(object->valInfoCollection(), holder, animation, time)},
+                        {QStringLiteral("tags"), tagsAt(tags, holder, animation, time)}});
     }
-    const ValueLineHolder *own = &animation->ownLineHolder();
+    const ValueLineHolder *own = &animation.ownLineHolder();
     return QVariantMap{
-        {QStringLiteral("entity"), entity->name()},
-        {QStringLiteral("animation"), animation->name()},
+        {QStringLiteral("entity"), entity.name()},
+        {QStringLiteral("animation"), animation.name()},
         {QStringLiteral("time"), time},
         {QStringLiteral("variables"),
-         variablesAt(entity->valInfoCollection(), own, *animation, time)},
-        {QStringLiteral("tags"), tagsAt(tags, own, *animation, time)},
+         variablesAt(entity.valInfoCollection(), own, animation, time)},
+        {QStringLiteral("tags"), tagsAt(tags, own, animation, time)},
         {QStringLiteral("objects"), objects},
     };
 }
 
-int ValuesCommand::run(const QStringList &arguments)
+void ValuesCommand::addOptions(QCommandLineParser &parser)
+{
+    AnimationArguments::addOptions(parser, false);
+}
+
+int ValuesCommand::run(const QCommandLineParser &parser)
 {
     AnimationArguments args;
-    if (!parseAnimationArguments(arguments, false, "values", ValuesCommand::Usage, &args))
-        return CliUsage;
-    const int time = args.time;
-
+    if (const int status = args.read(parser, "values"))
+        return status;
     RigxData document;
-    if (!ProjectFile::open(&document, args.path))
-        return CliFileError;
+    if (!cliOpenProject(&document, args.path))
+        return CliDataError;
+    Entity *entity = nullptr;
+    Animation *animation = nullptr;
+    if (const int status = args.select(document, &entity, &animation))
+        return status;
 
-    int entityIndex = -1;
-    int animationIndex = -1;
-    if (!selectAnimation(document, args, "values", ValuesCommand::Usage, &entityIndex,
-                         &animationIndex))
-        return CliUsage;
-
-    const QByteArray text = Json::encodeToUtf8(
-        describe(document, entityIndex, animationIndex, time), Json::Format::Pretty);
+    const QByteArray text = Json::encodeToUtf8(describe(document, *entity, *animation, args.time),
+                                               Json::Format::Pretty);
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
     std::fputc('\n', stdout);
     return CliSuccess;
-}
-
-int runValuesCommand(const QStringList &args)
-{
-    return ValuesCommand::run(args);
 }
 
 } // namespace Morvane

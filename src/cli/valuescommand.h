@@ -2,15 +2,17 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include <QStringList>
 #include <QVariantMap>
+
+class QCommandLineParser;
 
 namespace Morvane {
 
 class Animation;
+class Entity;
 class RigxData;
 
-/// `morvane-cli values FILE [--entity NAME|INDEX] [--animation NAME|INDEX] --time MS`:
+/// `morvane-cli values FILE --time MS [--entity NAME|INDEX] [--animation NAME|INDEX]`:
 /// the variables and active tags of an animation at a time, as JSON on stdout:
 ///
 ///   {"entity": NAME, "animation": NAME, "time": MS,
@@ -24,18 +26,14 @@ class RigxData;
 class ValuesCommand
 {
 public:
-    static constexpr const char *Usage =
-        "values FILE [--entity NAME|INDEX] [--animation NAME|INDEX] --time MS";
-    static constexpr const char *Summary = "variables and active tags at a time as JSON on stdout";
+    static constexpr const char *Arguments = "FILE";
+    static constexpr const char *Summary = "Variables and active tags at a time as JSON on stdout.";
 
-    static int run(const QStringList &arguments);
-    /// The description that `run` prints, for the animation at `animationIndex`
-    /// of the entity at `entityIndex` (both valid).
-    static QVariantMap describe(const RigxData &document, int entityIndex, int animationIndex,
-                                int time);
+    static void addOptions(QCommandLineParser &parser);
+    static int run(const QCommandLineParser &parser);
+    /// The description that `run` prints for `animation` of `entity` in `document`.
+    static QVariantMap describe(const RigxData &document, const Entity &entity,
+                                const Animation &animation, int time);
 };
-
-/// The entry point of the "values" command (`ValuesCommand::run`).
-int runValuesCommand(const QStringList &args);
 
 } // namespace Morvane
