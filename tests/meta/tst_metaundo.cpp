@@ -31,6 +31,7 @@ private Q_SLOTS:
     void refusedEditsPushNothing_data();
     void refusedEditsPushNothing();
     void randomEditsUndoToSavedBytes();
+    void looseCopiesChangeThemselves();
     void idsAreNotReused();
     void copiesCarryVariablesAndLines();
     void deletingObjectShiftsLines();
@@ -369,6 +370,23 @@ void TestMetaUndo::randomEditsUndoToSavedBytes()
         QCOMPARE(saved(p.doc, false), bytesAt[p.stack.index()]);
     }
     QCOMPARE(p.stack.index(), top);
+}
+
+void TestMetaUndo::looseCopiesChangeThemselves()
+{
+    // A copy edited with the owner of the original changes itself only: a
+    // command would change the original instead.
+    Project p;
+    QVERIFY(p.entity);
+    const QByteArray before = saved(p.doc, false);
+    ValueLineHolder lines = p.own();
+    QVERIFY(lines.deleteKeyCommand(&p.doc, p.ownOwner(), {{VarType::Int, 0}, 100}));
+    QVERIFY(!lines.line({VarType::Int, 0})->keyAtTime(100));
+    ValInfoCollection vars = p.entity->valInfoCollection();
+    QVERIFY(vars.renameVal(0, QStringLiteral("life"), p.entity));
+    QCOMPARE(vars.nameFromId(0), QStringLiteral("life"));
+    QCOMPARE(p.stack.count(), 0);
+    QCOMPARE(saved(p.doc, false), before);
 }
 
 void TestMetaUndo::idsAreNotReused()
