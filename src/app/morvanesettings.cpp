@@ -6,7 +6,6 @@
 #include "morvanewindow.h"
 
 #include <QSettings>
-#include <QUndoCommand>
 #include <QUndoStack>
 
 namespace Morvane {
@@ -156,11 +155,7 @@ QString MorvaneSettings::filePath()
 
 void MorvaneSettings::pushUndo(QUndoCommand *command)
 {
-    if (!mainWindow || !mainRigx() || !mainWindow->undoStack()) {
-        delete command;
-        return;
-    }
-    mainWindow->undoStack()->push(command);
+    RigxData::pushUndo(mainRigx(), command);
 }
 
 void MorvaneSettings::beginUndoMacro(const QString &text)

@@ -92,8 +92,8 @@ public:
     static void emitRefreshVariables();
     static void emitObjectNamesChanged();
 
-    // Pushes onto the document's undo stack; without a window the command is
-    // deleted, so callers may always hand over ownership.
+    // Pushes through the window's document (RigxData::pushUndo); without a
+    // window the command is applied and deleted, as on a document without a stack.
     static void pushUndo(QUndoCommand *command);
     static void beginUndoMacro(const QString &text);
     static void endUndoMacro();

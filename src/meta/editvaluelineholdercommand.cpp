@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "meta/editvaluelineholdercommand.h"
 
+#include "model/animation.h"
+#include "model/entity.h"
 #include "model/rigxdata.h"
 
 namespace Morvane {
@@ -10,31 +12,28 @@ EditValueLineHolderCommand::EditValueLineHolderCommand(RigxData *document, const
                                                        const ValueLineHolder &before,
                                                        const ValueLineHolder &after,
                                                        const QString &text, QUndoCommand *parent)
-    : QUndoCommand(text, parent)
-    , mDocument(document)
-    , mOwner(owner)
-    , mBefore(before)
-    , mAfter(after)
+    : ChangeValue(text, {{owner.linesAddress(document), before, after}}, CommandId::None, parent)
 {
 }
 
-void EditValueLineHolderCommand::undo()
+ValueLineHolder *EditValueLineHolderCommand::holderAt(const Address &address)
 {
-    apply(mBefore);
+    Animation *animation = inDocument(address.animation(), address);
+    if (!animation)
+        return nullptr;
+    if (address.size() < 3)
+        return &animation->ownLineHolder();
+    // Lines only for objects that exist.
+    const Entity *entity = animation->parentEntity();
+    const int objectIndex = address.at(2);
+    if (!entity || !entity->object(objectIndex))
+        return nullptr;
+    return animation->objectLineHolder(objectIndex, true);
 }
 
-void EditValueLineHolderCommand::redo()
+void EditValueLineHolderCommand::changed(RigxData *document) const
 {
-    apply(mAfter);
-}
-
-void EditValueLineHolderCommand::apply(const ValueLineHolder &holder)
-{
-    ValueLineHolder *target = mOwner.lineHolder(mDocument);
-    if (!target)
-        return;
-    *target = holder;
-    mDocument->emitRefreshTimelines();
+    document->emitRefreshTimelines();
 }
 
 } // namespace Morvane

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "meta/editvarcollectioncommand.h"
 
+#include "model/entity.h"
+#include "model/object.h"
 #include "model/rigxdata.h"
 
 namespace Morvane {
@@ -9,32 +11,32 @@ namespace Morvane {
 EditVarCollectionCommand::EditVarCollectionCommand(RigxData *document, const MetaOwner &owner,
                                                    const ValInfoCollection &before,
                                                    const ValInfoCollection &after,
+                                                   CommandId mergeId, QUndoCommand *parent)
+    : EditVarCollectionCommand({{owner.declarationsAddress(document), before, after}}, mergeId,
+                               parent)
+{
+}
+
+EditVarCollectionCommand::EditVarCollectionCommand(std::vector<Change> changes, CommandId mergeId,
                                                    QUndoCommand *parent)
-    : QUndoCommand(QStringLiteral("Variable Decleration Changed"), parent)
-    , mDocument(document)
-    , mOwner(owner)
-    , mBefore(before)
-    , mAfter(after)
+    : ChangeValue(QStringLiteral("Variable Decleration Changed"), std::move(changes), mergeId,
+                  parent)
 {
 }
 
-void EditVarCollectionCommand::undo()
+ValInfoCollection *EditVarCollectionCommand::collectionAt(const Address &address)
 {
-    apply(mBefore);
+    if (address.size() == 1) {
+        Entity *entity = inDocument(address.entity(), address);
+        return entity ? &entity->valInfoCollection() : nullptr;
+    }
+    Object *object = inDocument(address.object(), address);
+    return object ? &object->valInfoCollection() : nullptr;
 }
 
-void EditVarCollectionCommand::redo()
+void EditVarCollectionCommand::changed(RigxData *document) const
 {
-    apply(mAfter);
-}
-
-void EditVarCollectionCommand::apply(const ValInfoCollection &collection)
-{
-    ValInfoCollection *target = mOwner.infoCollection(mDocument);
-    if (!target)
-        return;
-    *target = collection;
-    mDocument->emitRefreshVariables();
+    document->emitRefreshVariables();
 }
 
 } // namespace Morvane

@@ -4,33 +4,40 @@
 
 #include "meta/metaowner.h"
 #include "meta/valinfocollection.h"
-
-#include <QUndoCommand>
+#include "model/commands/changevalue.h"
 
 namespace Morvane {
 
 class RigxData;
 
-/// One change of an entity's or object's variable declarations: holds the whole
-/// collection before and after and finds the owner again by row numbers on
-/// every undo and redo (a step whose owner is gone does nothing).
-class EditVarCollectionCommand : public QUndoCommand
+/// One change of variable declarations ("Variable Decleration Changed"): the
+/// whole collection of each owner before and after. An owner is found by the
+/// address (entity index) for an entity's declarations and (entity index,
+/// object index) for an object's.
+class EditVarCollectionCommand : public ChangeValue<ValInfoCollection, ValInfoCollection>
 {
 public:
     EditVarCollectionCommand(RigxData *document, const MetaOwner &owner,
                              const ValInfoCollection &before, const ValInfoCollection &after,
-                             QUndoCommand *parent = nullptr);
+                             CommandId mergeId = CommandId::None, QUndoCommand *parent = nullptr);
+    /// Several owners in one step.
+    explicit EditVarCollectionCommand(std::vector<Change> changes,
+                                      CommandId mergeId = CommandId::None,
+                                      QUndoCommand *parent = nullptr);
 
-    void undo() override;
-    void redo() override;
+    /// The declarations `address` names now; null when it does not resolve.
+    static ValInfoCollection *collectionAt(const Address &address);
 
-private:
-    void apply(const ValInfoCollection &collection);
-
-    RigxData *mDocument;
-    MetaOwner mOwner;
-    ValInfoCollection mBefore;
-    ValInfoCollection mAfter;
+protected:
+    ValInfoCollection *target(const Address &address) const override
+    {
+        return collectionAt(address);
+    }
+    void setValue(ValInfoCollection *target, const ValInfoCollection &value) const override
+    {
+        *target = value;
+    }
+    void changed(RigxData *document) const override;
 };
 
 } // namespace Morvane

@@ -2,14 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "meta/metaowner.h"
 
+#include "meta/editvaluelineholdercommand.h"
+#include "meta/editvarcollectioncommand.h"
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/object.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
-
-#include <QUndoCommand>
-#include <QUndoStack>
 
 namespace Morvane {
 
@@ -82,37 +81,28 @@ Animation *MetaOwner::animation(const RigxData *document) const
     return e ? e->animation(animationIndex) : nullptr;
 }
 
-ValInfoCollection *MetaOwner::infoCollection(const RigxData *document) const
+Address MetaOwner::declarationsAddress(RigxData *document) const
 {
-    if (isObject()) {
-        Object *o = object(document);
-        return o ? &o->valInfoCollection() : nullptr;
-    }
-    Entity *e = entity(document);
-    return e ? &e->valInfoCollection() : nullptr;
+    if (isObject())
+        return Address(document, {entityIndex, objectIndex});
+    return Address(document, {entityIndex});
 }
 
-ValueLineHolder *MetaOwner::lineHolder(const RigxData *document) const
+Address MetaOwner::linesAddress(RigxData *document) const
 {
-    Animation *a = animation(document);
-    if (!a)
-        return nullptr;
-    if (!isObject())
-        return &a->ownLineHolder();
-    // Lines only for objects that exist.
-    if (!object(document))
-        return nullptr;
-    return a->objectLineHolder(objectIndex, true);
+    if (isObject())
+        return Address(document, {entityIndex, animationIndex, objectIndex});
+    return Address(document, {entityIndex, animationIndex});
 }
 
-void pushMetaCommand(RigxData *document, QUndoCommand *command)
+ValInfoCollection *MetaOwner::infoCollection(RigxData *document) const
 {
-    if (document && document->undoStack()) {
-        document->pushUndo(command);
-        return;
-    }
-    command->redo();
-    delete command;
+    return EditVarCollectionCommand::collectionAt(declarationsAddress(document));
+}
+
+ValueLineHolder *MetaOwner::lineHolder(RigxData *document) const
+{
+    return EditValueLineHolderCommand::holderAt(linesAddress(document));
 }
 
 } // namespace Morvane

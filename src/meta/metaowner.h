@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-class QUndoCommand;
+#include "model/address.h"
 
 namespace Morvane {
 
@@ -14,8 +14,8 @@ class Timeline;
 class ValInfoCollection;
 class ValueLineHolder;
 
-/// Names the owner of variable declarations or value lines by row numbers, so
-/// that undo commands find it again on every undo and redo:
+/// Names the owner of variable declarations or value lines by row numbers; the
+/// undo commands hold it as an address and find it again on every step:
 ///   declarations: entity index, and the object index for an object's;
 ///   value lines:  entity index, animation index, and the object index for an
 ///                 object's lines (-1 for the entity's own lines).
@@ -39,16 +39,16 @@ struct MetaOwner
     Entity *entity(const RigxData *document) const;
     Object *object(const RigxData *document) const;
     Animation *animation(const RigxData *document) const;
+    /// The addresses the undo commands find the owner by: (entity) or (entity,
+    /// object) for declarations; (entity, animation) or (entity, animation,
+    /// object) for value lines.
+    Address declarationsAddress(RigxData *document) const;
+    Address linesAddress(RigxData *document) const;
     /// The declarations of the entity or object; null when it does not resolve.
-    ValInfoCollection *infoCollection(const RigxData *document) const;
+    ValInfoCollection *infoCollection(RigxData *document) const;
     /// The value lines of the owner in the animation, created empty when the
     /// object has none yet; null when the indexes do not resolve.
-    ValueLineHolder *lineHolder(const RigxData *document) const;
+    ValueLineHolder *lineHolder(RigxData *document) const;
 };
-
-/// Pushes `command` on the document's undo stack; without a document or a
-/// stack the change is applied at once and the command deleted, so edits work
-/// the same on documents that keep no history.
-void pushMetaCommand(RigxData *document, QUndoCommand *command);
 
 } // namespace Morvane

@@ -8,23 +8,25 @@ namespace Morvane {
 
 TagChangeCommand::TagChangeCommand(RigxData *project, const TagManager &before,
                                    const TagManager &after, QUndoCommand *parent)
-    : QUndoCommand(QStringLiteral("Tags Changed"), parent)
-    , mProject(project)
-    , mBefore(before)
-    , mAfter(after)
+    : ChangeValue(QStringLiteral("Tags Changed"), {{Address(project), before, after}},
+                  CommandId::None, parent)
 {
 }
 
-void TagChangeCommand::undo()
+TagManager *TagChangeCommand::target(const Address &address) const
 {
-    mProject->tagManager().overwriteTags(mBefore);
-    mProject->emitRefreshVariables();
+    RigxData *document = address.document();
+    return document ? &document->tagManager() : nullptr;
 }
 
-void TagChangeCommand::redo()
+void TagChangeCommand::setValue(TagManager *target, const TagManager &value) const
 {
-    mProject->tagManager().overwriteTags(mAfter);
-    mProject->emitRefreshVariables();
+    target->overwriteTags(value);
+}
+
+void TagChangeCommand::changed(RigxData *document) const
+{
+    document->emitRefreshVariables();
 }
 
 } // namespace Morvane

@@ -3,28 +3,25 @@
 #pragma once
 
 #include "meta/tagmanager.h"
-
-#include <QUndoCommand>
+#include "model/commands/changevalue.h"
 
 namespace Morvane {
 
 class RigxData;
 
-/// One change of the project's tag list, stored as the whole list before and
-/// after. The document outlives its undo stack, so it is held directly.
-class TagChangeCommand : public QUndoCommand
+/// One change of the project's tag list ("Tags Changed"), stored as the whole
+/// list before and after. Its target is the document itself: an address with
+/// no indexes.
+class TagChangeCommand : public ChangeValue<TagManager, TagManager>
 {
 public:
     TagChangeCommand(RigxData *project, const TagManager &before, const TagManager &after,
                      QUndoCommand *parent = nullptr);
 
-    void undo() override;
-    void redo() override;
-
-private:
-    RigxData *mProject;
-    TagManager mBefore;
-    TagManager mAfter;
+protected:
+    TagManager *target(const Address &address) const override;
+    void setValue(TagManager *target, const TagManager &value) const override;
+    void changed(RigxData *document) const override;
 };
 
 } // namespace Morvane

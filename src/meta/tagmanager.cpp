@@ -162,7 +162,7 @@ QStringList TagManager::tagsToStringList(const TagState *state, int type) const
 void TagManager::commit(const TagManager &after, RigxData *project)
 {
     if (project && &project->tagManager() == this) {
-        pushMetaCommand(project, new TagChangeCommand(project, *this, after));
+        project->pushUndo(new TagChangeCommand(project, *this, after));
         return;
     }
     *this = after;

@@ -6,6 +6,7 @@
 #include "meta/metaowner.h"
 #include "model/entity.h"
 #include "model/object.h"
+#include "model/rigxdata.h"
 
 #include <algorithm>
 
@@ -133,14 +134,16 @@ bool ValInfoCollection::editVarType(int id, VarType type, Object *owner)
     return editVarType(id, type, documentOf(owner), MetaOwner::forObject(owner));
 }
 
-bool ValInfoCollection::editDefaultVal(int id, const QVariant &value, Entity *owner)
+bool ValInfoCollection::editDefaultVal(int id, const QVariant &value, Entity *owner,
+                                       CommandId mergeId)
 {
-    return editDefaultVal(id, value, documentOf(owner), MetaOwner::forEntity(owner));
+    return editDefaultVal(id, value, documentOf(owner), MetaOwner::forEntity(owner), mergeId);
 }
 
-bool ValInfoCollection::editDefaultVal(int id, const QVariant &value, Object *owner)
+bool ValInfoCollection::editDefaultVal(int id, const QVariant &value, Object *owner,
+                                       CommandId mergeId)
 {
-    return editDefaultVal(id, value, documentOf(owner), MetaOwner::forObject(owner));
+    return editDefaultVal(id, value, documentOf(owner), MetaOwner::forObject(owner), mergeId);
 }
 
 int ValInfoCollection::addValInfo(const QString &name, const QVariant &defaultValue, VarType type,
@@ -197,7 +200,7 @@ bool ValInfoCollection::editVarType(int id, VarType type, RigxData *document,
 }
 
 bool ValInfoCollection::editDefaultVal(int id, const QVariant &value, RigxData *document,
-                                       const MetaOwner &owner)
+                                       const MetaOwner &owner, CommandId mergeId)
 {
     const int index = indexFromId(id);
     if (index < 0)
@@ -207,17 +210,17 @@ bool ValInfoCollection::editDefaultVal(int id, const QVariant &value, RigxData *
         return false;
     ValInfoCollection after = *this;
     after.mInfos[index].defaultValue = converted;
-    commit(after, document, owner);
+    commit(after, document, owner, mergeId);
     return true;
 }
 
 void ValInfoCollection::commit(const ValInfoCollection &after, RigxData *document,
-                               const MetaOwner &owner)
+                               const MetaOwner &owner, CommandId mergeId)
 {
     // Only go through the stack when the owner really resolves to this
     // collection; otherwise the command would change some other collection.
     if (document && owner.infoCollection(document) == this) {
-        pushMetaCommand(document, new EditVarCollectionCommand(document, owner, *this, after));
+        document->pushUndo(new EditVarCollectionCommand(document, owner, *this, after, mergeId));
         return;
     }
     *this = after;

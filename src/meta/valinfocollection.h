@@ -3,6 +3,7 @@
 #pragma once
 
 #include "meta/valinfo.h"
+#include "model/commands/commandids.h"
 
 #include <QList>
 #include <QStringList>
@@ -51,8 +52,12 @@ public:
     /// Changing the type converts the default to the new type.
     bool editVarType(int id, VarType type, Entity *owner);
     bool editVarType(int id, VarType type, Object *owner);
-    bool editDefaultVal(int id, const QVariant &value, Entity *owner);
-    bool editDefaultVal(int id, const QVariant &value, Object *owner);
+    /// A field that streams values while the user types or drags passes
+    /// `CommandId::EditVarDefault`, so the gesture is one step.
+    bool editDefaultVal(int id, const QVariant &value, Entity *owner,
+                        CommandId mergeId = CommandId::None);
+    bool editDefaultVal(int id, const QVariant &value, Object *owner,
+                        CommandId mergeId = CommandId::None);
 
     /// Without undo, for readers: appends `info` as it is (its id kept).
     /// Refused (false) when its id or name is already used.
@@ -70,9 +75,11 @@ private:
     bool removeValInfo(int id, RigxData *document, const MetaOwner &owner);
     bool renameVal(int id, const QString &name, RigxData *document, const MetaOwner &owner);
     bool editVarType(int id, VarType type, RigxData *document, const MetaOwner &owner);
-    bool editDefaultVal(int id, const QVariant &value, RigxData *document, const MetaOwner &owner);
+    bool editDefaultVal(int id, const QVariant &value, RigxData *document, const MetaOwner &owner,
+                        CommandId mergeId);
     /// Makes `after` the content, through the undo stack when possible.
-    void commit(const ValInfoCollection &after, RigxData *document, const MetaOwner &owner);
+    void commit(const ValInfoCollection &after, RigxData *document, const MetaOwner &owner,
+                CommandId mergeId = CommandId::None);
 
     QList<ValInfo> mInfos;
 };

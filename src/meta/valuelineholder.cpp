@@ -4,6 +4,7 @@
 
 #include "meta/editvaluelineholdercommand.h"
 #include "meta/metaowner.h"
+#include "model/rigxdata.h"
 
 #include <algorithm>
 
@@ -219,8 +220,7 @@ void ValueLineHolder::commit(const ValueLineHolder &after, RigxData *document,
                              const MetaOwner &owner, const QString &text)
 {
     if (document && owner.lineHolder(document) == this) {
-        pushMetaCommand(document,
-                        new EditValueLineHolderCommand(document, owner, *this, after, text));
+        document->pushUndo(new EditValueLineHolderCommand(document, owner, *this, after, text));
         return;
     }
     *this = after;

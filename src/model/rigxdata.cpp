@@ -34,12 +34,17 @@ RigxData::~RigxData()
     clearAllLinksAndChildren();
 }
 
-void RigxData::pushUndo(QUndoCommand *command)
+void RigxData::pushUndo(RigxData *document, QUndoCommand *command)
 {
-    if (mUndoStack)
-        mUndoStack->push(command);
-    else
-        delete command;
+    if (!command)
+        return;
+    if (document && document->mUndoStack) {
+        document->mUndoStack->push(command);
+        return;
+    }
+    if (!command->isObsolete())
+        command->redo();
+    delete command;
 }
 
 QString RigxData::projectDirectory() const

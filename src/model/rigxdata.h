@@ -49,8 +49,14 @@ public:
     QUndoStack *undoStack() const { return mUndoStack; }
     void setUndoStack(QUndoStack *stack) { mUndoStack = stack; }
     QObject *mainWindow() const { return mMainWindow; }
-    /// Pushes `command` when a stack is present; otherwise deletes it unapplied.
-    void pushUndo(QUndoCommand *command);
+    /// The one way a change enters the document; the document takes `command`.
+    /// With an undo stack the stack applies (redo()) and keeps it. Without one
+    /// (the command-line tool, tests, documents built in code) nothing keeps
+    /// history: `command` is applied once (redo()) and deleted, so the document
+    /// ends up the same either way. An obsolete command is deleted unapplied on
+    /// both paths, as the stack does. A null `document` counts as no stack.
+    static void pushUndo(RigxData *document, QUndoCommand *command);
+    void pushUndo(QUndoCommand *command) { pushUndo(this, command); }
 
     /// The project file's path; its directory is the project directory.
     QString filePath() const { return mFilePath; }

@@ -30,6 +30,8 @@ list(APPEND MORVANE_CORE_SOURCES
     model/timeline.h
     model/timelinekey.cpp
     model/timelinekey.h
+    model/commands/changevalue.h
+    model/commands/commandids.h
     model/charactermap.cpp
     model/charactermap.h
     model/displayinfo.cpp

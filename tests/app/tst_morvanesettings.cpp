@@ -30,7 +30,7 @@ private slots:
     void storedValuesAreRead_data();
     void storedValuesAreRead();
     void suppressionNests();
-    void pushUndoWithoutWindowDeletesCommand();
+    void pushUndoWithoutWindowAppliesAndDeletes();
     void saveOptionsApply();
     void saveOptionsOpeningRewritesOpenGL();
     void settingsDialogApply_data();
@@ -137,24 +137,30 @@ namespace {
 class TrackedCommand : public QUndoCommand
 {
 public:
-    explicit TrackedCommand(bool *deleted)
+    TrackedCommand(bool *deleted, int *redone)
         : mDeleted(deleted)
+        , mRedone(redone)
     {
     }
     ~TrackedCommand() override { *mDeleted = true; }
+    void redo() override { ++*mRedone; }
 
 private:
     bool *mDeleted;
+    int *mRedone;
 };
 
 } // namespace
 
-void TestMorvaneSettings::pushUndoWithoutWindowDeletesCommand()
+void TestMorvaneSettings::pushUndoWithoutWindowAppliesAndDeletes()
 {
     QVERIFY(!MorvaneSettings::mainWindow);
+    // Without a window nothing keeps history: applied once, then deleted.
     bool deleted = false;
-    MorvaneSettings::pushUndo(new TrackedCommand(&deleted));
+    int redone = 0;
+    MorvaneSettings::pushUndo(new TrackedCommand(&deleted, &redone));
     QVERIFY(deleted);
+    QCOMPARE(redone, 1);
     // Macros without a window do nothing and must not crash.
     MorvaneSettings::beginUndoMacro("macro");
     MorvaneSettings::endUndoMacro();

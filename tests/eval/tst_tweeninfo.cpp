@@ -19,14 +19,6 @@ namespace {
 constexpr double Third = 1.0 / 3.0;
 constexpr double TwoThirds = 2.0 / 3.0;
 
-QVector<double> params(const TweenInfo &curve)
-{
-    QVector<double> result;
-    for (int i = 0; i < curve.cCount(); ++i)
-        result.append(curve.cAt(i));
-    return result;
-}
-
 TweenInfo fromType(int type)
 {
     TweenInfo curve;
@@ -46,84 +38,15 @@ class TstTweenInfo : public QObject
     Q_OBJECT
 
 private slots:
-    void defaults();
-    void constructors();
     void trueT_data();
     void trueT();
     void linearEquivalents_data();
     void linearEquivalents();
     void bezierAgainstSampling_data();
     void bezierAgainstSampling();
-    void setC_data();
-    void setC();
-    void setInOut();
-    void setCurveTypeInt_data();
-    void setCurveTypeInt();
-    void setCurveTypeName_data();
-    void setCurveTypeName();
-    void curveTypeString_data();
-    void curveTypeString();
-    void setCurveTypeParams_data();
-    void setCurveTypeParams();
-    void readingKeepsDefaults_data();
-    void readingKeepsDefaults();
-    void equality_data();
-    void equality();
     void drawCurve_data();
     void drawCurve();
 };
-
-void TstTweenInfo::defaults()
-{
-    const TweenInfo linear;
-    QVERIFY(linear.isLinear());
-    QCOMPARE(linear.cCount(), 0);
-    QCOMPARE(linear.curveTypeName(), QStringLiteral("linear"));
-    QVERIFY(!linear.isEased());
-
-    const TweenInfo instant = TweenInfo::instantInfo();
-    QVERIFY(instant.isInstant());
-    QCOMPARE(instant.cCount(), 0);
-    QVERIFY(!instant.isEased());
-    QVERIFY(!instant.is1D());
-
-    QCOMPARE(linear.cAt(-1), 0.0);
-    QCOMPARE(linear.cAt(0), 0.0);
-    QCOMPARE(TweenInfo(0.7).cAt(1), 0.0);
-    QCOMPARE(TweenInfo(0.7).cAt(100), 0.0);
-}
-
-void TstTweenInfo::constructors()
-{
-    const TweenInfo quadratic(0.7);
-    QVERIFY(quadratic.isQuadratic());
-    QVERIFY(quadratic.is1D());
-    QCOMPARE(params(quadratic), (QVector<double>{0.7}));
-
-    const TweenInfo cubic(0.1, 0.2);
-    QVERIFY(cubic.isCubic());
-    QCOMPARE(params(cubic), (QVector<double>{0.1, 0.2}));
-
-    const TweenInfo quartic(0.1, 0.2, 0.3);
-    QVERIFY(quartic.isQuartic());
-    QCOMPARE(params(quartic), (QVector<double>{0.1, 0.2, 0.3}));
-
-    const TweenInfo quintic(0.1, 0.2, 0.3, 0.4);
-    QVERIFY(quintic.isQuintic());
-    QVERIFY(quintic.isEased());
-    QCOMPARE(params(quintic), (QVector<double>{0.1, 0.2, 0.3, 0.4}));
-
-    const TweenInfo bezier = TweenInfo::createBezier(0.1, 0.2, 0.3, 0.4);
-    QVERIFY(bezier.isBezier());
-    QVERIFY(bezier.isEased());
-    QVERIFY(!bezier.is1D());
-    QCOMPARE(params(bezier), (QVector<double>{0.1, 0.2, 0.3, 0.4}));
-
-    // Constructors keep the parameter range too.
-    QCOMPARE(params(TweenInfo(5.0)), (QVector<double>{3.0}));
-    QCOMPARE(params(TweenInfo::createBezier(-5.0, 9.0, 0.5, std::nan(""))),
-             (QVector<double>{-2.0, 3.0, 0.5, 0.0}));
-}
 
 void TstTweenInfo::trueT_data()
 {
@@ -174,6 +97,37 @@ void TstTweenInfo::trueT_data()
     QTest::newRow("bezier 0,0,1,1 at 0.5") << TweenInfo::createBezier(0, 0, 1, 1) << 0.5 << 0.5;
     QTest::newRow("bezier 0,0,1,1 at 0") << TweenInfo::createBezier(0, 0, 1, 1) << 0.0 << 0.0;
     QTest::newRow("bezier 0,0,1,1 at 1") << TweenInfo::createBezier(0, 0, 1, 1) << 1.0 << 1.0;
+
+    // How parameters get set, seen through the values (quadratic at 0.5 is
+    // 0.5 c1 + 0.25, quintic zeros t^5).
+    auto quadratic = [](double c1) {
+        TweenInfo curve(0.5);
+        curve.setC(0, c1);
+        return curve;
+    };
+    QTest::newRow("c1 set to 5 is kept at 3") << quadratic(5.0) << 0.5 << 1.75;
+    QTest::newRow("c1 set to -7 is kept at -2") << quadratic(-7.0) << 0.5 << -0.75;
+    QTest::newRow("c1 set to NaN reads 0") << quadratic(std::nan("")) << 0.5 << 0.25;
+    QTest::newRow("constructor keeps the range") << TweenInfo(5.0) << 0.5 << 1.75;
+    TweenInfo quintic(0.0, 0.0, 0.0, 0.0);
+    quintic.setC(4, 1.0);
+    QTest::newRow("a fifth parameter is ignored") << quintic << 0.5 << 0.03125;
+    TweenInfo fromList = TweenInfo::createBezier(0.5, 0.5, 0.5, 0.5);
+    fromList.setCurveType(QVector<double>{0.0, 0.0, 0.0, 0.0});
+    QTest::newRow("four parameters make a quintic") << fromList << 0.5 << 0.03125;
+    // The quartic switch tests for quadratic: a quadratic curve stays one.
+    TweenInfo keptQuadratic(0.0);
+    keptQuadratic.setCurveType(int(TweenInfo::CurveType::Quartic));
+    QTest::newRow("quadratic stays quadratic for quartic") << keptQuadratic << 0.5 << 0.25;
+    TweenInfo wrongCase(0.0);
+    wrongCase.setCurveType(QStringLiteral("Cubic"));
+    QTest::newRow("a name in another case changes nothing") << wrongCase << 0.5 << 0.25;
+    // A key read with only c1 keeps the type's defaults for c2 and c3:
+    // (4 * 0.9 + 6 * 0.5 + 4 * 0.75 + 1) / 16.
+    TweenInfo quarticRead;
+    quarticRead.setCurveType(QStringLiteral("quartic"));
+    quarticRead.setC(0, 0.9);
+    QTest::newRow("quartic read with c1 only") << quarticRead << 0.5 << 0.6625;
 }
 
 void TstTweenInfo::trueT()
@@ -289,270 +243,6 @@ void TstTweenInfo::bezierAgainstSampling()
                                 .arg(lo)
                                 .arg(hi)));
     }
-}
-
-void TstTweenInfo::setC_data()
-{
-    QTest::addColumn<TweenInfo>("curve");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<double>("value");
-    QTest::addColumn<QVector<double>>("expected");
-
-    const TweenInfo quintic(0.2, 0.4, 0.6, 0.8);
-    QTest::newRow("in range") << quintic << 1 << 0.9 << QVector<double>{0.2, 0.9, 0.6, 0.8};
-    QTest::newRow("clamped high") << quintic << 0 << 5.0 << QVector<double>{3.0, 0.4, 0.6, 0.8};
-    QTest::newRow("clamped low") << quintic << 0 << -7.0 << QVector<double>{-2.0, 0.4, 0.6, 0.8};
-    QTest::newRow("upper bound kept") << quintic << 3 << 3.0 << QVector<double>{0.2, 0.4, 0.6, 3.0};
-    QTest::newRow("nan becomes 0")
-        << quintic << 2 << std::nan("") << QVector<double>{0.2, 0.4, 0.0, 0.8};
-    QTest::newRow("index 4 ignored") << quintic << 4 << 1.0 << QVector<double>{0.2, 0.4, 0.6, 0.8};
-    QTest::newRow("negative index ignored")
-        << quintic << -1 << 1.0 << QVector<double>{0.2, 0.4, 0.6, 0.8};
-    QTest::newRow("beyond a quadratic") << TweenInfo(0.5) << 1 << 1.0 << QVector<double>{0.5};
-    QTest::newRow("linear has none") << TweenInfo() << 0 << 1.0 << QVector<double>{};
-    QTest::newRow("bezier x not limited") << TweenInfo::createBezier(0.1, 0.2, 0.3, 0.4) << 0 << 2.5
-                                          << QVector<double>{2.5, 0.2, 0.3, 0.4};
-}
-
-void TstTweenInfo::setC()
-{
-    QFETCH(TweenInfo, curve);
-    QFETCH(int, index);
-    QFETCH(double, value);
-    QFETCH(QVector<double>, expected);
-    const int type = curve.curveType();
-    curve.setC(index, value);
-    QCOMPARE(params(curve), expected);
-    QCOMPARE(curve.curveType(), type);
-    QCOMPARE(curve.cAt(4), 0.0);
-}
-
-void TstTweenInfo::setInOut()
-{
-    TweenInfo curve = TweenInfo::createBezier(0.5, 0.5, 0.5, 0.5);
-    curve.setIn(1.5, 4.0);
-    curve.setOut(-0.5, -3.0);
-    QCOMPARE(params(curve), (QVector<double>{1.0, 3.0, 0.0, -2.0}));
-    curve.setIn(0.25, -1.5);
-    curve.setOut(0.75, 2.5);
-    QCOMPARE(params(curve), (QVector<double>{0.25, -1.5, 0.75, 2.5}));
-
-    // Only the parameters that exist are touched.
-    TweenInfo quadratic(0.5);
-    quadratic.setOut(0.1, 0.1);
-    quadratic.setIn(2.0, 0.0);
-    QCOMPARE(params(quadratic), (QVector<double>{1.0}));
-}
-
-void TstTweenInfo::setCurveTypeInt_data()
-{
-    QTest::addColumn<TweenInfo>("curve");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("expectedType");
-    QTest::addColumn<QVector<double>>("expected");
-
-    const TweenInfo quadratic(0.7);
-    const TweenInfo cubic(0.1, 0.9);
-    const TweenInfo quartic(0.1, 0.1, 0.1);
-    const TweenInfo quintic(0.1, 0.1, 0.1, 0.1);
-    const TweenInfo bezier = TweenInfo::createBezier(0.1, 0.2, 0.3, 0.4);
-    const QVector<double> quarticDefaults{0.25, 0.5, 0.75};
-    const QVector<double> quinticDefaults{0.2, 0.4, 0.6, 0.8};
-
-    QTest::newRow("linear to bezier")
-        << TweenInfo() << -3 << -3 << QVector<double>{Third, Third, TwoThirds, TwoThirds};
-    QTest::newRow("linear to quadratic") << TweenInfo() << 0 << 0 << QVector<double>{0.5};
-    QTest::newRow("linear to cubic") << TweenInfo() << 1 << 1 << QVector<double>{Third, TwoThirds};
-    QTest::newRow("linear to quartic") << TweenInfo() << 2 << 2 << quarticDefaults;
-    QTest::newRow("linear to quintic") << TweenInfo() << 3 << 3 << quinticDefaults;
-    QTest::newRow("cubic to linear") << cubic << -1 << -1 << QVector<double>{};
-    QTest::newRow("cubic to instant") << cubic << -2 << -2 << QVector<double>{};
-    QTest::newRow("bezier to linear") << bezier << -1 << -1 << QVector<double>{};
-    QTest::newRow("cubic to quartic") << cubic << 2 << 2 << quarticDefaults;
-    QTest::newRow("bezier to quintic") << bezier << 3 << 3 << quinticDefaults;
-
-    QTest::newRow("quadratic kept") << quadratic << 0 << 0 << QVector<double>{0.7};
-    QTest::newRow("cubic kept") << cubic << 1 << 1 << QVector<double>{0.1, 0.9};
-    QTest::newRow("bezier kept") << bezier << -3 << -3 << QVector<double>{0.1, 0.2, 0.3, 0.4};
-
-    // The quartic and quintic switches test for quadratic, not for themselves.
-    QTest::newRow("quadratic refuses quartic") << quadratic << 2 << 0 << QVector<double>{0.7};
-    QTest::newRow("quadratic refuses quintic") << quadratic << 3 << 0 << QVector<double>{0.7};
-    QTest::newRow("quartic reset") << quartic << 2 << 2 << quarticDefaults;
-    QTest::newRow("quintic reset") << quintic << 3 << 3 << quinticDefaults;
-    QTest::newRow("quartic to quintic") << quartic << 3 << 3 << quinticDefaults;
-    QTest::newRow("quartic to quadratic") << quartic << 0 << 0 << QVector<double>{0.5};
-
-    QTest::newRow("unknown 4") << cubic << 4 << 1 << QVector<double>{0.1, 0.9};
-    QTest::newRow("unknown -4") << cubic << -4 << 1 << QVector<double>{0.1, 0.9};
-}
-
-void TstTweenInfo::setCurveTypeInt()
-{
-    QFETCH(TweenInfo, curve);
-    QFETCH(int, type);
-    QFETCH(int, expectedType);
-    QFETCH(QVector<double>, expected);
-    curve.setCurveType(type);
-    QCOMPARE(curve.curveType(), expectedType);
-    QCOMPARE(params(curve), expected);
-}
-
-void TstTweenInfo::setCurveTypeName_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("expectedType");
-    QTest::addColumn<int>("expectedCount");
-
-    QTest::newRow("bezier") << QStringLiteral("bezier") << -3 << 4;
-    QTest::newRow("instant") << QStringLiteral("instant") << -2 << 0;
-    QTest::newRow("linear") << QStringLiteral("linear") << -1 << 0;
-    QTest::newRow("quadratic") << QStringLiteral("quadratic") << 0 << 1;
-    QTest::newRow("cubic") << QStringLiteral("cubic") << 1 << 2;
-    QTest::newRow("quartic") << QStringLiteral("quartic") << 2 << 3;
-    QTest::newRow("quintic") << QStringLiteral("quintic") << 3 << 4;
-    QTest::newRow("Cubic") << QStringLiteral("Cubic") << -1 << 0;
-    QTest::newRow("CUBIC") << QStringLiteral("CUBIC") << -1 << 0;
-    QTest::newRow("padded") << QStringLiteral(" cubic") << -1 << 0;
-    QTest::newRow("empty") << QString() << -1 << 0;
-    QTest::newRow("number") << QStringLiteral("1") << -1 << 0;
-}
-
-void TstTweenInfo::setCurveTypeName()
-{
-    QFETCH(QString, name);
-    QFETCH(int, expectedType);
-    QFETCH(int, expectedCount);
-    TweenInfo curve;
-    curve.setCurveType(name);
-    QCOMPARE(curve.curveType(), expectedType);
-    QCOMPARE(curve.cCount(), expectedCount);
-}
-
-void TstTweenInfo::curveTypeString_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("name");
-
-    QTest::newRow("-3") << -3 << QStringLiteral("bezier");
-    QTest::newRow("-2") << -2 << QStringLiteral("instant");
-    QTest::newRow("-1") << -1 << QStringLiteral("linear");
-    QTest::newRow("0") << 0 << QStringLiteral("quadratic");
-    QTest::newRow("1") << 1 << QStringLiteral("cubic");
-    QTest::newRow("2") << 2 << QStringLiteral("quartic");
-    QTest::newRow("3") << 3 << QStringLiteral("quintic");
-    QTest::newRow("4") << 4 << QString();
-    QTest::newRow("-4") << -4 << QString();
-}
-
-void TstTweenInfo::curveTypeString()
-{
-    QFETCH(int, type);
-    QFETCH(QString, name);
-    QCOMPARE(TweenInfo::curveTypeString(type), name);
-    const TweenInfo curve = fromType(type);
-    if (!name.isEmpty())
-        QCOMPARE(curve.curveTypeName(), name);
-}
-
-void TstTweenInfo::setCurveTypeParams_data()
-{
-    QTest::addColumn<TweenInfo>("curve");
-    QTest::addColumn<QVector<double>>("list");
-    QTest::addColumn<int>("expectedType");
-    QTest::addColumn<QVector<double>>("expected");
-
-    const TweenInfo bezier = TweenInfo::createBezier(0.1, 0.2, 0.3, 0.4);
-    QTest::newRow("none") << bezier << QVector<double>{} << -1 << QVector<double>{};
-    QTest::newRow("one") << TweenInfo() << QVector<double>{0.1} << 0 << QVector<double>{0.1};
-    QTest::newRow("two") << TweenInfo() << QVector<double>{0.1, 0.2} << 1
-                         << QVector<double>{0.1, 0.2};
-    QTest::newRow("three clamped")
-        << TweenInfo() << QVector<double>{9.0, 0.2, -9.0} << 2 << QVector<double>{3.0, 0.2, -2.0};
-    QTest::newRow("four is quintic") << bezier << QVector<double>{0.5, 0.6, 0.7, 0.8} << 3
-                                     << QVector<double>{0.5, 0.6, 0.7, 0.8};
-    QTest::newRow("five unchanged")
-        << bezier << QVector<double>{1, 1, 1, 1, 1} << -3 << QVector<double>{0.1, 0.2, 0.3, 0.4};
-}
-
-void TstTweenInfo::setCurveTypeParams()
-{
-    QFETCH(TweenInfo, curve);
-    QFETCH(QVector<double>, list);
-    QFETCH(int, expectedType);
-    QFETCH(QVector<double>, expected);
-    curve.setCurveType(list);
-    QCOMPARE(curve.curveType(), expectedType);
-    QCOMPARE(params(curve), expected);
-    QCOMPARE(curve.cAt(expected.size()), 0.0);
-}
-
-void TstTweenInfo::readingKeepsDefaults_data()
-{
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QVector<double>>("attributes"); // NaN: attribute absent
-    QTest::addColumn<QVector<double>>("expected");
-
-    const double absent = std::nan("");
-    QTest::newRow("quartic c1 only")
-        << QStringLiteral("quartic") << QVector<double>{0.9} << QVector<double>{0.9, 0.5, 0.75};
-    QTest::newRow("quintic c3 only")
-        << QStringLiteral("quintic") << QVector<double>{absent, absent, 0.1}
-        << QVector<double>{0.2, 0.4, 0.1, 0.8};
-    QTest::newRow("cubic with extra c3")
-        << QStringLiteral("cubic") << QVector<double>{0.0, 1.0, 0.5} << QVector<double>{0.0, 1.0};
-    QTest::newRow("bezier clamped")
-        << QStringLiteral("bezier") << QVector<double>{0.5, 7.0, 0.5, -7.0}
-        << QVector<double>{0.5, 3.0, 0.5, -2.0};
-    QTest::newRow("unknown type stays linear")
-        << QStringLiteral("Quartic") << QVector<double>{0.9} << QVector<double>{};
-}
-
-void TstTweenInfo::readingKeepsDefaults()
-{
-    QFETCH(QString, type);
-    QFETCH(QVector<double>, attributes);
-    QFETCH(QVector<double>, expected);
-
-    // What a key reader does: install the type's defaults, then apply each
-    // cN attribute that is present.
-    TweenInfo curve;
-    curve.setCurveType(type);
-    for (int i = 0; i < curve.cCount(); ++i) {
-        if (i < attributes.size() && !std::isnan(attributes.at(i)))
-            curve.setC(i, attributes.at(i));
-    }
-    for (int i = curve.cCount(); i < attributes.size(); ++i)
-        curve.setC(i, attributes.at(i));
-    QCOMPARE(params(curve), expected);
-}
-
-void TstTweenInfo::equality_data()
-{
-    QTest::addColumn<TweenInfo>("a");
-    QTest::addColumn<TweenInfo>("b");
-    QTest::addColumn<bool>("equal");
-
-    const TweenInfo instant = TweenInfo::instantInfo();
-    QTest::newRow("linear") << TweenInfo() << TweenInfo() << true;
-    QTest::newRow("instant") << instant << instant << true;
-    QTest::newRow("linear and instant") << TweenInfo() << instant << false;
-    QTest::newRow("equal cubics") << TweenInfo(0.1, 0.9) << TweenInfo(0.1, 0.9) << false;
-    QTest::newRow("equal quadratics") << TweenInfo(0.5) << TweenInfo(0.5) << false;
-    QTest::newRow("equal beziers")
-        << TweenInfo::createBezier(0, 0, 1, 1) << TweenInfo::createBezier(0, 0, 1, 1) << false;
-    QTest::newRow("linear-equivalent quadratic") << TweenInfo(0.5) << TweenInfo() << false;
-    QTest::newRow("linear made from cubic") << fromType(-1) << TweenInfo() << true;
-}
-
-void TstTweenInfo::equality()
-{
-    QFETCH(TweenInfo, a);
-    QFETCH(TweenInfo, b);
-    QFETCH(bool, equal);
-    QCOMPARE(a == b, equal);
-    QCOMPARE(b == a, equal);
-    QCOMPARE(a != b, !equal);
 }
 
 void TstTweenInfo::drawCurve_data()

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "io/jsonprojectwriter.h"
+#include "io/projectfile.h"
+#include "io/xmlprojectwriter.h"
 #include "meta/metaowner.h"
+#include "meta/tagmanager.h"
 #include "meta/valinfocollection.h"
 #include "meta/valuelineholder.h"
 #include "model/animation.h"
@@ -9,6 +13,9 @@
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 
+#include <QBuffer>
+#include <QMap>
+#include <QRandomGenerator>
 #include <QTest>
 #include <QUndoStack>
 
@@ -19,292 +26,412 @@ class TestMetaUndo : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void lookups();
-    void declarationEdits_data();
-    void declarationEdits();
-    void refusedDeclarationEdits();
-    void keyEdits_data();
-    void keyEdits();
-    void ownerGoneMakesStepNoOp();
+    void editUndoesToSavedBytes_data();
+    void editUndoesToSavedBytes();
+    void refusedEditsPushNothing_data();
+    void refusedEditsPushNothing();
+    void randomEditsUndoToSavedBytes();
+    void looseCopiesChangeThemselves();
+    void idsAreNotReused();
     void copiesCarryVariablesAndLines();
     void deletingObjectShiftsLines();
 };
 
 namespace {
 
-struct Fixture
+QByteArray saved(RigxData &document, bool json)
+{
+    QByteArray out;
+    QBuffer buffer(&out);
+    buffer.open(QIODevice::WriteOnly);
+    if (json)
+        JsonProjectWriter::write(document, &buffer, ProjectSaveOptions());
+    else
+        XmlProjectWriter::write(document, &buffer, ProjectSaveOptions());
+    return out;
+}
+
+// The golden project of tst_metafiles: an entity "hero" with variables hp (int,
+// id 0), speed (float, 1) and mood (string, 2); a sprite "arm" (float "bend")
+// and an event "step" (string "sound"); tags jump, land and "hidden <&\">"; and
+// keyed lines for the entity, the arm and the step in the animation "walk".
+struct Project
 {
     QUndoStack stack;
     RigxData doc{&stack};
     Entity *entity = nullptr;
-    Object *object = nullptr;
+    Object *arm = nullptr;
+    Object *step = nullptr;
     Animation *animation = nullptr;
 
-    Fixture()
+    Project()
     {
-        entity = new Entity(QStringLiteral("hero"), true);
-        doc.appendEntity(entity);
-        entity->appendObject(new Object(QStringLiteral("arm"), Object::Sprite));
-        entity->appendObject(new Object(QStringLiteral("leg"), Object::Sprite));
-        object = entity->object(1);
+        if (!ProjectFile::open(&doc, QStringLiteral(MORVANE_TEST_DATA_DIR "/meta/meta.rigx")))
+            return;
+        entity = doc.entity(0);
+        arm = entity->object(0);
+        step = entity->object(1);
         animation = entity->animation(0);
+    }
+    int tag(const char *name) const
+    {
+        return doc.tagManager().tagFromName(QString::fromUtf8(name)).uid();
+    }
+    ValueLineHolder &own() { return animation->ownLineHolder(); }
+    ValueLineHolder &lines(int object) { return *animation->objectLineHolder(object, true); }
+    MetaOwner ownOwner() const { return MetaOwner::forAnimation(animation); }
+    MetaOwner objectOwner(int object) const
+    {
+        return MetaOwner::forAnimationObject(animation, object);
     }
 };
 
+enum Edit {
+    AddTag,
+    RemoveTag,
+    RenameTag,
+    AddEntityVariable,
+    RemoveEntityVariable,
+    RenameObjectVariable,
+    ChangeVariableType,
+    ChangeDefault,
+    AddEventVariable,
+    SetKey,
+    ReplaceKey,
+    DeleteKey,
+    MoveKey,
+    TweenedKey,
+    SetTagKey,
+    ClearObjectLines,
+};
+
+// Runs one edit through the operations the views use; false when refused.
+bool runEdit(Project &p, int edit)
+{
+    ValInfoCollection &vars = p.entity->valInfoCollection();
+    switch (Edit(edit)) {
+    case AddTag:
+        return p.doc.tagManager().addTag(QStringLiteral("fall"), &p.doc) >= 0;
+    case RemoveTag:
+        return p.doc.tagManager().removeTag(p.tag("land"), &p.doc);
+    case RenameTag:
+        return p.doc.tagManager().renameTag(p.tag("land"), QStringLiteral("landed"), &p.doc);
+    case AddEntityVariable:
+        return vars.addValInfo(QStringLiteral("ammo"), 12, VarType::Int, p.entity) >= 0;
+    case RemoveEntityVariable:
+        return vars.removeValInfo(0, p.entity);
+    case RenameObjectVariable:
+        return p.arm->valInfoCollection().renameVal(0, QStringLiteral("flex"), p.arm);
+    case ChangeVariableType:
+        return vars.editVarType(1, VarType::String, p.entity);
+    case ChangeDefault:
+        return vars.editDefaultVal(2, QStringLiteral("sad"), p.entity);
+    case AddEventVariable:
+        return p.step->valInfoCollection().addValInfo(QStringLiteral("volume"), 0.5, VarType::Float,
+                                                      p.step) >= 0;
+    case SetKey:
+        return p.own().setKeyCommand(&p.doc, p.ownOwner(), {VarType::Float, 1},
+                                     std::make_unique<FloatKey>(0, 4.5), 300);
+    case ReplaceKey:
+        return p.own().setKeyCommand(&p.doc, p.ownOwner(), {VarType::Int, 0},
+                                     std::make_unique<IntKey>(0, 4), 100);
+    case DeleteKey:
+        return p.own().deleteKeyCommand(&p.doc, p.ownOwner(), {{VarType::Int, 0}, 100});
+    case MoveKey:
+        return p.own().setKeyTimeCommand(&p.doc, p.ownOwner(), {{VarType::String, 2}, 200}, 700);
+    case TweenedKey:
+        return p.lines(0).createTweenedKeyAtTimeCommand(
+            &p.doc, p.objectOwner(0), {{VarType::Float, 0}, 250}, true, 0.25, 1000);
+    case SetTagKey:
+        return p.own().setKeyCommand(&p.doc, p.ownOwner(), LineId::tagLine(),
+                                     std::make_unique<TagKey>(0, TagState({p.tag("jump")})), 600);
+    case ClearObjectLines:
+        return p.lines(1).clearAllKeysCommand(&p.doc, p.objectOwner(1));
+    }
+    return false;
+}
+
 } // namespace
 
-void TestMetaUndo::lookups()
+void TestMetaUndo::editUndoesToSavedBytes_data()
 {
-    ValInfoCollection c;
-    QVERIFY(c.isEmpty());
-    QCOMPARE(c.addValInfo(QStringLiteral("hp"), 10, VarType::Int, static_cast<Entity *>(nullptr)),
-             0);
-    QCOMPARE(c.addValInfo(QStringLiteral("speed"), QStringLiteral("1.5"), VarType::Float,
-                          static_cast<Entity *>(nullptr)),
-             1);
-    QCOMPARE(c.infoCount(), 2);
-    QCOMPARE(c.nameFromId(1), QStringLiteral("speed"));
-    QCOMPARE(c.idFromName(QStringLiteral("hp")), 0);
-    QCOMPARE(c.idFromName(QStringLiteral("none")), -1);
-    QCOMPARE(c.infoFromName(QStringLiteral("speed"))->defaultValue, QVariant(1.5));
-    QCOMPARE(c.infoFromIndex(0)->type, VarType::Int);
-    QVERIFY(!c.infoFromIndex(2));
-    QVERIFY(!c.infoFromId(7));
-    QCOMPARE(c.indexFromId(1), 1);
-    QCOMPARE(c.namesToStringList(), (QStringList{QStringLiteral("hp"), QStringLiteral("speed")}));
-    // Ids are never reused while higher ones exist.
-    QVERIFY(c.removeValInfo(0, static_cast<Entity *>(nullptr)));
-    QCOMPARE(c.nextId(), 2);
-}
-
-void TestMetaUndo::declarationEdits_data()
-{
-    QTest::addColumn<bool>("onObject");
-    QTest::addColumn<int>("edit");
-    for (bool onObject : {false, true}) {
-        const char *owner = onObject ? "object" : "entity";
-        QTest::addRow("%s add", owner) << onObject << 0;
-        QTest::addRow("%s remove", owner) << onObject << 1;
-        QTest::addRow("%s rename", owner) << onObject << 2;
-        QTest::addRow("%s type", owner) << onObject << 3;
-        QTest::addRow("%s default", owner) << onObject << 4;
-    }
-}
-
-void TestMetaUndo::declarationEdits()
-{
-    QFETCH(bool, onObject);
-    QFETCH(int, edit);
-    Fixture f;
-    ValInfoCollection &c = onObject ? f.object->valInfoCollection() : f.entity->valInfoCollection();
-    auto add = [&](const QString &name, const QVariant &value, VarType type) {
-        return onObject ? c.addValInfo(name, value, type, f.object)
-                        : c.addValInfo(name, value, type, f.entity);
-    };
-    const int hp = add(QStringLiteral("hp"), 3, VarType::Int);
-    add(QStringLiteral("mood"), QStringLiteral("calm"), VarType::String);
-    QCOMPARE(f.stack.count(), 2);
-    const ValInfoCollection before = c;
-
-    bool changed = false;
-    switch (edit) {
-    case 0:
-        changed = add(QStringLiteral("speed"), 2.5, VarType::Float) == 2;
-        break;
-    case 1:
-        changed = onObject ? c.removeValInfo(hp, f.object) : c.removeValInfo(hp, f.entity);
-        break;
-    case 2:
-        changed = onObject ? c.renameVal(hp, QStringLiteral("life"), f.object)
-                           : c.renameVal(hp, QStringLiteral("life"), f.entity);
-        break;
-    case 3:
-        changed = onObject ? c.editVarType(hp, VarType::Float, f.object)
-                           : c.editVarType(hp, VarType::Float, f.entity);
-        break;
-    case 4:
-        changed =
-            onObject ? c.editDefaultVal(hp, 9.8, f.object) : c.editDefaultVal(hp, 9.8, f.entity);
-        break;
-    }
-    QVERIFY(changed);
-    QCOMPARE(f.stack.count(), 3);
-    QCOMPARE(f.stack.text(2), QStringLiteral("Variable Decleration Changed"));
-    const ValInfoCollection after = c;
-    QVERIFY(after != before);
-    if (edit == 4)
-        QCOMPARE(c.infoFromId(hp)->defaultValue, QVariant(9)); // int default truncated
-    if (edit == 3)
-        QCOMPARE(c.infoFromId(hp)->defaultValue, QVariant(3.0));
-
-    f.stack.undo();
-    QVERIFY(c == before);
-    f.stack.redo();
-    QVERIFY(c == after);
-    // The other owner's declarations were never touched.
-    const ValInfoCollection &other =
-        onObject ? f.entity->valInfoCollection() : f.object->valInfoCollection();
-    QVERIFY(other.isEmpty());
-}
-
-void TestMetaUndo::refusedDeclarationEdits()
-{
-    Fixture f;
-    ValInfoCollection &c = f.entity->valInfoCollection();
-    const int a = c.addValInfo(QStringLiteral("a"), 1, VarType::Int, f.entity);
-    c.addValInfo(QStringLiteral("b"), 1, VarType::Int, f.entity);
-    const int count = f.stack.count();
-    QCOMPARE(c.addValInfo(QStringLiteral("a"), 1, VarType::Int, f.entity), -1);
-    QCOMPARE(c.addValInfo(QStringLiteral("c"), 1, VarType::Invalid, f.entity), -1);
-    QCOMPARE(c.addValInfo(QString(), 1, VarType::Int, f.entity), -1);
-    QVERIFY(!c.renameVal(a, QStringLiteral("b"), f.entity));
-    QVERIFY(!c.renameVal(99, QStringLiteral("z"), f.entity));
-    QVERIFY(!c.editVarType(a, VarType::Int, f.entity));
-    QVERIFY(!c.editDefaultVal(a, 1, f.entity));
-    QVERIFY(!c.removeValInfo(99, f.entity));
-    QCOMPARE(f.stack.count(), count);
-}
-
-void TestMetaUndo::keyEdits_data()
-{
-    QTest::addColumn<bool>("onObject");
     QTest::addColumn<int>("edit");
     QTest::addColumn<QString>("text");
-    for (bool onObject : {false, true}) {
-        const char *owner = onObject ? "object" : "entity";
-        QTest::addRow("%s set", owner) << onObject << 0 << QStringLiteral("key set");
-        QTest::addRow("%s replace", owner) << onObject << 1 << QStringLiteral("key set");
-        QTest::addRow("%s delete", owner) << onObject << 2 << QStringLiteral("key deleted");
-        QTest::addRow("%s time", owner) << onObject << 3 << QStringLiteral("key time changed");
-        QTest::addRow("%s tweened", owner) << onObject << 4 << QStringLiteral("key set");
-        QTest::addRow("%s tag", owner) << onObject << 5 << QStringLiteral("key set");
-        QTest::addRow("%s clear", owner) << onObject << 6 << QStringLiteral("key deleted");
-    }
+    const QString tags = QStringLiteral("Tags Changed");
+    const QString vars = QStringLiteral("Variable Decleration Changed");
+    const QString set = QStringLiteral("key set");
+    const QString deleted = QStringLiteral("key deleted");
+    QTest::newRow("add tag") << int(AddTag) << tags;
+    QTest::newRow("remove tag") << int(RemoveTag) << tags;
+    QTest::newRow("rename tag") << int(RenameTag) << tags;
+    QTest::newRow("add entity variable") << int(AddEntityVariable) << vars;
+    QTest::newRow("remove entity variable") << int(RemoveEntityVariable) << vars;
+    QTest::newRow("rename object variable") << int(RenameObjectVariable) << vars;
+    QTest::newRow("change variable type") << int(ChangeVariableType) << vars;
+    QTest::newRow("change default") << int(ChangeDefault) << vars;
+    QTest::newRow("add event variable") << int(AddEventVariable) << vars;
+    QTest::newRow("set key") << int(SetKey) << set;
+    QTest::newRow("replace key") << int(ReplaceKey) << set;
+    QTest::newRow("delete key") << int(DeleteKey) << deleted;
+    QTest::newRow("move key") << int(MoveKey) << QStringLiteral("key time changed");
+    QTest::newRow("tweened key") << int(TweenedKey) << set;
+    QTest::newRow("set tag key") << int(SetTagKey) << set;
+    QTest::newRow("clear object lines") << int(ClearObjectLines) << deleted;
 }
 
-void TestMetaUndo::keyEdits()
+void TestMetaUndo::editUndoesToSavedBytes()
 {
-    QFETCH(bool, onObject);
     QFETCH(int, edit);
     QFETCH(QString, text);
-    Fixture f;
-    const MetaOwner owner = onObject ? MetaOwner::forAnimationObject(f.animation, 1)
-                                     : MetaOwner::forAnimation(f.animation);
-    ValueLineHolder *holder = owner.lineHolder(&f.doc);
-    QVERIFY(holder);
-    QCOMPARE(holder, onObject ? f.animation->objectLineHolder(1) : &f.animation->ownLineHolder());
-
-    const LineId line{VarType::Int, 0};
-    QVERIFY(holder->setKeyCommand(&f.doc, owner, line, std::make_unique<IntKey>(0, 0), 0));
-    QVERIFY(holder->setKeyCommand(&f.doc, owner, line, std::make_unique<IntKey>(0, 10), 100));
-    QCOMPARE(f.stack.count(), 2);
-    QCOMPARE(holder->line(line)->keyCount(), 2);
-    const ValueLineHolder before = *holder;
-
-    switch (edit) {
-    case 0:
-        QVERIFY(holder->setKeyCommand(&f.doc, owner, line, std::make_unique<IntKey>(0, 4), 50));
-        break;
-    case 1:
-        QVERIFY(holder->setKeyCommand(&f.doc, owner, line, std::make_unique<IntKey>(0, 4), 100));
-        break;
-    case 2:
-        QVERIFY(holder->deleteKeyCommand(&f.doc, owner, {line, 100}));
-        break;
-    case 3:
-        QVERIFY(holder->setKeyTimeCommand(&f.doc, owner, {line, 100}, 300));
-        break;
-    case 4:
-        QVERIFY(holder->createTweenedKeyAtTimeCommand(&f.doc, owner, {line, 25}, false, 7, 1000));
-        QCOMPARE(holder->line(line)->keyAtTime(25)->value(), QVariant(2));
-        break;
-    case 5:
-        QVERIFY(holder->setKeyCommand(&f.doc, owner, LineId::tagLine(),
-                                      std::make_unique<TagKey>(0, TagState({4})), 500));
-        break;
-    case 6:
-        QVERIFY(holder->clearAllKeysCommand(&f.doc, owner));
-        break;
+    for (bool json : {false, true}) {
+        Project p;
+        QVERIFY(p.entity);
+        const QByteArray before = saved(p.doc, json);
+        QVERIFY(runEdit(p, edit));
+        QCOMPARE(p.stack.count(), 1);
+        QCOMPARE(p.stack.text(0), text);
+        const QByteArray after = saved(p.doc, json);
+        QVERIFY(after != before);
+        p.stack.undo();
+        QCOMPARE(saved(p.doc, json), before);
+        p.stack.redo();
+        QCOMPARE(saved(p.doc, json), after);
     }
-    QCOMPARE(f.stack.count(), 3);
-    QCOMPARE(f.stack.text(2), text);
-    const ValueLineHolder after = *holder;
-    QVERIFY(after != before);
-
-    f.stack.undo();
-    QVERIFY(*holder == before);
-    f.stack.redo();
-    QVERIFY(*holder == after);
-    // The other holder of the animation stayed empty.
-    if (onObject)
-        QVERIFY(!f.animation->ownLineHolder().anyValLinesHaveKeys());
-    else
-        QVERIFY(!f.animation->objectLineHolder(1));
 }
 
-void TestMetaUndo::ownerGoneMakesStepNoOp()
+void TestMetaUndo::refusedEditsPushNothing_data()
 {
-    Fixture f;
-    const MetaOwner owner = MetaOwner::forAnimation(f.animation);
-    ValueLineHolder &holder = f.animation->ownLineHolder();
-    QVERIFY(holder.setKeyCommand(&f.doc, owner, {VarType::Float, 0},
-                                 std::make_unique<FloatKey>(0, 1.0), 10));
-    f.entity->valInfoCollection().addValInfo(QStringLiteral("v"), 1.0, VarType::Float, f.entity);
-    f.doc.deleteEntity(0);
-    // Neither step finds its owner any more; both must do nothing.
-    f.stack.undo();
-    f.stack.undo();
-    f.stack.redo();
-    f.stack.redo();
-    QCOMPARE(f.doc.entityCount(), 0);
+    QTest::addColumn<int>("edit");
+    QTest::newRow("name taken") << 0;
+    QTest::newRow("invalid type") << 1;
+    QTest::newRow("empty name") << 2;
+    QTest::newRow("rename to a taken name") << 3;
+    QTest::newRow("rename unknown id") << 4;
+    QTest::newRow("type unchanged") << 5;
+    QTest::newRow("default unchanged") << 6;
+    QTest::newRow("default unchanged after conversion") << 7;
+    QTest::newRow("remove unknown id") << 8;
+    QTest::newRow("key of another kind") << 9;
+    QTest::newRow("delete where no key is") << 10;
+}
 
-    // A holder edited through an owner naming another holder changes itself only.
-    ValueLineHolder loose;
-    QVERIFY(
-        loose.setKeyCommand(&f.doc, owner, {VarType::Int, 0}, std::make_unique<IntKey>(0, 1), 0));
-    QVERIFY(loose.anyValLinesHaveKeys());
-    QVERIFY(!loose.setKeyCommand(&f.doc, owner, {VarType::Int, 0},
-                                 std::make_unique<FloatKey>(0, 1.0), 0));
+void TestMetaUndo::refusedEditsPushNothing()
+{
+    QFETCH(int, edit);
+    Project p;
+    QVERIFY(p.entity);
+    const QByteArray before = saved(p.doc, false);
+    ValInfoCollection &c = p.entity->valInfoCollection();
+    bool accepted = true;
+    switch (edit) {
+    case 0:
+        accepted = c.addValInfo(QStringLiteral("hp"), 1, VarType::Int, p.entity) >= 0;
+        break;
+    case 1:
+        accepted = c.addValInfo(QStringLiteral("c"), 1, VarType::Invalid, p.entity) >= 0;
+        break;
+    case 2:
+        accepted = c.addValInfo(QString(), 1, VarType::Int, p.entity) >= 0;
+        break;
+    case 3:
+        accepted = c.renameVal(0, QStringLiteral("speed"), p.entity);
+        break;
+    case 4:
+        accepted = c.renameVal(99, QStringLiteral("z"), p.entity);
+        break;
+    case 5:
+        accepted = c.editVarType(0, VarType::Int, p.entity);
+        break;
+    case 6:
+        accepted = c.editDefaultVal(0, 3, p.entity);
+        break;
+    case 7:
+        accepted = c.editDefaultVal(0, 3.9, p.entity); // an int default truncates to 3
+        break;
+    case 8:
+        accepted = c.removeValInfo(99, p.entity);
+        break;
+    case 9:
+        accepted = p.own().setKeyCommand(&p.doc, p.ownOwner(), {VarType::Int, 0},
+                                         std::make_unique<FloatKey>(0, 1.0), 0);
+        break;
+    case 10:
+        accepted = p.own().deleteKeyCommand(&p.doc, p.ownOwner(), {{VarType::Int, 0}, 55});
+        break;
+    }
+    QVERIFY(!accepted);
+    QCOMPARE(p.stack.count(), 0);
+    QCOMPARE(saved(p.doc, false), before);
+}
+
+void TestMetaUndo::randomEditsUndoToSavedBytes()
+{
+    // Random edits of every kind, some refused and some merging, checked
+    // against the saved bytes at every step on the way down and back up.
+    Project p;
+    QVERIFY(p.entity);
+    QRandomGenerator random(20261122);
+    QMap<int, QByteArray> bytesAt;
+    bytesAt[0] = saved(p.doc, false);
+    const QByteArray jsonBefore = saved(p.doc, true);
+    auto pick = [&](int n) { return int(random.bounded(n)); };
+    const QStringList names{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("hp"),
+                            QStringLiteral("mood"), QStringLiteral("c <&>")};
+    const VarType types[] = {VarType::Int, VarType::Float, VarType::String};
+    // After each edit: a refused one leaves the bytes as they were; a gesture
+    // that came back to its start drops its step and gives the bytes below it.
+    auto check = [&](int i) {
+        const QByteArray now = saved(p.doc, false);
+        const int index = p.stack.index();
+        const bool mayHaveMerged =
+            index == bytesAt.lastKey() && index > 0 && p.stack.command(index - 1)->id() != -1;
+        if (index <= bytesAt.lastKey() && !mayHaveMerged)
+            QVERIFY2(now == bytesAt[index], qPrintable(QStringLiteral("edit %1").arg(i)));
+        bytesAt[index] = now;
+        while (bytesAt.lastKey() > index)
+            bytesAt.remove(bytesAt.lastKey());
+    };
+    for (int i = 0; i < 300; ++i) {
+        Object *object = p.entity->object(pick(2));
+        ValInfoCollection &vars =
+            pick(2) ? p.entity->valInfoCollection() : object->valInfoCollection();
+        const bool onEntity = &vars == &p.entity->valInfoCollection();
+        const int varId = pick(4);
+        const int objectIndex = pick(3) - 1; // -1: the entity's own lines
+        ValueLineHolder &holder = objectIndex < 0 ? p.own() : p.lines(objectIndex);
+        const MetaOwner owner = objectIndex < 0 ? p.ownOwner() : p.objectOwner(objectIndex);
+        const VarType type = types[pick(3)];
+        const LineId line = pick(5) ? LineId{type, varId} : LineId::tagLine();
+        const int time = pick(11) * 100;
+        TagManager &tags = p.doc.tagManager();
+        const int tagUid = tags.tag(pick(tags.tagCount() + 1)).uid();
+        switch (pick(12)) {
+        case 0:
+            tags.addTag(names[pick(names.size())], &p.doc);
+            break;
+        case 1:
+            tags.removeTag(tagUid, &p.doc);
+            break;
+        case 2:
+            tags.renameTag(tagUid, names[pick(names.size())], &p.doc);
+            break;
+        case 3:
+            onEntity ? vars.addValInfo(names[pick(names.size())], pick(9), type, p.entity)
+                     : vars.addValInfo(names[pick(names.size())], pick(9), type, object);
+            break;
+        case 4:
+            onEntity ? vars.removeValInfo(varId, p.entity) : vars.removeValInfo(varId, object);
+            break;
+        case 5:
+            onEntity ? vars.editVarType(varId, type, p.entity)
+                     : vars.editVarType(varId, type, object);
+            break;
+        case 6: {
+            // A gesture of a few values; two in three stream with the merge id,
+            // so they merge into one step or cancel out.
+            const CommandId id = pick(3) ? CommandId::EditVarDefault : CommandId::None;
+            for (int n = pick(4); n-- > 0; check(i)) {
+                onEntity ? vars.editDefaultVal(varId, pick(3), p.entity, id)
+                         : vars.editDefaultVal(varId, pick(3), object, id);
+            }
+            break;
+        }
+        case 7: {
+            std::unique_ptr<ValKey> key = line.isTagLine()
+                                              ? std::make_unique<TagKey>(0, TagState({tagUid}))
+                                              : ValKey::create(type, 0, pick(5));
+            holder.setKeyCommand(&p.doc, owner, line, std::move(key), time);
+            break;
+        }
+        case 8:
+            holder.deleteKeyCommand(&p.doc, owner, {line, time});
+            break;
+        case 9:
+            holder.setKeyTimeCommand(&p.doc, owner, {line, time}, pick(11) * 100);
+            break;
+        case 10:
+            holder.createTweenedKeyAtTimeCommand(&p.doc, owner, {line, time}, pick(2), 1, 1000);
+            break;
+        case 11:
+            holder.clearAllKeysCommand(&p.doc, owner);
+            break;
+        }
+        check(i);
+    }
+    const int top = p.stack.index();
+    QVERIFY(top > 100);
+    while (p.stack.canUndo()) {
+        p.stack.undo();
+        QCOMPARE(saved(p.doc, false), bytesAt[p.stack.index()]);
+    }
+    QCOMPARE(saved(p.doc, true), jsonBefore);
+    while (p.stack.canRedo()) {
+        p.stack.redo();
+        QCOMPARE(saved(p.doc, false), bytesAt[p.stack.index()]);
+    }
+    QCOMPARE(p.stack.index(), top);
+}
+
+void TestMetaUndo::looseCopiesChangeThemselves()
+{
+    // A copy edited with the owner of the original changes itself only: a
+    // command would change the original instead.
+    Project p;
+    QVERIFY(p.entity);
+    const QByteArray before = saved(p.doc, false);
+    ValueLineHolder lines = p.own();
+    QVERIFY(lines.deleteKeyCommand(&p.doc, p.ownOwner(), {{VarType::Int, 0}, 100}));
+    QVERIFY(!lines.line({VarType::Int, 0})->keyAtTime(100));
+    ValInfoCollection vars = p.entity->valInfoCollection();
+    QVERIFY(vars.renameVal(0, QStringLiteral("life"), p.entity));
+    QCOMPARE(vars.nameFromId(0), QStringLiteral("life"));
+    QCOMPARE(p.stack.count(), 0);
+    QCOMPARE(saved(p.doc, false), before);
+}
+
+void TestMetaUndo::idsAreNotReused()
+{
+    ValInfoCollection c;
+    Entity *const noOwner = nullptr;
+    QCOMPARE(c.addValInfo(QStringLiteral("hp"), 10, VarType::Int, noOwner), 0);
+    QCOMPARE(c.addValInfo(QStringLiteral("speed"), QStringLiteral("1.5"), VarType::Float, noOwner),
+             1);
+    QCOMPARE(c.infoFromName(QStringLiteral("speed"))->defaultValue, QVariant(1.5));
+    QVERIFY(c.removeValInfo(0, noOwner));
+    QCOMPARE(c.nextId(), 2);
+    QVERIFY(c.removeValInfo(1, noOwner));
+    QCOMPARE(c.nextId(), 0);
 }
 
 void TestMetaUndo::copiesCarryVariablesAndLines()
 {
-    Fixture f;
-    f.entity->valInfoCollection().addValInfo(QStringLiteral("v"), 2, VarType::Int, f.entity);
-    f.object->valInfoCollection().addValInfo(QStringLiteral("w"), QStringLiteral("s"),
-                                             VarType::String, f.object);
-    f.animation->ownLineHolder()
-        .lineForEditing({VarType::Int, 0})
-        ->setKey(std::make_unique<IntKey>(10, 5));
-    f.animation->objectLineHolder(1, true)->tagLine().setKey(
-        std::make_unique<TagKey>(0, TagState({1})));
-
+    Project p;
+    QVERIFY(p.entity);
     Entity copy;
-    copy.setTo(*f.entity);
-    QVERIFY(copy.valInfoCollection() == f.entity->valInfoCollection());
-    QVERIFY(copy.object(1)->valInfoCollection() == f.object->valInfoCollection());
-    QVERIFY(copy.animation(0)->ownLineHolder() == f.animation->ownLineHolder());
+    copy.setTo(*p.entity);
+    QVERIFY(copy.valInfoCollection() == p.entity->valInfoCollection());
+    QVERIFY(copy.object(0)->valInfoCollection() == p.arm->valInfoCollection());
+    QVERIFY(copy.animation(0)->ownLineHolder() == p.own());
     QVERIFY(copy.animation(0)->objectLineHolder(1));
-    QVERIFY(*copy.animation(0)->objectLineHolder(1) == *f.animation->objectLineHolder(1));
+    QVERIFY(*copy.animation(0)->objectLineHolder(1) == p.lines(1));
 
     // Deep: changing the copy leaves the original.
     copy.animation(0)->ownLineHolder().clearAllKeys();
-    QVERIFY(f.animation->ownLineHolder().anyValLinesHaveKeys());
+    QVERIFY(p.own().anyValLinesHaveKeys());
 }
 
 void TestMetaUndo::deletingObjectShiftsLines()
 {
-    Fixture f;
-    f.entity->appendObject(new Object(QStringLiteral("head"), Object::Sprite));
-    f.animation->objectLineHolder(0, true)->tagLine().setKey(
-        std::make_unique<TagKey>(0, TagState({0})));
-    f.animation->objectLineHolder(2, true)->tagLine().setKey(
-        std::make_unique<TagKey>(0, TagState({2})));
-    QVERIFY(f.entity->deleteObject(QStringLiteral("arm")));
-    QVERIFY(!f.animation->objectLineHolder(2));
-    QCOMPARE(f.entity->object(1)->name(), QStringLiteral("head"));
-    QVERIFY(f.animation->objectLineHolder(1));
-    QCOMPARE(f.animation->objectLineHolder(1)->tagLine().key(0)->value().value<QList<int>>(),
+    Project p;
+    QVERIFY(p.entity);
+    p.entity->appendObject(new Object(QStringLiteral("head"), Object::Sprite));
+    p.lines(2).tagLine().setKey(std::make_unique<TagKey>(0, TagState({2})));
+    const ValueLineHolder stepLines = p.lines(1);
+    QVERIFY(p.entity->deleteObject(QStringLiteral("arm")));
+    QVERIFY(!p.animation->objectLineHolder(2));
+    QCOMPARE(p.entity->object(1)->name(), QStringLiteral("head"));
+    QVERIFY(*p.animation->objectLineHolder(0) == stepLines);
+    QCOMPARE(p.animation->objectLineHolder(1)->tagLine().key(0)->value().value<QList<int>>(),
              QList<int>{2});
 }
 

@@ -3,6 +3,7 @@
 #include "meta/valline.h"
 #include "meta/valuelineholder.h"
 
+#include <QPointF>
 #include <QTest>
 
 #include <limits>
@@ -14,13 +15,8 @@ class TestValueLines : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void intLine_data();
-    void intLine();
-    void floatLine_data();
-    void floatLine();
-    void intBlendTruncatesTowardZero();
-    void keyPairWrap_data();
-    void keyPairWrap();
+    void tweenableLine_data();
+    void tweenableLine();
     void easedCurveIsUsed();
     void stringStepping_data();
     void stringStepping();
@@ -55,97 +51,76 @@ static std::unique_ptr<FloatLine> makeFloatLine(const QList<QPair<int, double>> 
     return line;
 }
 
-void TestValueLines::intLine_data()
+void TestValueLines::tweenableLine_data()
 {
-    QTest::addColumn<int>("time");
-    QTest::addColumn<bool>("looping");
-    QTest::addColumn<int>("expected");
-
-    // Keys 0 at 0 and 10 at 100, linear, length 1000, default 7.
-    QTest::newRow("at first key") << 0 << false << 0;
-    QTest::newRow("2.5 truncates to 2") << 25 << false << 2;
-    QTest::newRow("9.9 truncates to 9") << 99 << false << 9;
-    QTest::newRow("at second key") << 100 << false << 10;
-    QTest::newRow("after last key holds") << 500 << false << 10;
-    QTest::newRow("at length") << 1000 << false << 10;
-    QTest::newRow("below 0 gives default") << -5 << false << 7;
-    QTest::newRow("past length gives default") << 1001 << false << 7;
-    QTest::newRow("below 0 looping gives default") << -5 << true << 7;
-    QTest::newRow("past length looping gives default") << 1500 << true << 7;
-    // Looping: from 100 the value blends back toward 0 at 1000 (ratio 450/900).
-    QTest::newRow("looping wrap 10 to 0 at 550") << 550 << true << 5;
-}
-
-void TestValueLines::intLine()
-{
-    QFETCH(int, time);
-    QFETCH(bool, looping);
-    QFETCH(int, expected);
-    const auto line = makeIntLine({{0, 0}, {100, 10}});
-    QCOMPARE(line->valFromTime(time, looping, 7, 1000), expected);
-    QCOMPARE(line->valueFromTime(time, looping, QVariant(7), 1000), QVariant(expected));
-}
-
-void TestValueLines::floatLine_data()
-{
+    QTest::addColumn<bool>("isInt");
+    QTest::addColumn<QList<QPointF>>("keys"); // (time, value), linear
     QTest::addColumn<int>("time");
     QTest::addColumn<bool>("looping");
     QTest::addColumn<double>("expected");
 
-    // Keys 0 at 0 and 10 at 100: float lines have no range check.
-    QTest::newRow("25") << 25 << false << 2.5;
-    QTest::newRow("99") << 99 << false << 9.9;
-    QTest::newRow("-5 gives the first key") << -5 << false << 0.0;
-    QTest::newRow("past length gives the last key") << 1001 << false << 10.0;
+    // Length 1000, default 7.
+    const QList<QPointF> up{{0, 0}, {100, 10}};
+    QTest::newRow("int at first key") << true << up << 0 << false << 0.0;
+    QTest::newRow("int 2.5 truncates to 2") << true << up << 25 << false << 2.0;
+    QTest::newRow("int 9.9 truncates to 9") << true << up << 99 << false << 9.0;
+    QTest::newRow("int at second key") << true << up << 100 << false << 10.0;
+    QTest::newRow("int after last key holds") << true << up << 500 << false << 10.0;
+    QTest::newRow("int at length") << true << up << 1000 << false << 10.0;
+    QTest::newRow("int below 0 gives default") << true << up << -5 << false << 7.0;
+    QTest::newRow("int past length gives default") << true << up << 1001 << false << 7.0;
+    QTest::newRow("int below 0 looping gives default") << true << up << -5 << true << 7.0;
+    QTest::newRow("int past length looping gives default") << true << up << 1500 << true << 7.0;
+    // Looping: from 100 the value blends back toward 0 at 1000 (ratio 450/900).
+    QTest::newRow("int looping wrap 10 to 0 at 550") << true << up << 550 << true << 5.0;
+    // Truncation is toward zero: 1 to 2 at 0.99 gives 1, -1 to -2 at 0.5 gives -1.
+    QTest::newRow("int 1.99 gives 1")
+        << true << QList<QPointF>{{0, 1}, {100, 2}} << 99 << false << 1.0;
+    const QList<QPointF> down{{0, -1}, {100, -2}};
+    QTest::newRow("int -1.5 gives -1") << true << down << 50 << false << -1.0;
+    QTest::newRow("int -1.99 gives -1") << true << down << 99 << false << -1.0;
+    QTest::newRow("int at -2") << true << down << 100 << false << -2.0;
+    QTest::newRow("int empty line gives default") << true << QList<QPointF>{} << 10 << true << 7.0;
+
+    // Float lines have no range check.
+    QTest::newRow("float 25") << false << up << 25 << false << 2.5;
+    QTest::newRow("float 99") << false << up << 99 << false << 9.9;
+    QTest::newRow("float -5 gives the first key") << false << up << -5 << false << 0.0;
+    QTest::newRow("float past length gives the last key") << false << up << 1001 << false << 10.0;
     // Looping past the length keeps blending across the loop point:
     // a = 10 at 100, b = 0 at 1000; ratio (1100 - 100) / 900.
-    QTest::newRow("past length looping wraps") << 1100 << true << 10.0 - 10.0 * 1000.0 / 900.0;
+    QTest::newRow("float past length looping wraps")
+        << false << up << 1100 << true << 10.0 - 10.0 * 1000.0 / 900.0;
+
+    // Keys 0 at 100 and 10 at 900: the wrap from the last key to the first.
+    const QList<QPointF> inner{{100, 0}, {900, 10}};
+    QTest::newRow("950 looping: 10 toward 0 at ratio 0.25") << false << inner << 950 << true << 7.5;
+    QTest::newRow("50 looping: before the first key, ratio 0.75")
+        << false << inner << 50 << true << 2.5;
+    QTest::newRow("950 not looping holds the last key") << false << inner << 950 << false << 10.0;
+    QTest::newRow("50 not looping holds the first key") << false << inner << 50 << false << 0.0;
+    QTest::newRow("500 between keys") << false << inner << 500 << true << 5.0;
 }
 
-void TestValueLines::floatLine()
+void TestValueLines::tweenableLine()
 {
+    QFETCH(bool, isInt);
+    QFETCH(QList<QPointF>, keys);
     QFETCH(int, time);
     QFETCH(bool, looping);
     QFETCH(double, expected);
-    const auto line = makeFloatLine({{0, 0.0}, {100, 10.0}});
-    QVERIFY(qAbs(line->valFromTime(time, looping, 7.0, 1000) - expected) < 1e-9);
-}
-
-void TestValueLines::intBlendTruncatesTowardZero()
-{
-    // 1 to 2 at ratio 0.99 gives 1; -1 to -2 at 0.5 gives -1 (not -2).
-    const auto up = makeIntLine({{0, 1}, {100, 2}});
-    QCOMPARE(up->valFromTime(99, false, 0, 1000), 1);
-    const auto down = makeIntLine({{0, -1}, {100, -2}});
-    QCOMPARE(down->valFromTime(50, false, 0, 1000), -1);
-    QCOMPARE(down->valFromTime(99, false, 0, 1000), -1);
-    QCOMPARE(down->valFromTime(100, false, 0, 1000), -2);
-    // An empty line gives the default inside the range too.
-    IntLine empty(0);
-    QCOMPARE(empty.valFromTime(10, true, 42, 1000), 42);
-}
-
-void TestValueLines::keyPairWrap_data()
-{
-    QTest::addColumn<int>("time");
-    QTest::addColumn<bool>("looping");
-    QTest::addColumn<double>("expected");
-
-    // Length 1000, keys 0 at 100 and 10 at 900.
-    QTest::newRow("950 looping: 10 toward 0 at ratio 0.25") << 950 << true << 7.5;
-    QTest::newRow("50 looping: before the first key, ratio 0.75") << 50 << true << 2.5;
-    QTest::newRow("950 not looping holds the last key") << 950 << false << 10.0;
-    QTest::newRow("50 not looping holds the first key") << 50 << false << 0.0;
-    QTest::newRow("500 between keys") << 500 << true << 5.0;
-}
-
-void TestValueLines::keyPairWrap()
-{
-    QFETCH(int, time);
-    QFETCH(bool, looping);
-    QFETCH(double, expected);
-    const auto line = makeFloatLine({{100, 0.0}, {900, 10.0}});
-    QCOMPARE(line->valFromTime(time, looping, -1.0, 1000), expected);
+    if (isInt) {
+        IntLine line(0);
+        for (const QPointF &k : keys)
+            line.setKey(std::make_unique<IntKey>(int(k.x()), int(k.y())));
+        QCOMPARE(line.valFromTime(time, looping, 7, 1000), int(expected));
+        QCOMPARE(line.valueFromTime(time, looping, QVariant(7), 1000), QVariant(int(expected)));
+    } else {
+        FloatLine line(0);
+        for (const QPointF &k : keys)
+            line.setKey(std::make_unique<FloatKey>(int(k.x()), k.y()));
+        QVERIFY(qAbs(line.valFromTime(time, looping, 7.0, 1000) - expected) < 1e-9);
+    }
 }
 
 void TestValueLines::easedCurveIsUsed()
