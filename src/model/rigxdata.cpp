@@ -110,6 +110,7 @@ void RigxData::clearFiles()
 {
     mFolders.clear();
     mMissingImages.clear();
+    mImageCache.clear();
 }
 
 File *RigxData::file(int folderIndex, int fileIndex) const
@@ -377,6 +378,7 @@ QString RigxData::validatePath(const QString &path, bool stripProjectDirectory) 
 
 void RigxData::refreshAllPixmaps()
 {
+    mImageCache.clear();
     for (const auto &f : mFolders)
         f->refreshAllPixmaps();
 }
