@@ -18,7 +18,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <fcntl.h>
+#include <future>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 using namespace Morvane;
 
@@ -89,6 +93,7 @@ private slots:
     void placeholdersStayBounded();
     void irregularImageFiles_data();
     void irregularImageFiles();
+    void mergeSkipsFifo();
 };
 
 void TstImageCache::spellingsDecodeOnce()
@@ -301,6 +306,44 @@ void TstImageCache::irregularImageFiles()
         QVERIFY2(errors.isEmpty(), errors.constData());
     else
         QVERIFY2(errors.contains(warning.toUtf8()), errors.constData());
+}
+
+void TstImageCache::mergeSkipsFifo()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    QDir root(dir.path());
+    QVERIFY(root.mkdir(QStringLiteral("mine")) && root.mkdir(QStringLiteral("theirs")));
+    const QString fifo = root.filePath(QStringLiteral("theirs/x.png"));
+    QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    QVERIFY(writePng(root.filePath(QStringLiteral("theirs/y.png")), QSize(5, 6), Qt::red));
+    const QString theirs = root.filePath(QStringLiteral("theirs/theirs.rigx"));
+    QVERIFY(writeFile(theirs, projectShowing({QStringLiteral("x.png"), QStringLiteral("y.png")})));
+
+    const QString mine = root.filePath(QStringLiteral("mine/mine.rigx"));
+    QString error;
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("is a FIFO")));
+    // On a worker with a watchdog: a copy that waits for a writer must fail
+    // this test, so the watchdog becomes that writer and lets it go. The
+    // document lives on the worker, as its objects must.
+    std::packaged_task<bool()> merge([&] {
+        RigxData document;
+        document.setFilePath(mine);
+        return ProjectFile::importInto(&document, theirs, nullptr, &error);
+    });
+    std::future<bool> merged = merge.get_future();
+    std::thread worker(std::move(merge));
+    const bool finished = merged.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    if (!finished) {
+        const int writer = ::open(QFile::encodeName(fifo).constData(), O_WRONLY | O_NONBLOCK);
+        if (writer >= 0)
+            ::close(writer);
+    }
+    worker.join();
+    QVERIFY2(finished, "merging blocked on a FIFO named as an image");
+    QVERIFY2(merged.get(), qPrintable(error));
+    QVERIFY(!QFileInfo::exists(root.filePath(QStringLiteral("mine/theirs/x.png"))));
+    QVERIFY(QFileInfo(root.filePath(QStringLiteral("mine/theirs/y.png"))).isFile());
 }
 
 QTEST_GUILESS_MAIN(TstImageCache)
