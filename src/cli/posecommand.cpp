@@ -177,6 +177,8 @@ int PoseCommand::run(const QCommandLineParser &parser)
     // Speed-driven sub-entities keep their own clocks: count them as played
     // from 0 up to this time.
     instance.advanceTime(instance.pose().time);
+    for (const QString &warning : instance.warnings())
+        std::fprintf(stderr, "morvane-cli pose: %s\n", qPrintable(warning));
 
     const QByteArray text = describe(instance, args.time);
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);

@@ -45,11 +45,17 @@ EntityInstance::EntityInstance(Entity *entity, Animation *animation)
 
 EntityInstance::EntityInstance(EntityInstance *parent, int depth)
     : mParent(parent)
+    , mRoot(parent ? parent->mRoot : this)
     , mDepth(depth)
 {
 }
 
-EntityInstance::~EntityInstance() = default;
+EntityInstance::~EntityInstance()
+{
+    // The sub-entities uncount themselves from the top-level instance, which
+    // must still be whole then.
+    mSubEntities.clear();
+}
 
 void EntityInstance::setAnimation(Entity *entity, Animation *animation)
 {
@@ -101,25 +107,39 @@ void EntityInstance::rebuild()
     // same timeline keeps its clock.
     std::vector<std::unique_ptr<SubEntityInstance>> previous;
     previous.swap(mSubEntities);
-    if (mAnimation) {
-        for (int i = 0; i < mAnimation->timelineCount(); ++i) {
-            if (!mAnimation->timeline(i)->isSubEntity())
-                continue;
-            if (mDepth + 1 > MaxNestingDepth) {
-                reportNestingLimit();
+    const int timelineCount = mAnimation ? mAnimation->timelineCount() : 0;
+    mSubOfTimeline.assign(size_t(timelineCount), -1);
+    std::vector<int> wanted;
+    for (int i = 0; i < timelineCount; ++i) {
+        if (!mAnimation->timeline(i)->isSubEntity())
+            continue;
+        if (mDepth + 1 > MaxNestingDepth) {
+            reportNestingLimit();
+            break;
+        }
+        wanted.push_back(i);
+    }
+    std::vector<std::unique_ptr<SubEntityInstance>> kept(wanted.size());
+    for (size_t w = 0; w < wanted.size(); ++w) {
+        for (auto &old : previous) {
+            if (old && old->timelineIndex() == wanted[w]) {
+                kept[w] = std::move(old);
                 break;
             }
-            std::unique_ptr<SubEntityInstance> sub;
-            for (auto &old : previous) {
-                if (old && old->timelineIndex() == i) {
-                    sub = std::move(old);
-                    break;
-                }
-            }
-            if (!sub)
-                sub = std::make_unique<SubEntityInstance>(this, i);
-            mSubEntities.push_back(std::move(sub));
         }
+    }
+    // The instances that go give their share of the budget back first.
+    previous.clear();
+    for (size_t w = 0; w < wanted.size(); ++w) {
+        if (!kept[w]) {
+            if (mRoot->mLiveSubEntities >= MaxSubEntityInstances) {
+                reportInstanceLimit();
+                continue;
+            }
+            kept[w] = std::make_unique<SubEntityInstance>(this, wanted[w]);
+        }
+        mSubOfTimeline[size_t(wanted[w])] = int(mSubEntities.size());
+        mSubEntities.push_back(std::move(kept[w]));
     }
     mDirty = false;
 }
@@ -143,19 +163,37 @@ void EntityInstance::advanceTime(int ms)
 
 void EntityInstance::refreshSubEntities()
 {
-    for (const auto &sub : mSubEntities) {
-        const PoseItem *item = nullptr;
-        for (const PoseItem &object : mPose.objects) {
-            if (object.timelineIndex == sub->timelineIndex()) {
-                item = &object;
-                break;
-            }
+    // Level by level: a parent is posed before its children, and when the
+    // instance budget runs out while instances are made, the upper levels are
+    // whole and only the deepest ones are left out.
+    mQueue.clear();
+    mQueue.push_back(this);
+    for (size_t next = 0; next < mQueue.size(); ++next) {
+        EntityInstance *parent = mQueue[next];
+        parent->poseSubEntities();
+        for (const auto &sub : parent->mSubEntities) {
+            if (sub->isShown())
+                mQueue.push_back(sub.get());
         }
-        sub->setShown(item != nullptr);
-        if (!item)
+    }
+}
+
+void EntityInstance::poseSubEntities()
+{
+    for (const auto &sub : mSubEntities)
+        sub->setShown(false);
+    for (const PoseItem &item : mPose.objects) {
+        if (item.timelineIndex < 0 || size_t(item.timelineIndex) >= mSubOfTimeline.size())
             continue;
-        sub->refreshSubEntity(
-            EntityInfo(item->key->entityInfo(), item->nextKey->entityInfo(), item->ratio));
+        const int index = mSubOfTimeline[size_t(item.timelineIndex)];
+        if (index < 0)
+            continue;
+        SubEntityInstance *sub = mSubEntities[size_t(index)].get();
+        sub->setShown(true);
+        sub->follow(EntityInfo(item.key->entityInfo(), item.nextKey->entityInfo(), item.ratio));
+        if (sub->mDirty)
+            sub->rebuild();
+        sub->mEvaluator.evaluate(sub->mTime, sub->mPose);
     }
 }
 
@@ -177,29 +215,59 @@ SubEntityInstance *EntityInstance::subEntityForTimeline(int timelineIndex) const
 
 bool EntityInstance::nestingLimitReached() const
 {
-    const EntityInstance *root = this;
-    while (root->mParent)
-        root = root->mParent;
-    return root->mNestingLimitReported;
+    return mRoot->mNestingLimitReported;
+}
+
+bool EntityInstance::instanceLimitReached() const
+{
+    return mRoot->mInstanceLimitReported;
+}
+
+int EntityInstance::subEntityInstanceCount() const
+{
+    return mRoot->mLiveSubEntities;
+}
+
+QStringList EntityInstance::warnings() const
+{
+    return mRoot->mWarnings;
 }
 
 void EntityInstance::reportNestingLimit()
 {
-    EntityInstance *root = this;
-    while (root->mParent)
-        root = root->mParent;
-    if (root->mNestingLimitReported)
+    if (mRoot->mNestingLimitReported)
         return;
-    root->mNestingLimitReported = true;
-    qWarning("Sub-entities nest deeper than %d levels (an entity that contains itself?); "
-             "the deeper levels are not shown.",
-             MaxNestingDepth);
+    mRoot->mNestingLimitReported = true;
+    mRoot->mWarnings.append(
+        QStringLiteral("Sub-entities nest deeper than %1 levels (an entity that contains itself?); "
+                       "the deeper levels are not shown.")
+            .arg(MaxNestingDepth));
+}
+
+void EntityInstance::reportInstanceLimit()
+{
+    if (mRoot->mInstanceLimitReported)
+        return;
+    mRoot->mInstanceLimitReported = true;
+    const QString name = mRoot->mEntity ? mRoot->mEntity->name() : QString();
+    mRoot->mWarnings.append(
+        QStringLiteral("Entity \"%1\" shows more than %2 sub-entity instances (sub-entities "
+                       "holding several copies of each other?); the rest are shown as empty "
+                       "placeholders.")
+            .arg(name)
+            .arg(MaxSubEntityInstances));
 }
 
 SubEntityInstance::SubEntityInstance(EntityInstance *parent, int timelineIndex)
     : EntityInstance(parent, parent ? parent->depth() + 1 : 1)
     , mTimelineIndex(timelineIndex)
 {
+    ++mRoot->mLiveSubEntities;
+}
+
+SubEntityInstance::~SubEntityInstance()
+{
+    --mRoot->mLiveSubEntities;
 }
 
 void SubEntityInstance::advanceTime(double ms)
@@ -218,6 +286,12 @@ void SubEntityInstance::advanceTime(double ms)
 
 void SubEntityInstance::refreshSubEntity(const EntityInfo &info)
 {
+    follow(info);
+    refresh();
+}
+
+void SubEntityInstance::follow(const EntityInfo &info)
+{
     mInfo = info;
 
     // Keys name the animation by (entity index, animation index) in the
@@ -235,7 +309,6 @@ void SubEntityInstance::refreshSubEntity(const EntityInfo &info)
 
     if (!info.isUsingSpeed())
         mTime = truncatedTime(info.timeRatio * animationLength());
-    refresh();
 }
 
 } // namespace Morvane

@@ -2,9 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "model/entityinfo.h"
 #include "eval/pose.h"
 #include "eval/poseevaluator.h"
+#include "model/entityinfo.h"
+
+#include <QStringList>
 
 #include <memory>
 #include <vector>
@@ -21,12 +23,23 @@ class SubEntityInstance;
 /// The instance reads the model but never changes it. It keeps compiled data
 /// of its animation: after an edit of the animation call `invalidate()`, and
 /// the next `refresh()` reads it again. Posing at a new time does not allocate.
+///
+/// What a file asks for is bounded: sub-entities nest at most `MaxNestingDepth`
+/// levels, and one top-level instance holds at most `MaxSubEntityInstances`
+/// sub-entity instances over all levels. A sub-entity past either bound gets no
+/// instance (`subEntityForTimeline` gives null): it shows as a plain
+/// placeholder without children. Each bound is reported once in `warnings()`.
 class EntityInstance
 {
 public:
     /// How deep sub-entities nest before the next level is left out: an entity
     /// that shows itself, directly or through others, stops there.
     static constexpr int MaxNestingDepth = 8;
+    /// How many sub-entity instances one top-level instance holds, all levels
+    /// together. Depth alone does not bound them: an entity holding five copies
+    /// of itself asks for 5^8 instances within `MaxNestingDepth`. Levels fill
+    /// from the top, so the deepest levels are the ones left out.
+    static constexpr int MaxSubEntityInstances = 2000;
 
     /// Shows `animation` of `entity`, or the entity's first animation when
     /// `animation` is null. Neither is owned.
@@ -73,8 +86,18 @@ public:
     /// 0 for a top-level instance, one more per sub-entity level.
     int depth() const { return mDepth; }
     /// Whether sub-entities below this top-level instance were left out at
-    /// `MaxNestingDepth` (reported once as a warning).
+    /// `MaxNestingDepth` (reported once in `warnings()`).
     bool nestingLimitReached() const;
+    /// Whether sub-entities below this top-level instance were left out for
+    /// `MaxSubEntityInstances` (reported once in `warnings()`).
+    bool instanceLimitReached() const;
+    /// The live sub-entity instances below this instance's top-level instance,
+    /// all levels together; at most `MaxSubEntityInstances`.
+    int subEntityInstanceCount() const;
+    /// What the top-level instance left out, one line per bound reached, for
+    /// the caller to show (`morvane-cli pose` prints them on the diagnostic
+    /// output). Each is given once for the instance's lifetime.
+    QStringList warnings() const;
 
 protected:
     EntityInstance(EntityInstance *parent, int depth);
@@ -85,18 +108,35 @@ protected:
     int mTime = 0;
 
 private:
+    friend class SubEntityInstance;
+
     void rebuild();
+    /// Poses this instance's shown sub-entities at what the current pose's
+    /// keys ask for, without going further down.
+    void poseSubEntities();
     void reportNestingLimit();
+    void reportInstanceLimit();
 
     Entity *mEntity = nullptr;
     Animation *mAnimation = nullptr;
     EntityInstance *mParent = nullptr;
+    EntityInstance *mRoot = this; // the top-level instance; it keeps the counts
     int mDepth = 0;
     bool mDirty = true;
+    // Kept by the top-level instance only.
     bool mNestingLimitReported = false;
+    bool mInstanceLimitReported = false;
+    int mLiveSubEntities = 0;
+    QStringList mWarnings;
+
     PoseEvaluator mEvaluator;
     Pose mPose;
     std::vector<std::unique_ptr<SubEntityInstance>> mSubEntities;
+    // Index into mSubEntities per timeline of the animation, -1 for none.
+    std::vector<int> mSubOfTimeline;
+    // The instances still to pose in `refreshSubEntities`, kept so that
+    // re-posing does not allocate.
+    std::vector<EntityInstance *> mQueue;
 };
 
 /// The instance that an object of the sub-entity type plays inside its
@@ -108,6 +148,7 @@ class SubEntityInstance : public EntityInstance
 {
 public:
     SubEntityInstance(EntityInstance *parent, int timelineIndex);
+    ~SubEntityInstance() override;
 
     /// The parent animation's timeline that this instance belongs to.
     int timelineIndex() const { return mTimelineIndex; }
@@ -129,6 +170,12 @@ public:
     void refreshSubEntity(const EntityInfo &info);
 
 private:
+    friend class EntityInstance;
+
+    /// Takes the animation and, with the time-ratio method, the time that
+    /// `info` asks for, without posing.
+    void follow(const EntityInfo &info);
+
     int mTimelineIndex;
     bool mShown = false;
     EntityInfo mInfo;

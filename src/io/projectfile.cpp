@@ -355,7 +355,8 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
             }
             destination = freeName(destination, claimed);
             claimed.append(destination);
-            if (QFileInfo::exists(source)) {
+            // Regular files only: copying a FIFO would wait for a writer for ever.
+            if (QFileInfo(source).isFile()) {
                 QDir().mkpath(QFileInfo(destination).absolutePath());
                 if (!QFile::copy(source, destination))
                     notes.append(QStringLiteral("Could not copy \"%1\" to \"%2\"")

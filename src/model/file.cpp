@@ -3,12 +3,12 @@
 #include "model/file.h"
 
 #include "model/folder.h"
+#include "model/imagecache.h"
 #include "model/rigxdata.h"
 
-#include <QColor>
-#include <QFileInfo>
-#include <QImageReader>
-#include <QPainter>
+#include <QFile>
+
+#include <sys/stat.h>
 
 namespace Morvane {
 
@@ -59,24 +59,28 @@ void File::setSize(int width, int height)
 
 const QImage &File::image() const
 {
-    if (mImage.isNull())
-        const_cast<File *>(this)->setPlaceholderImage();
+    if (!mImage.isNull())
+        return mImage;
+    RigxData *doc = document();
+    if (mLoaded) {
+        if (doc) {
+            mImage = doc->imageCache().image(mImagePath, mName);
+        } else {
+            // Not in a project: no budget to share, read it alone.
+            ImageCache alone;
+            mImage = alone.image(mImagePath, mName);
+        }
+        if (!mImage.isNull())
+            return mImage;
+    }
+    const QSize size(mWidth, mHeight);
+    mImage = doc ? doc->imageCache().placeholder(size) : ImageCache::makePlaceholder(size);
     return mImage;
 }
 
 void File::setPlaceholderImage()
 {
-    // A visible stand-in: grey box with a cross, so a missing image can still
-    // be selected and moved.
-    QImage placeholder(qMax(1, mWidth), qMax(1, mHeight), QImage::Format_ARGB32_Premultiplied);
-    placeholder.fill(QColor(128, 128, 128, 160));
-    QPainter p(&placeholder);
-    p.setPen(QColor(200, 40, 40));
-    p.drawRect(0, 0, placeholder.width() - 1, placeholder.height() - 1);
-    p.drawLine(0, 0, placeholder.width() - 1, placeholder.height() - 1);
-    p.drawLine(0, placeholder.height() - 1, placeholder.width() - 1, 0);
-    p.end();
-    mImage = placeholder;
+    mImage = QImage();
     mLoaded = false;
 }
 
@@ -84,28 +88,30 @@ bool File::refreshPixmapToFile(const QString &fullPath)
 {
     if (!isImage())
         return false;
-    QImageReader reader(fullPath);
-    // Guard against decompression bombs from a hostile project folder.
-    const QSize size = reader.size();
-    if (size.isValid() && qint64(size.width()) * size.height() > 16384LL * 16384LL) {
+    mImage = QImage();
+    mImagePath = ImageCache::cleanPath(fullPath);
+    QString why;
+    const QSize size = ImageCache::imageSize(mImagePath, &why);
+    mProblem.clear();
+    if (!why.isEmpty()) {
+        mProblem = QStringLiteral("Image \"%1\" %2; it is shown as missing.").arg(mName, why);
+        qWarning("%s", qPrintable(mProblem));
+    }
+    if (!size.isValid()) {
         mLoaded = false;
         return false;
     }
-    QImage img = reader.read();
-    if (img.isNull()) {
-        mLoaded = false;
-        return false;
-    }
-    mImage = img;
-    mWidth = img.width();
-    mHeight = img.height();
+    mWidth = size.width();
+    mHeight = size.height();
     mLoaded = true;
     return true;
 }
 
 bool File::fileStillValid() const
 {
-    return QFileInfo::exists(fullPath());
+    struct stat status;
+    return ::stat(QFile::encodeName(fullPath()).constData(), &status) == 0 &&
+           S_ISREG(status.st_mode);
 }
 
 QString File::fullPath() const

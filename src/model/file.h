@@ -15,8 +15,12 @@ class Folder;
 
 /// One image or sound of the project, named by its path relative to the
 /// project directory. Holds the default pivot (0..1, y from the top edge) and
-/// the pixel size of the loaded image; a file whose image does not load keeps
-/// the placeholder size 123 x 128.
+/// the pixel size of its image; a file whose image cannot be read keeps the
+/// placeholder size 123 x 128.
+///
+/// Loading a file reads only its image's size from the header; the pixels are
+/// decoded when something asks for `image()`, through the document's
+/// `ImageCache` (once per image and within its pixel budget).
 class File : public MorvaneModelItem
 {
 public:
@@ -27,8 +31,8 @@ public:
     /// Process-wide id counter, never reset during a run.
     static int nextUniqueId;
 
-    /// Loads the image from `projectDirectory` joined with `name` (unless the
-    /// file is a sound). With `withoutId` the file gets id -1.
+    /// Reads the image's size from `projectDirectory` joined with `name` (unless
+    /// the file is a sound). With `withoutId` the file gets id -1.
     File(const QString &name, double pivotX = 0.0, double pivotY = 0.0, int type = Image,
          const QString &projectDirectory = QString(), bool withoutId = false);
     ~File() override;
@@ -51,16 +55,25 @@ public:
     int height() const { return mHeight; }
     void setSize(int width, int height);
 
-    /// The loaded image; a placeholder of the placeholder size when missing.
+    /// The image, decoded on the first call; a placeholder of the file's size
+    /// (at most `ImageCache::MaxPlaceholderSide` a side) when it is missing,
+    /// cannot be decoded or does not fit the project's pixel budget.
     const QImage &image() const;
+    /// Whether the image file was found and its size read (false: missing).
     bool imageLoaded() const { return mLoaded; }
-    /// Loads the image from `fullPath`; on failure keeps the current size and
-    /// marks the file missing. Returns whether it loaded.
+    /// Why the image counts as missing although something is there ("Image
+    /// \"a.png\" is a FIFO, not an image file; ..."), empty otherwise. Also given
+    /// as a warning when found.
+    QString imageProblem() const { return mProblem; }
+    /// Reads the image's size from `fullPath`, which the image then comes from;
+    /// on failure keeps the current size and marks the file missing. Decodes no
+    /// pixels. Returns whether the size was read.
     bool refreshPixmapToFile(const QString &fullPath);
-    /// Reloads from the file's own full path.
+    /// Reads again from the file's own full path.
     bool refreshPixmap() { return refreshPixmapToFile(fullPath()); }
-    /// Whether the image can still be found on disk.
+    /// Whether the image is still on disk as a regular file (links followed).
     bool fileStillValid() const;
+    /// Shows the placeholder from now on.
     void setPlaceholderImage();
 
     /// The project directory (from the document) joined with the name.
@@ -88,8 +101,10 @@ private:
     int mType = Image;
     int mId = -1;
     AddressWrapper mLinked;
-    mutable QImage mImage;
+    mutable QImage mImage; // null until asked for
     bool mLoaded = false;
+    QString mImagePath; // clean absolute path the image is read from
+    QString mProblem;
     QString mName;
     QString mProjectDirectory; // used until the file is attached to a document
     Address mRedirect;         // empty: shows itself

@@ -115,6 +115,7 @@ void RigxData::clearFiles()
 {
     mFolders.clear();
     mMissingImages.clear();
+    mImageCache.clear();
 }
 
 File *RigxData::file(int folderIndex, int fileIndex) const
@@ -382,6 +383,7 @@ QString RigxData::validatePath(const QString &path, bool stripProjectDirectory) 
 
 void RigxData::refreshAllPixmaps()
 {
+    mImageCache.clear();
     for (const auto &f : mFolders)
         f->refreshAllPixmaps();
 }

@@ -4,6 +4,7 @@
 
 #include "meta/tagmanager.h"
 #include "model/address.h"
+#include "model/imagecache.h"
 #include "model/morvanemodelitem.h"
 
 #include <QMap>
@@ -140,7 +141,10 @@ public:
     /// project directory is removed when `stripProjectDirectory` (and a path
     /// is set), and leading "/" go.
     QString validatePath(const QString &path, bool stripProjectDirectory = true) const;
+    /// Reads every image again (the decoded ones are forgotten).
     void refreshAllPixmaps();
+    /// The project's decoded images: each once, within a pixel budget.
+    ImageCache &imageCache() { return mImageCache; }
 
     // Files. These forward to ProjectFile (src/io) with its default host and save options;
     // the form follows the extension ("rigx" or "rigj", any case).
@@ -201,6 +205,7 @@ private:
     std::vector<std::unique_ptr<Folder>> mFolders;
     std::vector<std::unique_ptr<Entity>> mEntities;
     QStringList mMissingImages;
+    ImageCache mImageCache;
 };
 
 } // namespace Morvane

@@ -13,6 +13,8 @@ list(APPEND MORVANE_CORE_SOURCES
     model/file.h
     model/folder.cpp
     model/folder.h
+    model/imagecache.cpp
+    model/imagecache.h
     model/mainlinekey.cpp
     model/mainlinekey.h
     model/morvanemodelitem.cpp

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/entityinstance.h"
 #include "evaltesthelpers.h"
+#include "io/projectfile.h"
 
 #include <QTest>
 
@@ -45,14 +46,16 @@ struct SubRig
     Timeline *sub = nullptr;
 };
 
-int sWarnings = 0;
-QtMessageHandler sPreviousHandler = nullptr;
-
-void countWarnings(QtMsgType type, const QMessageLogContext &context, const QString &message)
+/// How many sub-entity instances each level below `instance` holds.
+void countLevels(const EntityInstance &instance, QList<int> *levels)
 {
-    if (type == QtWarningMsg)
-        ++sWarnings;
-    sPreviousHandler(type, context, message);
+    for (int i = 0; i < instance.subEntityCount(); ++i) {
+        const SubEntityInstance *sub = instance.subEntity(i);
+        while (levels->size() < sub->depth())
+            levels->append(0);
+        ++(*levels)[sub->depth() - 1];
+        countLevels(*sub, levels);
+    }
 }
 
 } // namespace
@@ -71,6 +74,8 @@ private slots:
     void zeroStepDoesNothing();
     void subEntityHiddenWithoutReference();
     void selfContainingEntityStops();
+    void instanceBudget_data();
+    void instanceBudget();
     void curvedCurrentTime();
     void invalidateReadsEdits();
 };
@@ -243,20 +248,69 @@ void TstEntityInstance::selfContainingEntityStops()
     k->entityInfo().timeRatio = 0.5;
     rig.link();
 
-    sWarnings = 0;
-    sPreviousHandler = qInstallMessageHandler(countWarnings);
     EntityInstance instance(rig.entity);
     instance.setCurrentTime(0);
     instance.setCurrentTime(10);
     instance.advanceTime(16);
-    qInstallMessageHandler(sPreviousHandler);
 
-    QCOMPARE(sWarnings, 1);
+    QCOMPARE(instance.warnings().size(), 1);
+    QVERIFY(instance.warnings().first().contains(QLatin1String("deeper than 8 levels")));
     QVERIFY(instance.nestingLimitReached());
+    QVERIFY(!instance.instanceLimitReached());
+    QCOMPARE(instance.subEntityInstanceCount(), EntityInstance::MaxNestingDepth);
     int levels = 0;
     for (const EntityInstance *i = &instance; i->subEntityCount() > 0; i = i->subEntity(0))
         ++levels;
     QCOMPARE(levels, EntityInstance::MaxNestingDepth);
+}
+
+void TstEntityInstance::instanceBudget_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QList<int>>("levels");
+
+    // Copies multiply per level; the budget fills the upper levels whole and
+    // leaves the rest of the first level it cannot finish (2000 in all).
+    QTest::newRow("five copies of itself")
+        << QStringLiteral("self-copies-5.rigx") << QList<int>{5, 25, 125, 625, 1220};
+    QTest::newRow("six copies of itself")
+        << QStringLiteral("self-copies-6.rigx") << QList<int>{6, 36, 216, 1296, 446};
+    QTest::newRow("nine entities, six copies of the next each, no cycle")
+        << QStringLiteral("fanout-chain.rigx") << QList<int>{6, 36, 216, 1296, 446};
+}
+
+void TstEntityInstance::instanceBudget()
+{
+    QFETCH(QString, file);
+    QFETCH(QList<int>, levels);
+
+    RigxData document;
+    QString error;
+    QVERIFY2(ProjectFile::open(&document, QStringLiteral(MORVANE_TEST_DATA_DIR "/hostile/") + file,
+                               nullptr, &error),
+             qPrintable(error));
+    EntityInstance instance(document.entity(0));
+    instance.setCurrentTime(0);
+    instance.advanceTime(16);
+    instance.setCurrentTime(700);
+
+    QCOMPARE(instance.subEntityInstanceCount(), EntityInstance::MaxSubEntityInstances);
+    QList<int> counted;
+    countLevels(instance, &counted);
+    QCOMPARE(counted, levels);
+    QVERIFY(instance.instanceLimitReached());
+    QVERIFY(!instance.nestingLimitReached());
+    QCOMPARE(instance.warnings().size(), 1);
+    QVERIFY(instance.warnings().first().contains(QLatin1String("more than 2000 sub-entity")));
+
+    // The deepest instances made are placeholders' parents: shown, posed, and
+    // without children of their own.
+    const EntityInstance *deepest = &instance;
+    while (deepest->subEntityCount() > 0)
+        deepest = deepest->subEntity(0);
+    QCOMPARE(deepest->depth(), levels.size());
+    QVERIFY(!deepest->pose().objects.empty());
+    QCOMPARE(deepest->subEntityForTimeline(0), nullptr);
 }
 
 void TstEntityInstance::curvedCurrentTime()
