@@ -299,6 +299,14 @@ void MorvaneWindow::setupConnections()
     connect(mUi->actionGrey, &QAction::triggered, this,
             [this] { setCanvasBackground(Qt::lightGray); });
     connect(mUi->actionHelp, &QAction::triggered, this, &MorvaneWindow::showTutorialDialog);
+    connect(mUi->actionExit, &QAction::triggered, this, &QWidget::close);
+    connect(mUi->actionCenterView, &QAction::triggered, this,
+            [this] { mUi->graphicsView->centerOn(0, 0); });
+    connect(mUi->actionZoom_In, &QAction::triggered, this,
+            [this] { setZoom(qMin(10000, mZoomPercent * 5 / 4 + 1)); });
+    connect(mUi->actionZoom_Out, &QAction::triggered, this,
+            [this] { setZoom(qMax(1, mZoomPercent * 4 / 5)); });
+    connect(mUi->actionRestore_Zoom, &QAction::triggered, this, [this] { setZoom(100); });
 }
 
 void MorvaneWindow::setupShorcuts()
@@ -390,11 +398,6 @@ void MorvaneWindow::on_actionCustom_Save_Options_triggered()
     dialog->open();
 }
 
-void MorvaneWindow::on_actionExit_triggered()
-{
-    close();
-}
-
 void MorvaneWindow::on_actionSettings_triggered()
 {
     auto *dialog = new MorvaneSettingsDialog(this);
@@ -410,30 +413,10 @@ void MorvaneWindow::on_actionSettings_triggered()
     delete dialog;
 }
 
-void MorvaneWindow::on_actionCenterView_triggered()
-{
-    mUi->graphicsView->centerOn(0, 0);
-}
-
 void MorvaneWindow::setZoom(int percent)
 {
     mZoomPercent = percent;
     mUi->graphicsView->setTransform(QTransform::fromScale(percent / 100.0, percent / 100.0));
-}
-
-void MorvaneWindow::on_actionZoom_In_triggered()
-{
-    setZoom(qMin(10000, mZoomPercent * 5 / 4 + 1));
-}
-
-void MorvaneWindow::on_actionZoom_Out_triggered()
-{
-    setZoom(qMax(1, mZoomPercent * 4 / 5));
-}
-
-void MorvaneWindow::on_actionRestore_Zoom_triggered()
-{
-    setZoom(100);
 }
 
 void MorvaneWindow::on_actionDisable_Open_GL_requires_restart_triggered(bool checked)

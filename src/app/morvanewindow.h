@@ -67,12 +67,7 @@ protected:
 
 private slots:
     void on_actionCustom_Save_Options_triggered();
-    void on_actionExit_triggered();
     void on_actionSettings_triggered();
-    void on_actionCenterView_triggered();
-    void on_actionZoom_In_triggered();
-    void on_actionZoom_Out_triggered();
-    void on_actionRestore_Zoom_triggered();
     void on_actionDisable_Open_GL_requires_restart_triggered(bool checked);
     void on_actionColorBackground_triggered();
     void on_actionAlways_Play_Subentities_triggered(bool checked);

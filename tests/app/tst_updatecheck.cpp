@@ -157,6 +157,10 @@ void TestUpdateCheck::resultGoesToOpenSettingsDialog()
     window.ui()->actionSettings->trigger();
     QCOMPARE(status, QString("Update check successful.  No new updates."));
     QCOMPARE(statusBarText, QString());
+    // With the dialog gone, the result reaches the window's status bar.
+    window.updateChecker()->checkForStableUpdate();
+    QTRY_COMPARE(window.statusBar()->currentMessage(),
+                 QString("Update check successful.  You already have the latest version."));
 }
 
 void TestUpdateCheck::updateDialogTexts()
