@@ -87,6 +87,9 @@ bool AutoSaver::start()
         *ok = file.open(QIODevice::WriteOnly) && file.write(*snapshot) == snapshot->size()
               && file.commit();
     });
+    // Owned, so a copy still being written when the saver goes is waited for
+    // and then deleted with it.
+    worker->setParent(this);
     mThread = worker;
     connect(worker, &QThread::finished, this, [this, worker, target, ok, changeCount] {
         worker->deleteLater();
