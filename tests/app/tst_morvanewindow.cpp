@@ -1,49 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "apptesthelpers.h"
-#include "morvanesettings.h"
+#include "autosaver.h"
+#include "keyshortcutdockwidget.h"
 #include "morvanewindow.h"
+#include "projectcontroller.h"
 #include "ui_morvanewindow.h"
 
-#include <QAbstractButton>
-#include <QFile>
 #include <QMenuBar>
 #include <QStatusBar>
-#include <QMessageBox>
-#include <QSettings>
-#include <QTemporaryDir>
+#include <QTableWidget>
 #include <QTest>
 #include <QTimer>
 #include <QUndoStack>
 
 using namespace Morvane;
-
-namespace {
-
-// Makes the undo stack dirty without touching any document.
-class DirtyCommand : public QUndoCommand
-{
-public:
-    DirtyCommand()
-        : QUndoCommand(QStringLiteral("dirty"))
-    {
-    }
-};
-
-QString clickInMessageBox(QWidget *modal, QMessageBox::StandardButton button)
-{
-    auto *box = qobject_cast<QMessageBox *>(modal);
-    if (!box)
-        return QString();
-    const QString text = box->windowTitle() + QLatin1Char('|') + box->text();
-    if (QAbstractButton *target = box->button(button))
-        target->click();
-    else
-        box->reject();
-    return text;
-}
-
-} // namespace
 
 class TestMorvaneWindow : public QObject
 {
@@ -55,38 +26,27 @@ private slots:
     void identityAndTitle();
     void actions_data();
     void actions();
-    void hiddenActionsStayHidden();
-    void menusInBarOrder();
-    void ignoredArguments_data();
-    void ignoredArguments();
-    void recentFiles();
+    void menusAndShortcutList();
+    void unopenedArguments_data();
+    void unopenedArguments();
     void recentFilesRestoredAtStart();
-    void cleanStackAsksNothing();
-    void verifySaveChangedTexts_data();
-    void verifySaveChangedTexts();
     void cancelKeepsWindowAndSettings();
     void closeWritesSettings();
-    void autoSaveTimerFollowsSettings_data();
-    void autoSaveTimerFollowsSettings();
     void backgroundColours();
-    void autoSaveStatusText();
     void settingsLocatorsFollowWindow();
 
 private:
-    QTemporaryDir *mDir = nullptr;
+    Test::AppFixture mFixture;
 };
 
 void TestMorvaneWindow::init()
 {
-    Test::useTestSettings();
-    MorvaneSettings::resetToDefaults();
-    mDir = new QTemporaryDir;
+    mFixture.init();
 }
 
 void TestMorvaneWindow::cleanup()
 {
-    delete mDir;
-    mDir = nullptr;
+    mFixture.cleanup();
 }
 
 void TestMorvaneWindow::identityAndTitle()
@@ -104,6 +64,16 @@ void TestMorvaneWindow::identityAndTitle()
     QVERIFY(window.ui()->actionLoad_Project->isEnabled());
     // No GL context exists on the offscreen platform.
     QCOMPARE(window.ui()->graphicsView->property("openGLViewport").toBool(), false);
+    // Autosave is on every five minutes by default.
+    QVERIFY(window.autoSaver()->timer()->isActive());
+    QCOMPARE(window.autoSaver()->timer()->interval(), 5 * 60000);
+    // Hidden for good by this build.
+    for (QAction *hidden : {window.ui()->actionAlways_Play_Subentities,
+                            window.ui()->actionExport_Baked_Project,
+                            window.ui()->actionBatch_Export_To_PNG_GIF,
+                            window.ui()->actionSave_Project_As_Legacy})
+        QVERIFY(!hidden->isVisible());
+    QVERIFY(window.ui()->actionSave_New_Version->isVisible());
 }
 
 void TestMorvaneWindow::actions_data()
@@ -159,19 +129,7 @@ void TestMorvaneWindow::actions()
     QCOMPARE(action->shortcut(), shortcut);
 }
 
-void TestMorvaneWindow::hiddenActionsStayHidden()
-{
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    QVERIFY(!window.ui()->actionAlways_Play_Subentities->isVisible());
-    QVERIFY(!window.ui()->actionExport_Baked_Project->isVisible());
-    QVERIFY(!window.ui()->actionBatch_Export_To_PNG_GIF->isVisible());
-    QVERIFY(!window.ui()->actionSave_Project_As_Legacy->isVisible());
-    QVERIFY(window.ui()->actionSave_New_Version->isVisible());
-    QCOMPARE(window.ui()->actionRotation_Snapping->statusTip(),
-             QString("Lock rotation to 45 degree angles"));
-}
-
-void TestMorvaneWindow::menusInBarOrder()
+void TestMorvaneWindow::menusAndShortcutList()
 {
     MorvaneWindow window(QStringLiteral("r4.1"), {});
     QStringList titles;
@@ -186,127 +144,70 @@ void TestMorvaneWindow::menusInBarOrder()
     QCOMPARE(help.at(example - 1)->text(), QString("Shortcut List"));
     QCOMPARE(help.at(example - 1)->shortcut(), QKeySequence("Shift+Esc"));
 
-    // The form's placeholder is gone; seven hidden slots carry their index.
-    const QList<QAction *> recent = window.ui()->menuOpen_Recent_Project->actions();
-    QCOMPARE(recent.size(), 7);
-    for (int i = 0; i < recent.size(); ++i) {
-        QCOMPARE(recent.at(i)->data().toInt(), i);
-        QVERIFY(!recent.at(i)->isVisible());
+    // It starts closed and floating, listing the actions' final keys by text.
+    auto *dock = window.findChild<KeyShortcutDockWidget *>();
+    QVERIFY(dock->isFloating());
+    QVERIFY(!dock->isVisible());
+    QStringList texts;
+    QStringList rows;
+    for (int row = 0; row < dock->table()->rowCount(); ++row) {
+        texts << dock->table()->item(row, 0)->text();
+        rows << texts.last() + QLatin1Char('=') + dock->table()->item(row, 1)->text();
     }
+    QVERIFY(rows.contains(QStringLiteral("Save Project=")
+                          + QKeySequence(QKeySequence::Save).toString(QKeySequence::NativeText)));
+    QVERIFY(rows.contains(QStringLiteral("Shortcut List=Shift+Esc")));
+    QStringList sorted = texts;
+    sorted.sort();
+    QCOMPARE(texts, sorted);
 }
 
-void TestMorvaneWindow::ignoredArguments_data()
+void TestMorvaneWindow::unopenedArguments_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("create");
-    QTest::newRow("upper case") << "hero.RIGX" << true;
-    QTest::newRow("missing") << "gone.rigx" << false;
-    QTest::newRow("other ending") << "hero.xml" << true;
+    QTest::addColumn<bool>("reported");
+    QTest::newRow("upper case is ignored") << "hero.RIGX" << true << false;
+    QTest::newRow("missing is reported") << "gone.rigx" << false << true;
 }
 
-void TestMorvaneWindow::ignoredArguments()
+void TestMorvaneWindow::unopenedArguments()
 {
     QFETCH(QString, name);
     QFETCH(bool, create);
-    const QString path = mDir->filePath(name);
-    if (create) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<morvane_data/>\n");
-    }
+    QFETCH(bool, reported);
+    const QString path = mFixture.path(name);
+    if (create)
+        QVERIFY(Test::writeFile(path, "<morvane_data/>\n"));
+    const QString message = QStringLiteral("Cannot open %1: the file does not exist.").arg(path);
+    if (reported)
+        QTest::ignoreMessage(QtWarningMsg, qPrintable(message));
     MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
     QCOMPARE(window.projectFilePath(), QString());
-    QCOMPARE(window.windowTitle(), QString("Morvane          [Unsaved Project]"));
-    QVERIFY(window.recentFiles().isEmpty());
-}
-
-void TestMorvaneWindow::recentFiles()
-{
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    for (int i = 0; i < 7; ++i)
-        window.addRecentFile(QStringLiteral("/p/%1.rigx").arg(i));
-    QCOMPARE(window.recentFiles().size(), 7);
-    QCOMPARE(window.recentFiles().first(), QString("/p/6.rigx"));
-
-    // Reopening moves the entry to the top without duplicating it.
-    window.addRecentFile(QStringLiteral("/p/2.rigx"));
-    QCOMPARE(window.recentFiles().size(), 7);
-    QCOMPARE(window.recentFiles().first(), QString("/p/2.rigx"));
-    QCOMPARE(window.recentFiles().count(QStringLiteral("/p/2.rigx")), 1);
-
-    // An eighth distinct file pushes the oldest out.
-    window.addRecentFile(QStringLiteral("/p/7.rigx"));
-    QCOMPARE(window.recentFiles().size(), 7);
-    QVERIFY(!window.recentFiles().contains(QStringLiteral("/p/0.rigx")));
-    QCOMPARE(window.recentFiles(),
-             QStringList({"/p/7.rigx", "/p/2.rigx", "/p/6.rigx", "/p/5.rigx", "/p/4.rigx",
-                          "/p/3.rigx", "/p/1.rigx"}));
-
-    const QList<QAction *> actions = window.ui()->menuOpen_Recent_Project->actions();
-    for (int i = 0; i < 7; ++i) {
-        QVERIFY(actions.at(i)->isVisible());
-        QCOMPARE(actions.at(i)->text(), window.recentFiles().at(i));
-    }
+    QCOMPARE(window.windowTitle(), Test::windowTitle(QString()));
+    QVERIFY(window.project()->recentFiles().isEmpty());
+    QCOMPARE(window.statusBar()->currentMessage(), reported ? message : QString());
 }
 
 void TestMorvaneWindow::recentFilesRestoredAtStart()
 {
     QSettings().setValue("recentFiles", QStringList({"/a.rigx", "/b.rigj"}));
     MorvaneWindow window(QStringLiteral("r4.1"), {});
-    QCOMPARE(window.recentFiles(), QStringList({"/a.rigx", "/b.rigj"}));
+    QCOMPARE(window.project()->recentFiles(), QStringList({"/a.rigx", "/b.rigj"}));
     const QList<QAction *> actions = window.ui()->menuOpen_Recent_Project->actions();
-    QVERIFY(actions.at(1)->isVisible());
+    QCOMPARE(actions.size(), 7);
     QCOMPARE(actions.at(1)->text(), QString("/b.rigj"));
     QVERIFY(!actions.at(2)->isVisible());
-}
-
-void TestMorvaneWindow::cleanStackAsksNothing()
-{
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    Test::ModalAnswerer answerer([](QWidget *modal) { clickInMessageBox(modal, QMessageBox::Cancel); });
-    QVERIFY(window.verifySaveChanged(QStringLiteral("exiting")));
-    QTest::qWait(50);
-    QVERIFY(!answerer.answered());
-}
-
-void TestMorvaneWindow::verifySaveChangedTexts_data()
-{
-    QTest::addColumn<QString>("what");
-    QTest::addColumn<int>("button");
-    QTest::addColumn<bool>("expected");
-    QTest::newRow("exiting, cancel") << "exiting" << int(QMessageBox::Cancel) << false;
-    QTest::newRow("loading, no") << "loading a project" << int(QMessageBox::No) << true;
-    QTest::newRow("recent, cancel") << "loading the project project" << int(QMessageBox::Cancel)
-                                    << false;
-    QTest::newRow("new, no") << "creating a new project" << int(QMessageBox::No) << true;
-}
-
-void TestMorvaneWindow::verifySaveChangedTexts()
-{
-    QFETCH(QString, what);
-    QFETCH(int, button);
-    QFETCH(bool, expected);
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    window.undoStack()->push(new DirtyCommand);
-    QString seen;
-    Test::ModalAnswerer answerer([&](QWidget *modal) {
-        seen = clickInMessageBox(modal, QMessageBox::StandardButton(button));
-    });
-    QCOMPARE(window.verifySaveChanged(what), expected);
-    QCOMPARE(seen, QString(QStringLiteral("Save changes?|You have unsaved changes, would you like "
-                                          "to save before ")
-                           + what + QStringLiteral("?")));
-    window.undoStack()->setClean();
 }
 
 void TestMorvaneWindow::cancelKeepsWindowAndSettings()
 {
     auto *window = new MorvaneWindow(QStringLiteral("r4.1"), {});
-    window->addRecentFile(QStringLiteral("/p/a.rigx"));
-    window->undoStack()->push(new DirtyCommand);
+    window->project()->addRecentFile(QStringLiteral("/p/a.rigx"));
+    window->undoStack()->push(new Test::DirtyCommand);
     QString seen;
     Test::ModalAnswerer answerer(
-        [&](QWidget *modal) { seen = clickInMessageBox(modal, QMessageBox::Cancel); });
+        [&](QWidget *modal) { seen = Test::clickInMessageBox(modal, QMessageBox::Cancel); });
     QVERIFY(!window->close());
     QVERIFY(seen.endsWith(QStringLiteral("before exiting?")));
     QVERIFY(window->isVisible());
@@ -321,8 +222,8 @@ void TestMorvaneWindow::closeWritesSettings()
 {
     {
         MorvaneWindow window(QStringLiteral("r4.1"), {});
-        window.addRecentFile(QStringLiteral("/p/a.rigx"));
-        window.addRecentFile(QStringLiteral("/p/b.rigx"));
+        window.project()->addRecentFile(QStringLiteral("/p/a.rigx"));
+        window.project()->addRecentFile(QStringLiteral("/p/b.rigx"));
         QVERIFY(window.close());
     }
     QSettings store;
@@ -330,35 +231,6 @@ void TestMorvaneWindow::closeWritesSettings()
     QVERIFY(!store.value("morvaneWindowGeometry").toByteArray().isEmpty());
     QVERIFY(!store.value("morvaneWindowState").toByteArray().isEmpty());
     QVERIFY(store.contains("lastDirectory"));
-}
-
-void TestMorvaneWindow::autoSaveTimerFollowsSettings_data()
-{
-    QTest::addColumn<bool>("enabled");
-    QTest::addColumn<int>("minutes");
-    QTest::addColumn<bool>("running");
-    QTest::newRow("default five minutes") << true << 5 << true;
-    QTest::newRow("zero minutes") << true << 0 << false;
-    QTest::newRow("disabled") << false << 5 << false;
-}
-
-void TestMorvaneWindow::autoSaveTimerFollowsSettings()
-{
-    QFETCH(bool, enabled);
-    QFETCH(int, minutes);
-    QFETCH(bool, running);
-    QSettings().setValue("autoSaveEnabled", enabled);
-    QSettings().setValue("autoSaveInterval", minutes);
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    QCOMPARE(window.autoSaveTimer()->isActive(), running);
-    if (running)
-        QCOMPARE(window.autoSaveTimer()->interval(), minutes * 60000);
-
-    // Re-applying after a settings change starts or stops it the same way.
-    MorvaneSettings::autoSaveEnabled = !enabled;
-    MorvaneSettings::autoSaveInterval = 2;
-    window.applyAutoSaveSettings();
-    QCOMPARE(window.autoSaveTimer()->isActive(), !enabled);
 }
 
 void TestMorvaneWindow::backgroundColours()
@@ -375,18 +247,6 @@ void TestMorvaneWindow::backgroundColours()
     QCOMPARE(window.canvasBackground(), QColor(Qt::lightGray));
 }
 
-void TestMorvaneWindow::autoSaveStatusText()
-{
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    window.updateAutoSaveStatus(3, 40);
-    QCOMPARE(window.statusBar()->currentMessage(), QString("AutoSaving... (40%)"));
-    window.updateAutoSaveStatus(1, -1);
-    QCOMPARE(window.statusBar()->currentMessage(), QString("AutoSaving."));
-    window.statusBar()->showMessage(QStringLiteral("Changes made. Restarting AutoSave..."));
-    window.updateAutoSaveStatus(2, 10);
-    QCOMPARE(window.statusBar()->currentMessage(), QString("Changes made. Restarting AutoSave..."));
-}
-
 void TestMorvaneWindow::settingsLocatorsFollowWindow()
 {
     {
@@ -395,8 +255,8 @@ void TestMorvaneWindow::settingsLocatorsFollowWindow()
         QVERIFY(MorvaneSettings::tagManager());
         // Commands reach the window's stack, and macros group them.
         MorvaneSettings::beginUndoMacro(QStringLiteral("both"));
-        MorvaneSettings::pushUndo(new DirtyCommand);
-        MorvaneSettings::pushUndo(new DirtyCommand);
+        MorvaneSettings::pushUndo(new Test::DirtyCommand);
+        MorvaneSettings::pushUndo(new Test::DirtyCommand);
         MorvaneSettings::endUndoMacro();
         QCOMPARE(window.undoStack()->count(), 1);
         QCOMPARE(window.undoStack()->text(0), QString("both"));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "imagecoderpath.h"
 #include "projectnaming.h"
 
 #include <QDir>
@@ -16,11 +17,12 @@ class TestProjectNaming : public QObject
 private slots:
     void nextVersion_data();
     void nextVersion();
-    void nextVersionOnDisk();
     void autoSaveName_data();
     void autoSaveName();
     void openableArgument_data();
     void openableArgument();
+    void imageCoders_data();
+    void imageCoders();
 };
 
 void TestProjectNaming::nextVersion_data()
@@ -33,10 +35,6 @@ void TestProjectNaming::nextVersion_data()
                                 << "/p/walk_000.rigx";
     QTest::newRow("counter continues") << "/p/walk_007.rigx" << QStringList{"/p/walk_007.rigx"}
                                        << "/p/walk_008.rigx";
-    QTest::newRow("counter skips taken")
-        << "/p/walk_007.rigx"
-        << QStringList{"/p/walk_007.rigx", "/p/walk_008.rigx", "/p/walk_009.rigx"}
-        << "/p/walk_010.rigx";
     QTest::newRow("letters are no counter") << "/p/walk_ab1.rigx" << QStringList{}
                                             << "/p/walk_ab1_000.rigx";
     QTest::newRow("first free from zero") << "/p/walk.rigx"
@@ -57,20 +55,6 @@ void TestProjectNaming::nextVersion()
     const QString result =
         nextVersionPath(path, [&existing](const QString &candidate) { return existing.contains(candidate); });
     QCOMPARE(result, expected);
-}
-
-void TestProjectNaming::nextVersionOnDisk()
-{
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString walk = dir.filePath("walk_007.rigx");
-    for (const QString &name : {QStringLiteral("walk_007.rigx"), QStringLiteral("walk_008.rigx")}) {
-        QFile file(dir.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-    }
-    const QString next =
-        nextVersionPath(walk, [](const QString &candidate) { return QFile::exists(candidate); });
-    QCOMPARE(next, dir.filePath("walk_009.rigx"));
 }
 
 void TestProjectNaming::autoSaveName_data()
@@ -98,12 +82,15 @@ void TestProjectNaming::openableArgument_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("create");
     QTest::addColumn<bool>("expected");
-    QTest::newRow("rigx") << "a.rigx" << true << true;
-    QTest::newRow("rigj") << "a.rigj" << true << true;
-    QTest::newRow("upper case") << "a.RIGX" << true << false;
-    QTest::newRow("missing") << "b.rigx" << false << false;
-    QTest::newRow("other ending") << "a.xml" << true << false;
-    QTest::newRow("ending without dot") << "arigx" << true << true;
+    QTest::addColumn<bool>("missing");
+    QTest::newRow("rigx") << "a.rigx" << true << true << false;
+    QTest::newRow("rigj") << "a.rigj" << true << true << false;
+    QTest::newRow("upper case") << "a.RIGX" << true << false << false;
+    QTest::newRow("missing") << "b.rigx" << false << false << true;
+    QTest::newRow("missing, upper case") << "b.RIGJ" << false << false << true;
+    QTest::newRow("other ending") << "a.xml" << true << false << false;
+    QTest::newRow("missing, other ending") << "b.xml" << false << false << false;
+    QTest::newRow("ending without dot") << "arigx" << true << true << false;
 }
 
 void TestProjectNaming::openableArgument()
@@ -111,6 +98,7 @@ void TestProjectNaming::openableArgument()
     QFETCH(QString, name);
     QFETCH(bool, create);
     QFETCH(bool, expected);
+    QFETCH(bool, missing);
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     if (create) {
@@ -118,9 +106,43 @@ void TestProjectNaming::openableArgument()
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
     QCOMPARE(isOpenableProjectArgument(dir.filePath(name)), expected);
+    QCOMPARE(isMissingProjectArgument(dir.filePath(name)), missing);
     // A directory is not a project file, whatever its name.
     QVERIFY(QDir(dir.path()).mkdir("folder.rigx"));
     QVERIFY(!isOpenableProjectArgument(dir.filePath("folder.rigx")));
+}
+
+void TestProjectNaming::imageCoders_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("expected");
+    // "-" stands for the program's folder; "" for nothing set.
+    QTest::newRow("bare program") << QStringList{"morvane", "morvane-cli"} << "";
+    QTest::newRow("own libraries only") << QStringList{"morvane", "libfoo.so", "libfoo.la"} << "";
+    QTest::newRow("coder modules beside it") << QStringList{"morvane", "png.la", "png.so"} << "-";
+    QTest::newRow("a lone module") << QStringList{"morvane", "jpeg.so"} << "-";
+    QTest::newRow("coders folder") << QStringList{"morvane", "coders/"} << "-/coders";
+    QTest::newRow("a file named coders") << QStringList{"morvane", "coders"} << "";
+    QTest::newRow("module folder is no module") << QStringList{"png.so/"} << "";
+}
+
+void TestProjectNaming::imageCoders()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QString, expected);
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    for (const QString &name : files) {
+        if (name.endsWith(QLatin1Char('/'))) {
+            QVERIFY(QDir(dir.path()).mkdir(name.chopped(1)));
+        } else {
+            QFile file(dir.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+    }
+    expected.replace(QLatin1Char('-'), dir.path());
+    QCOMPARE(imageCoderPath(dir.path()), expected);
+    QCOMPARE(imageCoderPath(QString()), QString());
 }
 
 QTEST_GUILESS_MAIN(TestProjectNaming)

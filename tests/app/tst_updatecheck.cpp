@@ -7,11 +7,14 @@
 #include "testhttpserver.h"
 #include "updateaddresses.h"
 #include "updateavailabledialog.h"
+#include "updatechecker.h"
 #include "ui_morvanewindow.h"
 
 #include <QDialogButtonBox>
+#include <QNetworkAccessManager>
 #include <QNetworkProxy>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QStatusBar>
 #include <QTest>
 
@@ -103,7 +106,10 @@ void TestUpdateCheck::checkAgainstServer()
     QFETCH(bool, dialogExpected);
     mServer.setBody(body);
 
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    QWidget window;
+    QNetworkAccessManager network;
+    UpdateChecker checker(&network, &window);
+    QSignalSpy status(&checker, &UpdateChecker::statusMessage);
     QString seenTitle;
     bool seenChannel = !allUpdates;
     Test::ModalAnswerer answerer([&](QWidget *modal) {
@@ -114,16 +120,18 @@ void TestUpdateCheck::checkAgainstServer()
     });
     const int before = mServer.paths().size();
     if (allUpdates)
-        window.checkForAnyUpdate(nullptr);
+        checker.checkForAnyUpdate(nullptr);
     else
-        window.checkForStableUpdate(nullptr);
+        checker.checkForStableUpdate(nullptr);
 
     if (dialogExpected) {
         QTRY_COMPARE(seenTitle, QString("Update Available"));
         QCOMPARE(seenChannel, allUpdates);
     } else {
-        QTRY_COMPARE(window.statusBar()->currentMessage(),
-                     QString("Update check successful.  You already have the latest version."));
+        QTRY_COMPARE(status.count(), 1);
+        QCOMPARE(status.at(0).at(0).toString(),
+                 QString("Update check successful.  You already have the latest version."));
+        QCOMPARE(status.at(0).at(1).toInt(), 5000);
         QVERIFY(!answerer.answered());
     }
     QVERIFY(mServer.paths().size() > before);
@@ -149,6 +157,10 @@ void TestUpdateCheck::resultGoesToOpenSettingsDialog()
     window.ui()->actionSettings->trigger();
     QCOMPARE(status, QString("Update check successful.  No new updates."));
     QCOMPARE(statusBarText, QString());
+    // With the dialog gone, the result reaches the window's status bar.
+    window.updateChecker()->checkForStableUpdate();
+    QTRY_COMPARE(window.statusBar()->currentMessage(),
+                 QString("Update check successful.  You already have the latest version."));
 }
 
 void TestUpdateCheck::updateDialogTexts()
