@@ -188,14 +188,10 @@ void MorvaneWindow::openCommandLineProject(const QStringList &arguments)
     if (arguments.isEmpty())
         return;
     const QString path = arguments.last();
-    if (isOpenableProjectArgument(path)) {
+    // Anything that is not an existing project file is ignored without a word,
+    // as the program path (always first) must be.
+    if (isOpenableProjectArgument(path))
         mProject->loadOnOpen(path);
-    } else if (arguments.size() > 1 && isMissingProjectArgument(path)) {
-        const QString text = tr("Cannot open %1: the file does not exist.")
-                                 .arg(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
-        statusBar()->showMessage(text);
-        qWarning().noquote() << text;
-    }
 }
 
 void MorvaneWindow::setupWidgets()

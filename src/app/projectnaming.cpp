@@ -59,11 +59,4 @@ bool isOpenableProjectArgument(const QString &argument)
     return info.exists() && info.isFile();
 }
 
-bool isMissingProjectArgument(const QString &argument)
-{
-    return (argument.endsWith(QStringLiteral(".rigx"), Qt::CaseInsensitive)
-            || argument.endsWith(QStringLiteral(".rigj"), Qt::CaseInsensitive))
-           && !QFileInfo::exists(argument);
-}
-
 } // namespace Morvane

@@ -23,8 +23,4 @@ QString autoSaveFileName(const QString &projectFileName);
 // four characters are exactly "rigx" or "rigj" and the file exists.
 bool isOpenableProjectArgument(const QString &argument);
 
-// True when a command-line argument names a project file (".rigx" or ".rigj"
-// in any letter case) that is not there, so the user should be told.
-bool isMissingProjectArgument(const QString &argument);
-
 } // namespace Morvane
