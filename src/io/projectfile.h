@@ -40,6 +40,9 @@ public:
     /// directory is synced after); a failure leaves the old file as it was. Empty
     /// timelines and unused files are removed first. On success the document's path
     /// becomes `path`.
+    /// A symbolic link is kept: the file it leads to is written. A target that is not a
+    /// regular file (a device, pipe, socket or folder) is refused untouched. Temporary files
+    /// that a killed save of the same file left beside it are removed.
     static bool save(RigxData *document, const QString &path,
                      const ProjectSaveOptions &options = ProjectSaveOptions(),
                      ProjectIoHost *host = nullptr, QString *error = nullptr);
