@@ -485,9 +485,127 @@ QString ProjectFile::resolveInside(const QString &directory, const QString &rela
     return directory + QLatin1Char('/') + clean;
 }
 
+namespace {
+
+// Whether anything has the name, a dangling symbolic link included.
+bool nameTaken(const QString &path)
+{
+    struct stat status;
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0;
+}
+
+// Whether the real path `canonical` is `directory` or lies below it (both canonical).
+bool canonicalInside(const QString &canonical, const QString &directory)
+{
+    return !canonical.isEmpty() && !directory.isEmpty()
+           && (canonical == directory || canonical.startsWith(directory + QLatin1Char('/'))
+               || directory == QLatin1String("/"));
+}
+
+// The real path of `path`'s nearest existing ancestor (or of itself).
+QString canonicalExistingPart(const QString &path)
+{
+    QString current = QDir::cleanPath(path);
+    while (!current.isEmpty()) {
+        const QString canonical = QFileInfo(current).canonicalFilePath();
+        if (!canonical.isEmpty())
+            return canonical;
+        const int slash = current.lastIndexOf(QLatin1Char('/'));
+        if (slash <= 0)
+            return QString();
+        current = current.left(slash);
+    }
+    return QString();
+}
+
+// Why the image at `source` (a path inside the other project's folder) is not copied, or
+// empty when it is a regular file whose real path lies in `sourceRoot` (canonical).
+QString refusedSource(const QString &source, const QString &sourceRoot)
+{
+    const QString canonical = QFileInfo(source).canonicalFilePath();
+    if (canonical.isEmpty())
+        return QStringLiteral("it is a link that leads nowhere");
+    if (!canonicalInside(canonical, sourceRoot))
+        return QStringLiteral("it leads outside the merged project's folder");
+    struct stat status;
+    if (::stat(QFile::encodeName(canonical).constData(), &status) != 0
+        || !S_ISREG(status.st_mode))
+        return QStringLiteral("it is not a regular file");
+    return QString();
+}
+
+// Creates the folders up to `directory` unless its real path would leave `root`
+// (canonical): no folder is made through a link that leads out.
+bool makeFolderInside(const QString &directory, const QString &root)
+{
+    if (!canonicalInside(canonicalExistingPart(directory), root))
+        return false;
+    if (!QDir().mkpath(directory))
+        return false;
+    return canonicalInside(QFileInfo(directory).canonicalFilePath(), root);
+}
+
+// Copies the regular file `source` (a real path) to the new file `destination`, which must
+// not exist yet in any form, so that no link there is followed. False with the reason.
+bool copyNewFile(const QString &source, const QString &destination, QString *reason)
+{
+    const int in = ::open(QFile::encodeName(source).constData(),
+                          O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (in < 0) {
+        *reason = systemError(errno);
+        return false;
+    }
+    struct stat status;
+    if (::fstat(in, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(in);
+        *reason = QStringLiteral("it is not a regular file");
+        return false;
+    }
+    const QByteArray target = QFile::encodeName(destination);
+    const int out = ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                           0666);
+    if (out < 0) {
+        *reason = systemError(errno);
+        ::close(in);
+        return false;
+    }
+    char buffer[1 << 16];
+    bool ok = true;
+    for (;;) {
+        const ssize_t got = ::read(in, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            ok = got == 0;
+            break;
+        }
+        for (ssize_t done = 0; ok && done < got;) {
+            const ssize_t put = ::write(out, buffer + done, size_t(got - done));
+            if (put < 0 && errno == EINTR)
+                continue;
+            ok = put > 0;
+            done += put > 0 ? put : 0;
+        }
+        if (!ok)
+            break;
+    }
+    if (!ok)
+        *reason = systemError(errno);
+    ::close(in);
+    if (::close(out) != 0 && ok) {
+        ok = false;
+        *reason = systemError(errno);
+    }
+    if (!ok)
+        ::unlink(target.constData());
+    return ok;
+}
+
+} // namespace
+
 QString ProjectFile::freeName(const QString &path, const QStringList &taken)
 {
-    if (!taken.contains(path) && !QFileInfo::exists(path))
+    if (!taken.contains(path) && !nameTaken(path))
         return path;
     const int slash = path.lastIndexOf(QLatin1Char('/'));
     const int dot = path.lastIndexOf(QLatin1Char('.'));
@@ -497,7 +615,7 @@ QString ProjectFile::freeName(const QString &path, const QStringList &taken)
     const QString extension = hasExtension ? path.mid(dot) : QString();
     for (int n = 2;; ++n) {
         const QString candidate = stem + QLatin1Char('_') + QString::number(n) + extension;
-        if (!taken.contains(candidate) && !QFileInfo::exists(candidate))
+        if (!taken.contains(candidate) && !nameTaken(candidate))
             return candidate;
     }
 }
@@ -541,7 +659,11 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
     }
 
     // Copy every image and remember which file of this project replaces it; refused files
-    // map to null and their keys show nothing.
+    // map to null and their keys show nothing. Links are followed only where they stay
+    // inside: the real path of what is read lies in the other project's folder, the real
+    // path of what is written in this one's.
+    const QString sourceRoot = QFileInfo(sourceDirectory).canonicalFilePath();
+    const QString targetRoot = QFileInfo(targetDirectory).canonicalFilePath();
     QHash<const File *, File *> replacements;
     QStringList claimed;
     for (int f = 0; f < other->folderCount(); ++f) {
@@ -558,13 +680,30 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
                 replacements.insert(old, nullptr);
                 continue;
             }
-            destination = freeName(destination, claimed);
-            claimed.append(destination);
-            if (QFileInfo::exists(source)) {
-                QDir().mkpath(QFileInfo(destination).absolutePath());
-                if (!QFile::copy(source, destination))
-                    notes.append(QStringLiteral("Could not copy \"%1\" to \"%2\"")
-                                     .arg(source, destination));
+            // A name nothing stands at is a missing image: its file is kept, as on opening.
+            if (nameTaken(source)) {
+                const QString refusal = refusedSource(source, sourceRoot);
+                if (!refusal.isEmpty()) {
+                    notes.append(QStringLiteral("Refused image \"%1\": %2").arg(old->name(), refusal));
+                    replacements.insert(old, nullptr);
+                    continue;
+                }
+                if (!makeFolderInside(QFileInfo(destination).absolutePath(), targetRoot)) {
+                    notes.append(QStringLiteral("Refused image \"%1\": its copy cannot be placed "
+                                                "inside the project folder")
+                                     .arg(old->name()));
+                    replacements.insert(old, nullptr);
+                    continue;
+                }
+                destination = freeName(destination, claimed);
+                claimed.append(destination);
+                QString reason;
+                if (!copyNewFile(QFileInfo(source).canonicalFilePath(), destination, &reason))
+                    notes.append(QStringLiteral("Could not copy \"%1\" to \"%2\": %3")
+                                     .arg(source, destination, reason));
+            } else {
+                destination = freeName(destination, claimed);
+                claimed.append(destination);
             }
             const QString name = destination.mid(targetDirectory.size() + 1);
             const int slash = name.lastIndexOf(QLatin1Char('/'));

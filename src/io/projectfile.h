@@ -52,6 +52,9 @@ public:
     /// gets "_2", "_3"... before its extension), its files added, and its entities
     /// appended with unique names. Image paths that would leave either project folder are
     /// refused and listed in `warnings`; nothing is written outside the project folder.
+    /// Links are followed only where they stay inside: an image is copied only when it is a
+    /// regular file whose real path lies in the other project's folder, and only to a
+    /// place whose real path lies in this one's; refused images are listed in `warnings`.
     /// Clears the undo stack: a merge cannot be undone. False when the other project
     /// cannot be read, the document has no path, or the host declined (`error` empty).
     static bool importInto(RigxData *document, const QString &path, ProjectIoHost *host = nullptr,

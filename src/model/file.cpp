@@ -84,6 +84,12 @@ bool File::refreshPixmapToFile(const QString &fullPath)
 {
     if (!isImage())
         return false;
+    // Only a regular file is read: a pipe or a device under an image's name would block
+    // or never end.
+    if (!QFileInfo(fullPath).isFile()) {
+        mLoaded = false;
+        return false;
+    }
     QImageReader reader(fullPath);
     // Guard against decompression bombs from a hostile project folder.
     const QSize size = reader.size();
