@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "numberformat.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -192,6 +193,19 @@ int NumberFormat::writeShortestFor(char *buffer, double value, NumberMapping map
         else
             return writeShortest(buffer, file);
     }
+    // Most numbers were read from a file with at most six decimals. The numbers that read
+    // back lie within far less than a millionth of each other there, so when the nearest
+    // six-decimal number reads back, no shorter text does: it is the answer.
+    int low = 1;
+    if (std::fabs(anchor) < 1e9) {
+        const double millionths = std::nearbyint(anchor * 1e6);
+        const double sixDecimals = millionths / 1e6;
+        if (readsBack(sixDecimals))
+            return writeShortest(buffer, sixDecimals);
+        // So the text needs a seventh decimal, and as many digits before it.
+        if (anchor != 0.0)
+            low = std::clamp(int(std::floor(std::log10(std::fabs(anchor)))) + 8, 1, 17);
+    }
     // Rounded to 17 significant digits every double reads back as itself, so the search
     // always ends; fewer digits read back for all counts from some count on, except in
     // rare cases near a limit of the range, where a few digits more are written.
@@ -202,7 +216,6 @@ int NumberFormat::writeShortestFor(char *buffer, double value, NumberMapping map
         return std::from_chars(text, result.ptr, *out).ec == std::errc();
     };
     double best = anchor;
-    int low = 1;
     int high = 17;
     while (low < high) {
         const int middle = (low + high) / 2;
