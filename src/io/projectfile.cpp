@@ -223,6 +223,13 @@ QString systemError(int code)
     return QString::fromLocal8Bit(std::strerror(code));
 }
 
+// Whether anything has the name, a dangling symbolic link included.
+bool nameTaken(const QString &path)
+{
+    struct stat status;
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0;
+}
+
 // The file a save writes: `path`, or the file its symbolic links lead to (the link itself
 // is kept, as text editors keep it). False with the reason when the links go round.
 bool resolveSaveTarget(const QString &path, QString *target, QString *reason)
@@ -404,6 +411,10 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
     reason = notReplaceable(written);
     if (!reason.isEmpty())
         return fail(host, error, prefix + reason);
+    // A file its owner made read-only is not replaced behind their back, though the folder
+    // would allow the rename.
+    if (nameTaken(written) && ::access(QFile::encodeName(written).constData(), W_OK) != 0)
+        return fail(host, error, prefix + systemError(errno));
 
     const QFileInfo target(path);
     const QString directory = target.absolutePath();
@@ -486,13 +497,6 @@ QString ProjectFile::resolveInside(const QString &directory, const QString &rela
 }
 
 namespace {
-
-// Whether anything has the name, a dangling symbolic link included.
-bool nameTaken(const QString &path)
-{
-    struct stat status;
-    return ::lstat(QFile::encodeName(path).constData(), &status) == 0;
-}
 
 // Whether the real path `canonical` is `directory` or lies below it (both canonical).
 bool canonicalInside(const QString &canonical, const QString &directory)
