@@ -96,6 +96,7 @@ private slots:
     void savingThroughLinkKeepsLink();
     void specialTargetsAreRefused_data();
     void specialTargetsAreRefused();
+    void readOnlyFileIsKept();
     void staleTemporariesAreRemoved();
     void fullDiskNamesReason_data();
     void fullDiskNamesReason();
@@ -235,6 +236,37 @@ void TestSaveTarget::specialTargetsAreRefused()
     QCOMPARE(entries(dir.path()), entriesBefore);
     if (socketFd >= 0)
         ::close(socketFd);
+}
+
+void TestSaveTarget::readOnlyFileIsKept()
+{
+    // Permissions do not bind the superuser: the save runs as an ordinary user in a child.
+    if (::geteuid() != 0)
+        QSKIP("changing to another user needs root");
+    QTemporaryDir dir;
+    QCOMPARE(::chmod(QFile::encodeName(dir.path()).constData(), 0777), 0);
+    const QString path = dir.filePath(QStringLiteral("p.rigx"));
+    QVERIFY(writeAll(path, "old"));
+    QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0444), 0);
+    RigxData document;
+    buildProject(document, 3);
+    const pid_t child = ::fork();
+    QVERIFY(child >= 0);
+    if (child == 0) {
+        if (::setgid(65534) != 0 || ::setuid(65534) != 0)
+            ::_exit(3);
+        TestHost host;
+        QString error;
+        const bool saved = ProjectFile::save(&document, path, {}, &host, &error);
+        const QString line = QStringLiteral("Error: Cannot write file ") + path
+                             + QStringLiteral(": Permission denied");
+        ::_exit(saved ? 1 : error == line && host.lines == QStringList{line} ? 0 : 2);
+    }
+    int status = 0;
+    QCOMPARE(::waitpid(child, &status, 0), child);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+    QCOMPARE(readAll(path), QByteArray("old"));
 }
 
 void TestSaveTarget::staleTemporariesAreRemoved()
