@@ -688,7 +688,8 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
             if (nameTaken(source)) {
                 const QString refusal = refusedSource(source, sourceRoot);
                 if (!refusal.isEmpty()) {
-                    notes.append(QStringLiteral("Refused image \"%1\": %2").arg(old->name(), refusal));
+                    notes.append(
+                        QStringLiteral("Refused image \"%1\": %2").arg(old->name(), refusal));
                     replacements.insert(old, nullptr);
                     continue;
                 }

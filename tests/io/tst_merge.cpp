@@ -73,7 +73,8 @@ QByteArray subEntityProjectText(int entity, int animation)
 QMap<QString, QByteArray> treeBelow(const QString &directory)
 {
     QMap<QString, QByteArray> tree;
-    QDirIterator it(directory, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+    QDirIterator it(directory,
+                    QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
@@ -253,7 +254,8 @@ void TestMerge::subEntitiesAreRemapped()
     RigxData back;
     QVERIFY(ProjectFile::open(&back, merged, &host));
     const int last = back.entityCount() - 2;
-    const Address &shown = back.entity(last)->animation(0)->timeline(0)->key(0)->entityInfo().animation;
+    const Address &shown =
+        back.entity(last)->animation(0)->timeline(0)->key(0)->entityInfo().animation;
     if (exists)
         QCOMPARE(shown.animation(), back.entity(last + entity)->animation(animation));
     else

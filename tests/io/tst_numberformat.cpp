@@ -297,7 +297,8 @@ void TestNumberFormat::shortestForReadsBack()
                                  : random.generateDouble() * 2.0 - 0.5;
         const QByteArray text = NumberFormat::shortestFor(model, how);
         const QByteArray plain = NumberFormat::shortest(NumberFormat::toFile(model, how));
-        QVERIFY2(text.size() <= plain.size(), QByteArray(text + " longer than " + plain).constData());
+        QVERIFY2(text.size() <= plain.size(),
+                 QByteArray(text + " longer than " + plain).constData());
         double back = 0.0;
         QVERIFY(NumberFormat::parseDouble(text.constData(), text.constData() + text.size(), &back));
         const double plainBack = NumberFormat::toModel(NumberFormat::toFile(model, how), how);

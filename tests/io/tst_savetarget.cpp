@@ -71,7 +71,8 @@ QStringList entries(const QString &directory)
                                      QDir::Name);
 }
 
-const QRegularExpression sTemporaryName(QStringLiteral("^\\.p\\.rigx\\.morvane-save-[A-Za-z0-9]{6}$"));
+const QRegularExpression
+    sTemporaryName(QStringLiteral("^\\.p\\.rigx\\.morvane-save-[A-Za-z0-9]{6}$"));
 
 // Kills its own process when the save is half written: a crash between creating the
 // temporary file and renaming it.
@@ -162,7 +163,9 @@ void TestSaveTarget::savingThroughLinkKeepsLink()
     QCOMPARE(document.filePath(), path);
     // Nothing else appeared beside either name.
     QVERIFY(entries(dir.path()).filter(QStringLiteral("morvane-save")).isEmpty());
-    QVERIFY(entries(dir.filePath(QStringLiteral("sub"))).filter(QStringLiteral("morvane-save")).isEmpty());
+    QVERIFY(entries(dir.filePath(QStringLiteral("sub")))
+                .filter(QStringLiteral("morvane-save"))
+                .isEmpty());
 }
 
 void TestSaveTarget::specialTargetsAreRefused_data()
@@ -186,8 +189,8 @@ void TestSaveTarget::specialTargetsAreRefused()
     QFETCH(QString, reason);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("p.rigx"));
-    const QString node = kind.startsWith(QLatin1String("link")) ? dir.filePath(QStringLiteral("node"))
-                                                                : path;
+    const QString node =
+        kind.startsWith(QLatin1String("link")) ? dir.filePath(QStringLiteral("node")) : path;
     const QByteArray nodeName = QFile::encodeName(node);
     int socketFd = -1;
     if (kind.endsWith(QLatin1String("device"))) {
@@ -304,10 +307,8 @@ void TestSaveTarget::staleTemporariesAreRemoved()
         QVERIFY(writeAll(dir.filePath(name), "keep"));
     const QString outside = dir.filePath(QStringLiteral("outside.txt"));
     QVERIFY(writeAll(outside, "keep"));
-    QCOMPARE(::symlink("outside.txt",
-                       QFile::encodeName(dir.filePath(QStringLiteral(".p.rigx.morvane-save-link01")))
-                           .constData()),
-             0);
+    const QString linked = dir.filePath(QStringLiteral(".p.rigx.morvane-save-link01"));
+    QCOMPARE(::symlink("outside.txt", QFile::encodeName(linked).constData()), 0);
     const int held = ::open(QFile::encodeName(dir.filePath(kept.last())).constData(), O_RDONLY);
     QVERIFY(held >= 0);
     QCOMPARE(::flock(held, LOCK_EX | LOCK_NB), 0);
@@ -321,8 +322,7 @@ void TestSaveTarget::staleTemporariesAreRemoved()
     QVERIFY(!QFileInfo::exists(dir.filePath(left.first())));
     for (const QString &name : kept)
         QCOMPARE(readAll(dir.filePath(name)), QByteArray("keep"));
-    QCOMPARE(fileType(dir.filePath(QStringLiteral(".p.rigx.morvane-save-link01"))),
-             mode_t(S_IFLNK));
+    QCOMPARE(fileType(linked), mode_t(S_IFLNK));
     QCOMPARE(readAll(outside), QByteArray("keep"));
 }
 
