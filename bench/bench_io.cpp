@@ -213,15 +213,12 @@ public:
         mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
                                QString::number(value));
     }
-    void real6Attribute(std::string_view name, double value) override
+    void numberAttribute(std::string_view name, double value, Precision precision,
+                         NumberMapping mapping) override
     {
         mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
-                               QString::number(value, 'f', 6));
-    }
-    void g6Attribute(std::string_view name, double value) override
-    {
-        mWriter.writeAttribute(QString::fromLatin1(name.data(), qsizetype(name.size())),
-                               QString::number(value, 'g', 6));
+                               QString::number(NumberFormat::toFile(value, mapping),
+                                               precision == Precision::Real6 ? 'f' : 'g', 6));
     }
 
 private:

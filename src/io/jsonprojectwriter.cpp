@@ -144,8 +144,11 @@ public:
         addScalar(name, out, std::size_t(length));
     }
 
-    void real6Attribute(std::string_view name, double value) override { addNumber(name, value); }
-    void g6Attribute(std::string_view name, double value) override { addNumber(name, value); }
+    void numberAttribute(std::string_view name, double value, Precision,
+                         NumberMapping mapping) override
+    {
+        addNumber(name, value, mapping);
+    }
 
     /// Hands the finished document to `device` piece by piece, reporting 0..100 of it.
     bool writeTo(QIODevice *device, const std::function<void(int percent)> &progress) const
@@ -196,12 +199,12 @@ private:
     // Up to this size an element is rendered into one contiguous text.
     static constexpr std::size_t SmallElement = 1 << 18;
 
-    void addNumber(std::string_view name, double value)
+    void addNumber(std::string_view name, double value, NumberMapping mapping)
     {
         if (!std::isfinite(value))
             return; // JSON has no form for it; readers take the default.
         char *out = mText.reserve(NumberFormat::BufferSize);
-        const int length = NumberFormat::writeShortest(out, value);
+        const int length = NumberFormat::writeShortestFor(out, value, mapping);
         mText.setCursor(out + length);
         addScalar(name, out, std::size_t(length));
     }

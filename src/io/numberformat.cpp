@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "numberformat.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -55,8 +56,7 @@ int NumberFormat::writeReal6(char *buffer, double value)
         if (std::fabs(fraction - 0.5) > 0.01) {
             const std::uint64_t millionths = fraction > 0.5 ? whole + 1 : whole;
             char *out = buffer;
-            // The sign stays on values that round to zero ("-0"), as in the general form.
-            if (std::signbit(value))
+            if (std::signbit(value) && millionths != 0)
                 *out++ = '-';
             out = std::to_chars(out, buffer + BufferSize, millionths / 1000000).ptr;
             auto decimals = std::uint32_t(millionths % 1000000);
@@ -84,12 +84,14 @@ int NumberFormat::writeReal6(char *buffer, double value)
         --length;
     if (length > 0 && buffer[length - 1] == '.')
         --length;
+    if (length == 2 && buffer[0] == '-' && buffer[1] == '0')
+        return writeZero(buffer);
     return length;
 }
 
 int NumberFormat::writeG6(char *buffer, double value)
 {
-    if (!std::isfinite(value))
+    if (!std::isfinite(value) || value == 0.0)
         return writeZero(buffer);
     const auto result = std::to_chars(buffer, buffer + BufferSize, value,
                                       std::chars_format::general, 6);
@@ -122,6 +124,114 @@ int NumberFormat::writeShortest(char *buffer, double value)
     return length;
 }
 
+double NumberFormat::normalizedAngle(double angle)
+{
+    if (!std::isfinite(angle))
+        return 0.0;
+    // fmod first, so that a huge value does not loop for ages.
+    if (std::fabs(angle) > 3600.0)
+        angle = std::fmod(angle, 360.0);
+    while (angle < 0.0)
+        angle += 360.0;
+    while (angle > 360.0)
+        angle -= 360.0;
+    return angle;
+}
+
+double NumberFormat::toFile(double value, NumberMapping mapping)
+{
+    switch (mapping) {
+    case NumberMapping::Same:
+        break;
+    case NumberMapping::Negated:
+        return -value;
+    case NumberMapping::FromOne:
+        return 1.0 - value;
+    case NumberMapping::FromFullTurn:
+        return 360.0 - normalizedAngle(value);
+    }
+    return value;
+}
+
+double NumberFormat::toModel(double fileValue, NumberMapping mapping)
+{
+    switch (mapping) {
+    case NumberMapping::Same:
+        break;
+    case NumberMapping::Negated:
+        return -fileValue;
+    case NumberMapping::FromOne:
+        return 1.0 - fileValue;
+    case NumberMapping::FromFullTurn:
+        return normalizedAngle(360.0 - fileValue);
+    }
+    return fileValue;
+}
+
+int NumberFormat::writeShortestFor(char *buffer, double value, NumberMapping mapping)
+{
+    const double file = toFile(value, mapping);
+    // Negation is exact both ways: the shortest text of the file number is the answer.
+    if (!std::isfinite(value) || mapping == NumberMapping::Same
+        || mapping == NumberMapping::Negated)
+        return writeShortest(buffer, file);
+    // A subtraction rounds: the file number computed from the model need not read back as
+    // the model, and many file numbers may read back as it. Find one that does (the
+    // computed one or a neighbour), then the fewest significant digits near it that still
+    // do.
+    const auto readsBack = [value, mapping](double candidate) {
+        return toModel(candidate, mapping) == value;
+    };
+    double anchor = file;
+    if (!readsBack(anchor)) {
+        const double below = std::nextafter(file, -std::numeric_limits<double>::infinity());
+        const double above = std::nextafter(file, std::numeric_limits<double>::infinity());
+        if (readsBack(below))
+            anchor = below;
+        else if (readsBack(above))
+            anchor = above;
+        else
+            return writeShortest(buffer, file);
+    }
+    // Most numbers were read from a file with at most six decimals. The numbers that read
+    // back lie within far less than a millionth of each other there, so when the nearest
+    // six-decimal number reads back, no shorter text does: it is the answer.
+    int low = 1;
+    if (std::fabs(anchor) < 1e9) {
+        const double millionths = std::nearbyint(anchor * 1e6);
+        const double sixDecimals = millionths / 1e6;
+        if (readsBack(sixDecimals))
+            return writeShortest(buffer, sixDecimals);
+        // So the text needs a seventh decimal, and as many digits before it.
+        if (anchor != 0.0)
+            low = std::clamp(int(std::floor(std::log10(std::fabs(anchor)))) + 8, 1, 17);
+    }
+    // Rounded to 17 significant digits every double reads back as itself, so the search
+    // always ends; fewer digits read back for all counts from some count on, except in
+    // rare cases near a limit of the range, where a few digits more are written.
+    const auto rounded = [anchor](int digits, double *out) {
+        char text[64];
+        const auto result = std::to_chars(text, text + sizeof text, anchor,
+                                          std::chars_format::scientific, digits - 1);
+        return std::from_chars(text, result.ptr, *out).ec == std::errc();
+    };
+    double best = anchor;
+    int high = 17;
+    while (low < high) {
+        const int middle = (low + high) / 2;
+        double candidate = 0.0;
+        if (rounded(middle, &candidate) && readsBack(candidate)) {
+            best = candidate;
+            high = middle;
+        } else {
+            low = middle + 1;
+        }
+    }
+    if (low == 17)
+        best = anchor;
+    return writeShortest(buffer, best);
+}
+
 QByteArray NumberFormat::integer(std::int64_t value)
 {
     char buffer[BufferSize];
@@ -141,6 +251,12 @@ QByteArray NumberFormat::g6(double value)
 QByteArray NumberFormat::shortest(double value)
 {
     return toByteArray(&NumberFormat::writeShortest, value);
+}
+
+QByteArray NumberFormat::shortestFor(double value, NumberMapping mapping)
+{
+    char buffer[BufferSize];
+    return QByteArray(buffer, writeShortestFor(buffer, value, mapping));
 }
 
 bool NumberFormat::parseDouble(const char *begin, const char *end, double *value)

@@ -22,12 +22,18 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QRandomGenerator>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QThreadPool>
 #include <QUndoStack>
 
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -204,6 +210,189 @@ bool ProjectFile::open(RigxData *document, const QString &path, ProjectIoHost *g
     return true;
 }
 
+namespace {
+
+// Temporary files of a save sit beside their target under a name no one else uses, so
+// that leftovers of a killed save can be told apart and removed: ".NAME.morvane-save-"
+// and six letters or digits.
+const QLatin1String sTemporaryInfix(".morvane-save-");
+constexpr int sTemporarySuffixLength = 6;
+
+QString systemError(int code)
+{
+    return QString::fromLocal8Bit(std::strerror(code));
+}
+
+// Whether anything has the name, a dangling symbolic link included.
+bool nameTaken(const QString &path)
+{
+    struct stat status;
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0;
+}
+
+// The file a save writes: `path`, or the file its symbolic links lead to (the link itself
+// is kept, as text editors keep it). False with the reason when the links go round.
+bool resolveSaveTarget(const QString &path, QString *target, QString *reason)
+{
+    QString current = QFileInfo(path).absoluteFilePath();
+    for (int hop = 0; hop < 40; ++hop) {
+        const QFileInfo info(current);
+        if (!info.isSymLink()) {
+            *target = current;
+            return true;
+        }
+        current = info.symLinkTarget();
+    }
+    *reason = systemError(ELOOP);
+    return false;
+}
+
+// Why an existing `target` cannot be replaced by a saved file; empty when it can (a
+// regular file, or nothing yet). A device, pipe, socket or folder is never replaced:
+// renaming over it would take the name from what it is.
+QString notReplaceable(const QString &target)
+{
+    struct stat status;
+    if (::stat(QFile::encodeName(target).constData(), &status) != 0)
+        return QString();
+    if (S_ISREG(status.st_mode))
+        return QString();
+    if (S_ISDIR(status.st_mode))
+        return QStringLiteral("it is a folder, not a regular file");
+    if (S_ISFIFO(status.st_mode))
+        return QStringLiteral("it is a pipe, not a regular file");
+    if (S_ISSOCK(status.st_mode))
+        return QStringLiteral("it is a socket, not a regular file");
+    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
+        return QStringLiteral("it is a device, not a regular file");
+    return QStringLiteral("it is not a regular file");
+}
+
+// Removes what earlier saves of `target` left behind when they were killed before the
+// rename: our temporary files that no living save holds (each save keeps a lock on its
+// own until it is renamed or removed).
+void removeStaleTemporaries(const QString &target)
+{
+    const QFileInfo info(target);
+    const QString prefix = QLatin1Char('.') + info.fileName() + sTemporaryInfix;
+    const QDir directory = info.absoluteDir();
+    const QStringList names =
+        directory.entryList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks);
+    for (const QString &name : names) {
+        if (name.size() != prefix.size() + sTemporarySuffixLength || !name.startsWith(prefix))
+            continue;
+        const QStringView suffix = QStringView(name).mid(prefix.size());
+        if (!std::all_of(suffix.begin(), suffix.end(), [](QChar c) {
+                return c.unicode() < 128 && std::isalnum(int(c.unicode()));
+            }))
+            continue;
+        const QByteArray path = QFile::encodeName(directory.filePath(name));
+        const int fd = ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (fd < 0)
+            continue;
+        struct stat status;
+        if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid()
+            && ::flock(fd, LOCK_EX | LOCK_NB) == 0)
+            ::unlink(path.constData());
+        ::close(fd);
+    }
+}
+
+// Writes to a file descriptor through a buffer of its own, and keeps the system's reason
+// when a write fails (QFile reports a full disk as "Unknown error").
+class DescriptorDevice final : public QIODevice
+{
+public:
+    explicit DescriptorDevice(int fd)
+        : mFd(fd)
+    {
+        open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        mBuffer.reserve(Capacity);
+    }
+
+    /// Hands everything written so far to the system.
+    bool flushBuffer()
+    {
+        if (mBuffer.isEmpty())
+            return !mFailed;
+        const bool written = writeFully(mBuffer.constData(), mBuffer.size());
+        mBuffer.clear();
+        return written;
+    }
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        if (mFailed)
+            return -1;
+        if (mBuffer.size() + size > Capacity && !flushBuffer())
+            return -1;
+        if (size >= Capacity)
+            return writeFully(data, size) ? size : -1;
+        mBuffer.append(data, size);
+        return size;
+    }
+
+private:
+    static constexpr qsizetype Capacity = 1 << 16;
+
+    bool writeFully(const char *data, qint64 size)
+    {
+        while (size > 0 && !mFailed) {
+            const ssize_t done = ::write(mFd, data, size_t(size));
+            if (done < 0 && errno == EINTR)
+                continue;
+            if (done <= 0) {
+                mFailed = true;
+                setErrorString(systemError(done < 0 ? errno : EIO));
+                break;
+            }
+            data += done;
+            size -= done;
+        }
+        return !mFailed;
+    }
+
+    int mFd;
+    bool mFailed = false;
+    QByteArray mBuffer;
+};
+
+// A new temporary file beside `target`, open for writing and locked; -1 with the reason
+// on failure. Created with 0666 so that the process's umask applies as to any new file;
+// the permissions of a file it replaces are copied over.
+int createTemporary(const QString &target, QString *temporaryPath, QString *reason)
+{
+    const QFileInfo info(target);
+    static const char letters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        QString suffix;
+        for (int i = 0; i < sTemporarySuffixLength; ++i)
+            suffix += QLatin1Char(letters[QRandomGenerator::global()->bounded(62)]);
+        const QString candidate = info.absoluteDir().filePath(
+            QLatin1Char('.') + info.fileName() + sTemporaryInfix + suffix);
+        const int fd = ::open(QFile::encodeName(candidate).constData(),
+                              O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+        if (fd < 0) {
+            if (errno == EEXIST)
+                continue;
+            *reason = systemError(errno);
+            return -1;
+        }
+        ::flock(fd, LOCK_EX | LOCK_NB);
+        struct stat old;
+        if (::stat(QFile::encodeName(target).constData(), &old) == 0)
+            ::fchmod(fd, old.st_mode & 07777);
+        *temporaryPath = candidate;
+        return fd;
+    }
+    *reason = systemError(EEXIST);
+    return -1;
+}
+
+} // namespace
+
 bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSaveOptions &options,
                        ProjectIoHost *givenHost, QString *error)
 {
@@ -214,6 +403,18 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
     const Form form = formFromPath(path);
     if (form == Form::Unknown)
         return fail(host, error, prefix + QStringLiteral("the name must end in rigx or rigj"));
+
+    QString reason;
+    QString written;
+    if (!resolveSaveTarget(path, &written, &reason))
+        return fail(host, error, prefix + reason);
+    reason = notReplaceable(written);
+    if (!reason.isEmpty())
+        return fail(host, error, prefix + reason);
+    // A file its owner made read-only is not replaced behind their back, though the folder
+    // would allow the rename.
+    if (nameTaken(written) && ::access(QFile::encodeName(written).constData(), W_OK) != 0)
+        return fail(host, error, prefix + systemError(errno));
 
     const QFileInfo target(path);
     const QString directory = target.absolutePath();
@@ -228,37 +429,52 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
         return false;
     }
 
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return fail(host, error, prefix + file.errorString());
+    removeStaleTemporaries(written);
+    QString temporaryPath;
+    const int fd = createTemporary(written, &temporaryPath, &reason);
+    if (fd < 0)
+        return fail(host, error, prefix + reason);
+    const QByteArray temporaryName = QFile::encodeName(temporaryPath);
+    DescriptorDevice file(fd);
+    // Every failure from here on removes the temporary file and leaves the old one as it was.
+    const auto abandon = [&](const QString &why) {
+        ::close(fd);
+        ::unlink(temporaryName.constData());
+        host->endProgress();
+        return fail(host, error, prefix + why);
+    };
 
     host->beginProgress(QStringLiteral("Saving ") + target.fileName());
     ProjectWriter::prepareDocument(*document);
     // The last few percent are left for the commit, which waits for the disk.
     const auto progress = [host](int percent) { host->progress(percent * 95 / 100); };
     QString writeError;
-    const bool written =
+    const bool wrote =
         form == Form::Json
             ? JsonProjectWriter::write(*document, &file, options, &writeError, progress)
             : XmlProjectWriter::write(*document, &file, options, &writeError, progress);
-    if (!written) {
-        file.cancelWriting();
-        host->endProgress();
-        return fail(host, error, prefix + writeError);
-    }
+    if (!wrote)
+        return abandon(writeError.isEmpty() ? file.errorString() : writeError);
+    if (!file.flushBuffer())
+        return abandon(file.errorString());
+    // The data must be on the disk before the name points at it, or a crash soon after
+    // can leave an empty file under the old name.
+    if (::fsync(fd) != 0 && errno != EINVAL && errno != ENOTSUP)
+        return abandon(systemError(errno));
     // Replacing a large file frees its blocks inside the rename, which the user waits for;
     // holding the old file open moves that work to the close, done on a worker afterwards.
-    const int replaced = openReplacedFile(path);
-    const bool committed = file.commit();
+    const int replaced = openReplacedFile(written);
+    const bool renamed = ::rename(temporaryName.constData(),
+                                  QFile::encodeName(written).constData()) == 0;
+    const int renameError = errno;
     if (replaced >= 0)
         QThreadPool::globalInstance()->start([replaced] { ::close(replaced); });
-    if (committed) {
-        syncDirectory(directory);
-        host->progress(100);
-    }
+    if (!renamed)
+        return abandon(systemError(renameError));
+    ::close(fd);
+    syncDirectory(QFileInfo(written).absolutePath());
+    host->progress(100);
     host->endProgress();
-    if (!committed)
-        return fail(host, error, prefix + file.errorString());
     document->setFilePath(target.absoluteFilePath());
     if (error)
         error->clear();
@@ -280,9 +496,120 @@ QString ProjectFile::resolveInside(const QString &directory, const QString &rela
     return directory + QLatin1Char('/') + clean;
 }
 
+namespace {
+
+// Whether the real path `canonical` is `directory` or lies below it (both canonical).
+bool canonicalInside(const QString &canonical, const QString &directory)
+{
+    return !canonical.isEmpty() && !directory.isEmpty()
+           && (canonical == directory || canonical.startsWith(directory + QLatin1Char('/'))
+               || directory == QLatin1String("/"));
+}
+
+// The real path of `path`'s nearest existing ancestor (or of itself).
+QString canonicalExistingPart(const QString &path)
+{
+    QString current = QDir::cleanPath(path);
+    while (!current.isEmpty()) {
+        const QString canonical = QFileInfo(current).canonicalFilePath();
+        if (!canonical.isEmpty())
+            return canonical;
+        const int slash = current.lastIndexOf(QLatin1Char('/'));
+        if (slash <= 0)
+            return QString();
+        current = current.left(slash);
+    }
+    return QString();
+}
+
+// Why the image at `source` (a path inside the other project's folder) is not copied, or
+// empty when it is a regular file whose real path lies in `sourceRoot` (canonical).
+QString refusedSource(const QString &source, const QString &sourceRoot)
+{
+    const QString canonical = QFileInfo(source).canonicalFilePath();
+    if (canonical.isEmpty())
+        return QStringLiteral("it is a link that leads nowhere");
+    if (!canonicalInside(canonical, sourceRoot))
+        return QStringLiteral("it leads outside the merged project's folder");
+    struct stat status;
+    if (::stat(QFile::encodeName(canonical).constData(), &status) != 0
+        || !S_ISREG(status.st_mode))
+        return QStringLiteral("it is not a regular file");
+    return QString();
+}
+
+// Creates the folders up to `directory` unless its real path would leave `root`
+// (canonical): no folder is made through a link that leads out.
+bool makeFolderInside(const QString &directory, const QString &root)
+{
+    if (!canonicalInside(canonicalExistingPart(directory), root))
+        return false;
+    if (!QDir().mkpath(directory))
+        return false;
+    return canonicalInside(QFileInfo(directory).canonicalFilePath(), root);
+}
+
+// Copies the regular file `source` (a real path) to the new file `destination`, which must
+// not exist yet in any form, so that no link there is followed. False with the reason.
+bool copyNewFile(const QString &source, const QString &destination, QString *reason)
+{
+    const int in = ::open(QFile::encodeName(source).constData(),
+                          O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (in < 0) {
+        *reason = systemError(errno);
+        return false;
+    }
+    struct stat status;
+    if (::fstat(in, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(in);
+        *reason = QStringLiteral("it is not a regular file");
+        return false;
+    }
+    const QByteArray target = QFile::encodeName(destination);
+    const int out = ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+                           0666);
+    if (out < 0) {
+        *reason = systemError(errno);
+        ::close(in);
+        return false;
+    }
+    char buffer[1 << 16];
+    bool ok = true;
+    for (;;) {
+        const ssize_t got = ::read(in, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            ok = got == 0;
+            break;
+        }
+        for (ssize_t done = 0; ok && done < got;) {
+            const ssize_t put = ::write(out, buffer + done, size_t(got - done));
+            if (put < 0 && errno == EINTR)
+                continue;
+            ok = put > 0;
+            done += put > 0 ? put : 0;
+        }
+        if (!ok)
+            break;
+    }
+    if (!ok)
+        *reason = systemError(errno);
+    ::close(in);
+    if (::close(out) != 0 && ok) {
+        ok = false;
+        *reason = systemError(errno);
+    }
+    if (!ok)
+        ::unlink(target.constData());
+    return ok;
+}
+
+} // namespace
+
 QString ProjectFile::freeName(const QString &path, const QStringList &taken)
 {
-    if (!taken.contains(path) && !QFileInfo::exists(path))
+    if (!taken.contains(path) && !nameTaken(path))
         return path;
     const int slash = path.lastIndexOf(QLatin1Char('/'));
     const int dot = path.lastIndexOf(QLatin1Char('.'));
@@ -292,7 +619,7 @@ QString ProjectFile::freeName(const QString &path, const QStringList &taken)
     const QString extension = hasExtension ? path.mid(dot) : QString();
     for (int n = 2;; ++n) {
         const QString candidate = stem + QLatin1Char('_') + QString::number(n) + extension;
-        if (!taken.contains(candidate) && !QFileInfo::exists(candidate))
+        if (!taken.contains(candidate) && !nameTaken(candidate))
             return candidate;
     }
 }
@@ -336,7 +663,11 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
     }
 
     // Copy every image and remember which file of this project replaces it; refused files
-    // map to null and their keys show nothing.
+    // map to null and their keys show nothing. Links are followed only where they stay
+    // inside: the real path of what is read lies in the other project's folder, the real
+    // path of what is written in this one's.
+    const QString sourceRoot = QFileInfo(sourceDirectory).canonicalFilePath();
+    const QString targetRoot = QFileInfo(targetDirectory).canonicalFilePath();
     QHash<const File *, File *> replacements;
     QStringList claimed;
     for (int f = 0; f < other->folderCount(); ++f) {
@@ -353,14 +684,31 @@ bool ProjectFile::importInto(RigxData *document, const QString &path, ProjectIoH
                 replacements.insert(old, nullptr);
                 continue;
             }
-            destination = freeName(destination, claimed);
-            claimed.append(destination);
-            // Regular files only: copying a FIFO would wait for a writer for ever.
-            if (QFileInfo(source).isFile()) {
-                QDir().mkpath(QFileInfo(destination).absolutePath());
-                if (!QFile::copy(source, destination))
-                    notes.append(QStringLiteral("Could not copy \"%1\" to \"%2\"")
-                                     .arg(source, destination));
+            // A name nothing stands at is a missing image: its file is kept, as on opening.
+            if (nameTaken(source)) {
+                const QString refusal = refusedSource(source, sourceRoot);
+                if (!refusal.isEmpty()) {
+                    notes.append(
+                        QStringLiteral("Refused image \"%1\": %2").arg(old->name(), refusal));
+                    replacements.insert(old, nullptr);
+                    continue;
+                }
+                if (!makeFolderInside(QFileInfo(destination).absolutePath(), targetRoot)) {
+                    notes.append(QStringLiteral("Refused image \"%1\": its copy cannot be placed "
+                                                "inside the project folder")
+                                     .arg(old->name()));
+                    replacements.insert(old, nullptr);
+                    continue;
+                }
+                destination = freeName(destination, claimed);
+                claimed.append(destination);
+                QString reason;
+                if (!copyNewFile(QFileInfo(source).canonicalFilePath(), destination, &reason))
+                    notes.append(QStringLiteral("Could not copy \"%1\" to \"%2\": %3")
+                                     .arg(source, destination, reason));
+            } else {
+                destination = freeName(destination, claimed);
+                claimed.append(destination);
             }
             const QString name = destination.mid(targetDirectory.size() + 1);
             const int slash = name.lastIndexOf(QLatin1Char('/'));

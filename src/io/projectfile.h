@@ -40,6 +40,9 @@ public:
     /// directory is synced after); a failure leaves the old file as it was. Empty
     /// timelines and unused files are removed first. On success the document's path
     /// becomes `path`.
+    /// A symbolic link is kept: the file it leads to is written. A target that is not a
+    /// regular file (a device, pipe, socket or folder) is refused untouched. Temporary files
+    /// that a killed save of the same file left beside it are removed.
     static bool save(RigxData *document, const QString &path,
                      const ProjectSaveOptions &options = ProjectSaveOptions(),
                      ProjectIoHost *host = nullptr, QString *error = nullptr);
@@ -49,6 +52,9 @@ public:
     /// gets "_2", "_3"... before its extension), its files added, and its entities
     /// appended with unique names. Image paths that would leave either project folder are
     /// refused and listed in `warnings`; nothing is written outside the project folder.
+    /// Links are followed only where they stay inside: an image is copied only when it is a
+    /// regular file whose real path lies in the other project's folder, and only to a
+    /// place whose real path lies in this one's; refused images are listed in `warnings`.
     /// Clears the undo stack: a merge cannot be undone. False when the other project
     /// cannot be read, the document has no path, or the host declined (`error` empty).
     static bool importInto(RigxData *document, const QString &path, ProjectIoHost *host = nullptr,

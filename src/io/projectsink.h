@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "io/numberformat.h"
+
 #include <QStringView>
 
 #include <cstdint>
@@ -32,10 +34,26 @@ public:
 
     virtual void attribute(std::string_view name, QStringView text) = 0;
     virtual void integerAttribute(std::string_view name, std::int64_t value) = 0;
-    /// Fixed six-decimal form in XML; shortest form in JSON.
-    virtual void real6Attribute(std::string_view name, double value) = 0;
-    /// Six significant digits in XML; shortest form in JSON.
-    virtual void g6Attribute(std::string_view name, double value) = 0;
+    /// The XML forms of reals; JSON writes every real in its shortest form.
+    enum class Precision { Real6, G6 };
+
+    /// The file's number for the model value `value`, held as `mapping` says: in XML the
+    /// number `NumberFormat::toFile` gives, with six decimals (`Real6`) or six
+    /// significant digits (`G6`); in JSON the shortest text that reads back as `value`
+    /// (`NumberFormat::writeShortestFor`).
+    virtual void numberAttribute(std::string_view name, double value, Precision precision,
+                                 NumberMapping mapping) = 0;
+
+    void real6Attribute(std::string_view name, double value,
+                        NumberMapping mapping = NumberMapping::Same)
+    {
+        numberAttribute(name, value, Precision::Real6, mapping);
+    }
+    void g6Attribute(std::string_view name, double value,
+                     NumberMapping mapping = NumberMapping::Same)
+    {
+        numberAttribute(name, value, Precision::G6, mapping);
+    }
 };
 
 } // namespace Morvane

@@ -5,6 +5,7 @@
 #include "model/displayinfo.h"
 #include "model/tweeninfo.h"
 #include "io/metawriter.h"
+#include "io/numberformat.h"
 #include "io/projectsink.h"
 #include "model/animation.h"
 #include "model/entity.h"
@@ -19,6 +20,7 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 
@@ -69,16 +71,38 @@ void ProjectWriter::prepareDocument(RigxData &document)
 
 double ProjectWriter::normalizedAngle(double angle)
 {
-    if (!std::isfinite(angle))
-        return 0.0;
-    // fmod first, so that a huge value does not loop for ages.
-    if (std::fabs(angle) > 3600.0)
-        angle = std::fmod(angle, 360.0);
-    while (angle < 0.0)
-        angle += 360.0;
-    while (angle > 360.0)
-        angle -= 360.0;
-    return angle;
+    return NumberFormat::normalizedAngle(angle);
+}
+
+bool ProjectWriter::readsBackAs(double value, Precision precision, NumberMapping mapping,
+                                double omitted) const
+{
+    if (!std::isfinite(value) && mSink.isJson())
+        return true; // left out: JSON has no form for it
+    const double file = NumberFormat::toFile(value, mapping);
+    const double fileOmitted = NumberFormat::toFile(omitted, mapping);
+    // Rounding moves a number by far less than this; only nearer ones need their text.
+    if (std::fabs(file - fileOmitted) > 1e-5 * std::max(1.0, std::fabs(fileOmitted)))
+        return false;
+    char text[NumberFormat::BufferSize];
+    int length;
+    if (mSink.isJson())
+        length = NumberFormat::writeShortestFor(text, value, mapping);
+    else if (precision == Precision::Real6)
+        length = NumberFormat::writeReal6(text, file);
+    else
+        length = NumberFormat::writeG6(text, file);
+    double back = 0.0;
+    return NumberFormat::parseDouble(text, text + length, &back)
+           && NumberFormat::toModel(back, mapping) == omitted;
+}
+
+void ProjectWriter::optionalNumber(std::string_view name, double value, Precision precision,
+                                   NumberMapping mapping, double omitted)
+{
+    if (value == omitted || readsBackAs(value, precision, mapping, omitted))
+        return;
+    mSink.numberAttribute(name, value, precision, mapping);
 }
 
 bool ProjectWriter::isClockwise(double from, double to)
@@ -226,7 +250,7 @@ void ProjectWriter::writeFile(const File &file, int index)
         mSink.integerAttribute("width", file.width());
         mSink.integerAttribute("height", file.height());
         mSink.g6Attribute("pivot_x", pivot.x());
-        mSink.g6Attribute("pivot_y", 1.0 - pivot.y());
+        mSink.g6Attribute("pivot_y", pivot.y(), NumberMapping::FromOne);
     }
     mSink.endElement();
 }
@@ -291,7 +315,7 @@ void ProjectWriter::writeObjInfo(const Entity &entity, const Object &object)
     }
     if (object.isBox() || object.isSkin()) {
         mSink.g6Attribute("pivot_x", state.info().pivotX(false));
-        mSink.g6Attribute("pivot_y", 1.0 - state.info().pivotY(false));
+        mSink.g6Attribute("pivot_y", state.info().pivotY(false), NumberMapping::FromOne);
     }
     if (object.isSkin()) {
         FilePosition position;
@@ -301,8 +325,8 @@ void ProjectWriter::writeObjInfo(const Entity &entity, const Object &object)
         }
         const DisplayInfo &info = state.info();
         mSink.real6Attribute("x", info.x);
-        mSink.real6Attribute("y", -info.y);
-        mSink.real6Attribute("angle", 360.0 - normalizedAngle(info.angle));
+        mSink.real6Attribute("y", info.y, NumberMapping::Negated);
+        mSink.real6Attribute("angle", info.angle, NumberMapping::FromFullTurn);
         mSink.real6Attribute("scale_x", info.xScale);
         mSink.real6Attribute("scale_y", info.yScale);
         // The mesh of a skin is written here once skins carry one.
@@ -387,18 +411,23 @@ void ProjectWriter::writeAnimation(Animation &animation, int index)
         mSink.endElement();
     }
     writeMainline(animation);
-    for (int t = 0; t < animation.timelineCount(); ++t) {
-        Timeline *timeline = animation.timeline(t);
-        if (!timeline->isSound() && !timeline->isEvent())
-            writeTimeline(*timeline, t);
-    }
-    for (int t = 0; t < animation.timelineCount(); ++t) {
-        if (animation.timeline(t)->isSound())
-            writeTimeline(*animation.timeline(t), t);
-    }
-    for (int t = 0; t < animation.timelineCount(); ++t) {
-        if (animation.timeline(t)->isEvent())
-            writeTimeline(*animation.timeline(t), t);
+    const std::vector<const Object *> lineOnly = objectsWithLinesOnly(animation);
+    int nextId = animation.timelineCount();
+    // Timelines, then sound lines, then event lines; each group ends with the objects that
+    // have value lines but no keys here.
+    for (const int group : {0, int(Object::Sound), int(Object::Event)}) {
+        const auto inGroup = [group](int type) {
+            return group == 0 ? type != Object::Sound && type != Object::Event : type == group;
+        };
+        for (int t = 0; t < animation.timelineCount(); ++t) {
+            Timeline *timeline = animation.timeline(t);
+            if (inGroup(timeline->objectType()))
+                writeTimeline(*timeline, t);
+        }
+        for (const Object *object : lineOnly) {
+            if (inGroup(object->objectType()))
+                writeLinesOnlyTimeline(animation, *object, nextId++);
+        }
     }
     writeAnimationValueLines(animation);
     mSink.endElement();
@@ -507,12 +536,12 @@ void ProjectWriter::writeMainlineKey(MainlineKey &key, int index)
                 mSink.integerAttribute("file", position.second);
             }
             mSink.real6Attribute("abs_x", pose.x);
-            mSink.real6Attribute("abs_y", -pose.y);
+            mSink.real6Attribute("abs_y", pose.y, NumberMapping::Negated);
             if (mSink.isJson()) {
                 mSink.real6Attribute("abs_pivot_x", pose.pivotX());
-                mSink.real6Attribute("abs_pivot_y", 1.0 - pose.pivotY());
+                mSink.real6Attribute("abs_pivot_y", pose.pivotY(), NumberMapping::FromOne);
             }
-            mSink.real6Attribute("abs_angle", 360.0 - normalizedAngle(pose.angle));
+            mSink.real6Attribute("abs_angle", pose.angle, NumberMapping::FromFullTurn);
             mSink.real6Attribute("abs_scale_x", pose.xScale);
             mSink.real6Attribute("abs_scale_y", pose.yScale);
             mSink.real6Attribute("abs_a", pose.alpha);
@@ -541,6 +570,44 @@ void ProjectWriter::writeTimeline(Timeline &timeline, int index)
     writeTimelineValueLines(timeline);
     mSink.endElement();
     keysWritten(timeline.keyCount());
+}
+
+std::vector<const Object *> ProjectWriter::objectsWithLinesOnly(const Animation &animation) const
+{
+    std::vector<const Object *> objects;
+    const Entity *entity = animation.parentEntity();
+    if (!entity)
+        return objects;
+    for (const auto &[index, holder] : animation.objectLineHolders()) {
+        const Object *object = entity->object(index);
+        if (!object || !MetaWriter::hasMeta(&holder, object->valInfoCollection()))
+            continue;
+        bool hasTimeline = false;
+        for (int t = 0; t < animation.timelineCount() && !hasTimeline; ++t)
+            hasTimeline = animation.timeline(t)->object() == object;
+        if (!hasTimeline)
+            objects.push_back(object);
+    }
+    return objects;
+}
+
+void ProjectWriter::writeLinesOnlyTimeline(const Animation &animation, const Object &object,
+                                           int id)
+{
+    // A timeline without keys: the readers take its value lines and drop the empty
+    // timeline after loading, as they drop every empty timeline.
+    const bool sound = object.isSound();
+    const bool event = object.isEvent();
+    mSink.startElement(sound ? "soundline" : event ? "eventline" : "timeline");
+    mSink.integerAttribute("id", id);
+    mSink.integerAttribute("obj", mObjectPositions.value(&object, -1));
+    mSink.attribute("name", object.name());
+    if (!sound && !event && !object.isSprite())
+        mSink.attribute("object_type", object.objectTypeString());
+    const Entity *entity = animation.parentEntity();
+    MetaWriter::writeMeta(mSink, animation.objectLineHolder(entity->indexOfObject(&object)),
+                          object.valInfoCollection(), mDocument.tagManager());
+    mSink.endElement();
 }
 
 void ProjectWriter::writeTimelineKey(const Timeline &timeline, int index)
@@ -578,10 +645,8 @@ void ProjectWriter::writeSoundAttributes(const TimelineKey &key)
     const SoundInfo &sound = key.soundInfo();
     if (!sound.trigger)
         mSink.integerAttribute("trigger", 0);
-    if (sound.panning != 0.0)
-        mSink.g6Attribute("panning", sound.panning);
-    if (sound.volume != 1.0)
-        mSink.g6Attribute("volume", sound.volume);
+    optionalNumber("panning", sound.panning, Precision::G6, NumberMapping::Same, 0.0);
+    optionalNumber("volume", sound.volume, Precision::G6, NumberMapping::Same, 1.0);
 }
 
 void ProjectWriter::writeKeyContent(const Timeline &timeline, const TimelineKey &key)
@@ -608,10 +673,10 @@ void ProjectWriter::writeKeyContent(const Timeline &timeline, const TimelineKey 
         mSink.integerAttribute("animation", target.animationIndex());
         mSink.g6Attribute("t", key.entityInfo().timeRatio);
     }
-    if (info.x != 0.0)
-        mSink.real6Attribute("x", info.x);
-    if (info.y != 0.0)
-        mSink.real6Attribute("y", -info.y);
+    // Each value is left out when its text reads back as the reader's default, so that a
+    // value that only rounds to the default is left out now, as the next save would.
+    optionalNumber("x", info.x, Precision::Real6, NumberMapping::Same, 0.0);
+    optionalNumber("y", info.y, Precision::Real6, NumberMapping::Negated, 0.0);
     if (sprite || box) {
         // A key that follows its image's default pivot leaves the pivot out; so does one
         // whose own pivot equals that default.
@@ -623,32 +688,32 @@ void ProjectWriter::writeKeyContent(const Timeline &timeline, const TimelineKey 
             else if (box && timeline.object())
                 reference = QPointF(timeline.object()->defaultState().info().pivotX(false),
                                     timeline.object()->defaultState().info().pivotY(false));
-            writePivot = !(reference.x() == info.pivotX(false)
-                           && reference.y() == info.pivotY(false));
+            // A pivot whose text reads back as the default one is the default one.
+            const double x = info.pivotX(false);
+            const double y = info.pivotY(false);
+            writePivot = !((x == reference.x()
+                            || readsBackAs(x, Precision::Real6, NumberMapping::Same,
+                                           reference.x()))
+                           && (y == reference.y()
+                               || readsBackAs(y, Precision::Real6, NumberMapping::FromOne,
+                                              reference.y())));
         }
         if (writePivot) {
             mSink.real6Attribute("pivot_x", info.pivotX(false));
-            mSink.real6Attribute("pivot_y", 1.0 - info.pivotY(false));
+            mSink.real6Attribute("pivot_y", info.pivotY(false), NumberMapping::FromOne);
         }
     }
-    if (info.angle != 0.0)
-        mSink.real6Attribute("angle", 360.0 - info.angle);
+    optionalNumber("angle", info.angle, Precision::Real6, NumberMapping::FromFullTurn, 0.0);
     if (timeline.isBone() || sprite || box || timeline.isSubEntity()) {
-        if (info.xScale != 1.0)
-            mSink.real6Attribute("scale_x", info.xScale);
-        if (info.yScale != 1.0)
-            mSink.real6Attribute("scale_y", info.yScale);
+        optionalNumber("scale_x", info.xScale, Precision::Real6, NumberMapping::Same, 1.0);
+        optionalNumber("scale_y", info.yScale, Precision::Real6, NumberMapping::Same, 1.0);
     }
     if (info.color.isValid()) {
-        if (info.color.redF() != 1.0)
-            mSink.real6Attribute("r", info.color.redF());
-        if (info.color.greenF() != 1.0)
-            mSink.real6Attribute("g", info.color.greenF());
-        if (info.color.blueF() != 1.0)
-            mSink.real6Attribute("b", info.color.blueF());
+        optionalNumber("r", info.color.redF(), Precision::Real6, NumberMapping::Same, 1.0);
+        optionalNumber("g", info.color.greenF(), Precision::Real6, NumberMapping::Same, 1.0);
+        optionalNumber("b", info.color.blueF(), Precision::Real6, NumberMapping::Same, 1.0);
     }
-    if (info.alpha != 1.0)
-        mSink.real6Attribute("a", info.alpha);
+    optionalNumber("a", info.alpha, Precision::Real6, NumberMapping::Same, 1.0);
     // The mesh data of skin keys is written here once skins carry one.
     mSink.endElement();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "io/projectsaveoptions.h"
+#include "io/projectsink.h"
 
 #include <QHash>
 #include <QList>
@@ -22,7 +23,6 @@ class Folder;
 class MainlineKey;
 class Object;
 class ObjectRef;
-class ProjectSink;
 class RigxData;
 class Timeline;
 class TimelineKey;
@@ -58,6 +58,7 @@ public:
     static double normalizedAngle(double angle);
 
 private:
+    using Precision = ProjectSink::Precision;
     using FilePosition = QPair<int, int>; // folder index, file index
 
     // Where a mainline key reference points: its timeline's index and the key's index.
@@ -89,10 +90,19 @@ private:
     void writeMainline(Animation &animation);
     void writeMainlineKey(MainlineKey &key, int index);
     void writeTimeline(Timeline &timeline, int index);
+    /// Objects that have value lines in `animation` but no timeline there.
+    std::vector<const Object *> objectsWithLinesOnly(const Animation &animation) const;
+    void writeLinesOnlyTimeline(const Animation &animation, const Object &object, int id);
     void writeTimelineKey(const Timeline &timeline, int index);
     void writeKeyContent(const Timeline &timeline, const TimelineKey &key);
     void writeSoundAttributes(const TimelineKey &key);
     void writeCurve(const TweenInfo &curve);
+    /// Whether the text the sink writes for model value `value` reads back as `omitted`.
+    bool readsBackAs(double value, Precision precision, NumberMapping mapping,
+                     double omitted) const;
+    /// Writes the attribute unless its text reads back as `omitted`, the reader's default.
+    void optionalNumber(std::string_view name, double value, Precision precision,
+                        NumberMapping mapping, double omitted);
 
     // Places for the variables, value lines, tags and character maps that other parts of
     // the program store; each is written exactly here in the element order of the file.

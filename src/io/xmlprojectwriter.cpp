@@ -6,6 +6,9 @@
 #include "io/projectwriter.h"
 #include "io/xmlwriter.h"
 
+#include <cmath>
+#include <cstring>
+
 namespace Morvane {
 
 namespace {
@@ -28,16 +31,43 @@ public:
     {
         mWriter.writeIntegerAttribute(name, value);
     }
-    void real6Attribute(std::string_view name, double value) override
+    void numberAttribute(std::string_view name, double value, Precision precision,
+                         NumberMapping mapping) override
     {
-        mWriter.writeReal6Attribute(name, value);
-    }
-    void g6Attribute(std::string_view name, double value) override
-    {
-        mWriter.writeG6Attribute(name, value);
+        const double file = NumberFormat::toFile(value, mapping);
+        if (precision == Precision::Real6)
+            mWriter.writeReal6Attribute(name, file);
+        else
+            mWriter.writeG6Attribute(name, stableG6(file, mapping));
     }
 
 private:
+    // Six significant digits of a tiny number do not survive 1 - (1 - t): write the number
+    // whose text the next save writes again, so that saving a saved file changes nothing.
+    static double stableG6(double file, NumberMapping mapping)
+    {
+        if (mapping != NumberMapping::FromOne || !std::isfinite(file))
+            return file;
+        char text[NumberFormat::BufferSize];
+        char again[NumberFormat::BufferSize];
+        int length = NumberFormat::writeG6(text, file);
+        for (int step = 0; step < 4; ++step) {
+            double read = 0.0;
+            if (!NumberFormat::parseDouble(text, text + length, &read))
+                return file;
+            const double next = NumberFormat::toFile(NumberFormat::toModel(read, mapping),
+                                                     mapping);
+            const int nextLength = NumberFormat::writeG6(again, next);
+            if (nextLength == length && std::memcmp(text, again, size_t(length)) == 0)
+                return file;
+            file = next;
+            length = nextLength;
+            std::memcpy(text, again, size_t(length));
+        }
+        return file;
+    }
+
+
     XmlWriter &mWriter;
 };
 

@@ -68,13 +68,11 @@ bool Entity::deleteObject(const QString &name)
     Object *o = objectFromName(name);
     if (!o)
         return false;
-    const int objectIndex = indexOfObject(o);
     for (const auto &anim : mAnimations) {
         for (int i = anim->timelineCount(); i-- > 0;) {
             if (anim->timeline(i)->object() == o)
                 anim->deleteTimeline(i);
         }
-        anim->removeObjectLineHolder(objectIndex);
     }
     removeObject(o);
     delete o;
@@ -89,6 +87,9 @@ bool Entity::removeObject(Object *object)
     mObjects[size_t(i)].release();
     mObjects.erase(mObjects.begin() + i);
     object->setParentItem(nullptr);
+    // Value lines are kept by object index: the object's own go, later ones move down.
+    for (const auto &anim : mAnimations)
+        anim->removeObjectLineHolder(i);
     return true;
 }
 

@@ -49,7 +49,8 @@ public:
     void appendObject(Object *object, int index = -1, bool makeUnique = true);
     /// Deletes the named object and its timelines in every animation.
     bool deleteObject(const QString &name);
-    /// Takes the object out without destroying it; the caller owns it.
+    /// Takes the object out without destroying it; the caller owns it. Its value lines in
+    /// every animation are dropped and those of the objects after it move down one index.
     bool removeObject(Object *object);
     void clearObjects();
     /// Whether any timeline of any animation animates the object at `index`.

@@ -13,10 +13,14 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QMap>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUndoStack>
+
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 using namespace Morvane;
 
@@ -52,6 +56,41 @@ QByteArray projectText(const QString &entity, const QStringList &images)
     return text + "</animation></entity></morvane_data>";
 }
 
+// A project whose entity "hero" shows, through a sub-entity key, animation `animation` of
+// its entity `entity` ("hat" is entity 1, with two animations).
+QByteArray subEntityProjectText(int entity, int animation)
+{
+    return "<morvane_data><entity id=\"0\" name=\"hero\"><obj_info name=\"sub\" type=\"entity\"/>"
+           "<animation id=\"0\" name=\"walk\"><timeline id=\"0\" obj=\"0\" name=\"sub\" "
+           "object_type=\"entity\"><key id=\"0\"><object entity=\""
+           + QByteArray::number(entity) + "\" animation=\"" + QByteArray::number(animation)
+           + "\" t=\"0.5\"/></key></timeline></animation></entity>"
+             "<entity id=\"1\" name=\"hat\"><animation id=\"0\" name=\"idle\"/>"
+             "<animation id=\"1\" name=\"spin\"/></entity></morvane_data>";
+}
+
+// Every regular file and link below `directory` with its content or target.
+QMap<QString, QByteArray> treeBelow(const QString &directory)
+{
+    QMap<QString, QByteArray> tree;
+    QDirIterator it(directory,
+                    QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QFileInfo info(path);
+        if (info.isSymLink())
+            tree.insert(path.mid(directory.size() + 1), "-> " + info.symLinkTarget().toUtf8());
+        else if (info.isFile())
+            tree.insert(path.mid(directory.size() + 1), readAll(path));
+        else if (info.isDir())
+            tree.insert(path.mid(directory.size() + 1) + QLatin1Char('/'), QByteArray());
+        else
+            tree.insert(path.mid(directory.size() + 1), "special");
+    }
+    return tree;
+}
+
 QStringList filesBelow(const QString &directory)
 {
     QStringList files;
@@ -71,6 +110,10 @@ class TestMerge : public QObject
 private slots:
     void mergesEntitiesAndImages();
     void declinedMergeChangesNothing();
+    void subEntitiesAreRemapped_data();
+    void subEntitiesAreRemapped();
+    void linksAreFollowedOnlyInside_data();
+    void linksAreFollowedOnlyInside();
     void resolveInside_data();
     void resolveInside();
     void freeName_data();
@@ -157,6 +200,206 @@ void TestMerge::declinedMergeChangesNothing()
     QCOMPARE(document.entityCount(), 1);
     QVERIFY(!QFileInfo::exists(root.filePath(QStringLiteral("other"))));
     QCOMPARE(host.suppressDepth, 0);
+}
+
+void TestMerge::subEntitiesAreRemapped_data()
+{
+    QTest::addColumn<int>("merges");
+    QTest::addColumn<int>("entity");    // the sub-entity key's entity in the merged file
+    QTest::addColumn<int>("animation"); // and its animation
+    QTest::newRow("one merge") << 1 << 1 << 1;
+    QTest::newRow("first animation") << 1 << 1 << 0;
+    QTest::newRow("merged twice") << 2 << 1 << 1;
+    QTest::newRow("showing itself") << 1 << 0 << 0;
+    QTest::newRow("entity that does not exist") << 1 << 7 << 0;
+    QTest::newRow("animation that does not exist") << 1 << 1 << 5;
+}
+
+void TestMerge::subEntitiesAreRemapped()
+{
+    QFETCH(int, merges);
+    QFETCH(int, entity);
+    QFETCH(int, animation);
+    QTemporaryDir root;
+    const QString mainPath = root.filePath(QStringLiteral("main.rigx"));
+    QVERIFY(writeAll(mainPath, projectText(QStringLiteral("a"), {QStringLiteral("a.png")})));
+    QVERIFY(writeAll(root.filePath(QStringLiteral("other.rigx")),
+                     subEntityProjectText(entity, animation)));
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, mainPath, &host));
+    // A second entity here, so the merged ones do not start at the indexes they had.
+    document.appendEntity(new Entity(QStringLiteral("b"), true));
+    const bool exists = entity <= 1 && animation <= (entity == 1 ? 1 : 0);
+    for (int m = 0; m < merges; ++m) {
+        const int offset = document.entityCount();
+        QStringList warnings;
+        QVERIFY(ProjectFile::importInto(&document, root.filePath(QStringLiteral("other.rigx")),
+                                        &host, nullptr, &warnings));
+        QCOMPARE(document.entityCount(), offset + 2);
+        const TimelineKey *key = document.entity(offset)->animation(0)->timeline(0)->key(0);
+        const Address &shown = key->entityInfo().animation;
+        if (!exists) {
+            QVERIFY(!shown.animation());
+            continue;
+        }
+        QCOMPARE(shown.entityIndex(), offset + entity);
+        QCOMPARE(shown.animationIndex(), animation);
+        QCOMPARE(shown.animation(), document.entity(offset + entity)->animation(animation));
+    }
+
+    // Saved and read again, the key still shows the merged entity's animation.
+    const QString merged = root.filePath(QStringLiteral("merged.rigx"));
+    QVERIFY(ProjectFile::save(&document, merged, {}, &host));
+    RigxData back;
+    QVERIFY(ProjectFile::open(&back, merged, &host));
+    const int last = back.entityCount() - 2;
+    const Address &shown =
+        back.entity(last)->animation(0)->timeline(0)->key(0)->entityInfo().animation;
+    if (exists)
+        QCOMPARE(shown.animation(), back.entity(last + entity)->animation(animation));
+    else
+        QVERIFY(!shown.animation());
+}
+
+void TestMerge::linksAreFollowedOnlyInside_data()
+{
+    // Set-up lines, made in order below the root folder (which holds "main/main.rigx"
+    // and "other/friend.rigx"): "file NAME", "dir NAME", "link NAME TARGET" (TARGET
+    // absolute when it starts with "/", "@" standing for the root), "fifo NAME",
+    // "device NAME".
+    QTest::addColumn<QStringList>("setup");
+    QTest::addColumn<QString>("image");    // the image's name in the merged project
+    QTest::addColumn<QString>("copiedAs"); // below main/, empty when refused
+    QTest::addColumn<QString>("source");   // the file whose bytes the copy holds
+    QTest::newRow("plain file") << QStringList{QStringLiteral("file other/a.png")} << "a.png"
+                                << "friend/a.png" << "other/a.png";
+    QTest::newRow("file link leading out")
+        << QStringList{QStringLiteral("file secret.png"),
+                       QStringLiteral("link other/shadow.png @/secret.png")}
+        << "shadow.png" << "" << "";
+    QTest::newRow("file link to a system file")
+        << QStringList{QStringLiteral("link other/shadow.png /etc/shadow")} << "shadow.png" << ""
+        << "";
+    QTest::newRow("file link staying inside")
+        << QStringList{QStringLiteral("file other/real.png"),
+                       QStringLiteral("link other/alias.png real.png")}
+        << "alias.png" << "friend/alias.png" << "other/real.png";
+    QTest::newRow("folder link leading out")
+        << QStringList{QStringLiteral("file outside/arm.png"),
+                       QStringLiteral("link other/parts @/outside")}
+        << "parts/arm.png" << "" << "";
+    QTest::newRow("folder link staying inside")
+        << QStringList{QStringLiteral("file other/real/arm.png"),
+                       QStringLiteral("link other/parts real")}
+        << "parts/arm.png" << "friend/parts/arm.png" << "other/real/arm.png";
+    QTest::newRow("dangling file link")
+        << QStringList{QStringLiteral("link other/gone.png nothing.png")} << "gone.png" << "" << "";
+    QTest::newRow("dangling link leading out")
+        << QStringList{QStringLiteral("link other/gone.png /nonexistent/x.png")} << "gone.png"
+        << "" << "";
+    QTest::newRow("pipe") << QStringList{QStringLiteral("fifo other/pipe.png")} << "pipe.png" << ""
+                          << "";
+    QTest::newRow("device") << QStringList{QStringLiteral("device other/zero.png")} << "zero.png"
+                            << "" << "";
+    QTest::newRow("merge folder links out")
+        << QStringList{QStringLiteral("file other/a.png"), QStringLiteral("dir outside"),
+                       QStringLiteral("link main/friend @/outside")}
+        << "a.png" << "" << "";
+    QTest::newRow("merge subfolder links out")
+        << QStringList{QStringLiteral("file other/parts/arm.png"), QStringLiteral("dir outside"),
+                       QStringLiteral("dir main/friend"),
+                       QStringLiteral("link main/friend/parts @/outside")}
+        << "parts/arm.png" << "" << "";
+    QTest::newRow("merge folder links inside")
+        << QStringList{QStringLiteral("file other/a.png"), QStringLiteral("dir main/art"),
+                       QStringLiteral("link main/friend art")}
+        << "a.png" << "friend/a.png" << "other/a.png";
+    QTest::newRow("dangling link at the copy's name")
+        << QStringList{QStringLiteral("file other/a.png"), QStringLiteral("dir outside"),
+                       QStringLiteral("dir main/friend"),
+                       QStringLiteral("link main/friend/a.png @/outside/new.png")}
+        << "a.png" << "friend/a_2.png" << "other/a.png";
+    QTest::newRow("link to an outside file at the copy's name")
+        << QStringList{QStringLiteral("file other/a.png"), QStringLiteral("file victim.png"),
+                       QStringLiteral("dir main/friend"),
+                       QStringLiteral("link main/friend/a.png @/victim.png")}
+        << "a.png" << "friend/a_2.png" << "other/a.png";
+}
+
+void TestMerge::linksAreFollowedOnlyInside()
+{
+    QFETCH(QStringList, setup);
+    QFETCH(QString, image);
+    QFETCH(QString, copiedAs);
+    QFETCH(QString, source);
+    QTemporaryDir root;
+    QVERIFY(QDir(root.path()).mkpath(QStringLiteral("main")));
+    QVERIFY(QDir(root.path()).mkpath(QStringLiteral("other")));
+    int color = 0;
+    for (const QString &line : std::as_const(setup)) {
+        const QStringList parts = line.split(QLatin1Char(' '));
+        const QString path = root.filePath(parts.at(1));
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        const QByteArray name = QFile::encodeName(path);
+        if (parts.at(0) == QLatin1String("file")) {
+            writeImage(path, QColor::fromHsv(40 * color++, 255, 255));
+        } else if (parts.at(0) == QLatin1String("dir")) {
+            QVERIFY(QDir().mkpath(path));
+        } else if (parts.at(0) == QLatin1String("link")) {
+            QString target = parts.at(2);
+            target.replace(QLatin1Char('@'), root.path());
+            QCOMPARE(::symlink(QFile::encodeName(target).constData(), name.constData()), 0);
+        } else if (parts.at(0) == QLatin1String("fifo")) {
+            QCOMPARE(::mkfifo(name.constData(), 0600), 0);
+        } else if (parts.at(0) == QLatin1String("device")) {
+            if (::mknod(name.constData(), S_IFCHR | 0666, makedev(1, 5)) != 0)
+                QSKIP("making a device node needs root");
+        }
+    }
+    QVERIFY(writeAll(root.filePath(QStringLiteral("main/main.rigx")),
+                     projectText(QStringLiteral("hero"), {QStringLiteral("hero.png")})));
+    QVERIFY(writeAll(root.filePath(QStringLiteral("other/friend.rigx")),
+                     projectText(QStringLiteral("friend"), {image})));
+    const QMap<QString, QByteArray> before = treeBelow(root.path());
+
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, root.filePath(QStringLiteral("main/main.rigx")), &host));
+    QStringList warnings;
+    QVERIFY(ProjectFile::importInto(&document, root.filePath(QStringLiteral("other/friend.rigx")),
+                                    &host, nullptr, &warnings));
+    const TimelineKey *key = document.entity(1)->animation(0)->timeline(0)->key(0);
+
+    // Nothing changed anywhere but the copy, if there is one.
+    QMap<QString, QByteArray> after = treeBelow(root.path());
+    if (!copiedAs.isEmpty()) {
+        const QString copy = root.filePath(QStringLiteral("main/") + copiedAs);
+        QVERIFY(!QFileInfo(copy).isSymLink());
+        QCOMPARE(readAll(copy), readAll(root.filePath(source)));
+        QVERIFY(key->fileInfo().file());
+        QCOMPARE(key->fileInfo().file()->name(), copiedAs);
+        QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
+        // The copy (where a link inside the project led it) and the folders made for it.
+        const QByteArray bytes = readAll(root.filePath(source));
+        for (auto it = after.begin(); it != after.end();) {
+            if (!before.contains(it.key()) && it.key().startsWith(QLatin1String("main/"))
+                && (it.key().endsWith(QLatin1Char('/')) || it.value() == bytes))
+                it = after.erase(it);
+            else
+                ++it;
+        }
+    } else {
+        QVERIFY(!key->fileInfo().isValid());
+        QCOMPARE(warnings.size(), 1);
+        QVERIFY2(warnings.first().startsWith(QStringLiteral("Refused image \"") + image),
+                 qPrintable(warnings.first()));
+        // A refused image may leave the empty merge folder behind, never a file.
+        after.remove(QStringLiteral("main/friend/"));
+        if (before.contains(QStringLiteral("main/friend/")))
+            after.insert(QStringLiteral("main/friend/"), QByteArray());
+    }
+    QCOMPARE(after, before);
 }
 
 void TestMerge::resolveInside_data()

@@ -26,6 +26,12 @@ private slots:
     void shortest_data();
     void shortest();
     void shortestRoundTrips();
+    void shortestFor_data();
+    void shortestFor();
+    void shortestForGivesTheFileTextBack_data();
+    void shortestForGivesTheFileTextBack();
+    void shortestForReadsBack_data();
+    void shortestForReadsBack();
     void integer_data();
     void integer();
     void parseDouble_data();
@@ -42,7 +48,21 @@ void TestNumberFormat::real6_data()
     QTest::newRow("two") << 2.0 << QByteArray("2");
     QTest::newRow("one and a half") << 1.5 << QByteArray("1.5");
     QTest::newRow("negative quarter") << -0.25 << QByteArray("-0.25");
-    QTest::newRow("tiny negative rounds to -0") << -0.0000004 << QByteArray("-0");
+    // A value that rounds to zero is zero, whichever side it came from.
+    QTest::newRow("tiny negative rounds to 0") << -0.0000004 << QByteArray("0");
+    QTest::newRow("-1e-7") << -0.0000001 << QByteArray("0");
+    QTest::newRow("-1e-9") << -1e-9 << QByteArray("0");
+    // 5e-7 is stored just below the half: it rounds down, on both sides.
+    QTest::newRow("5e-7") << 0.0000005 << QByteArray("0");
+    QTest::newRow("-5e-7") << -0.0000005 << QByteArray("0");
+    QTest::newRow("one step past -5e-7") << std::nextafter(-0.0000005, -1.0)
+                                         << QByteArray("-0.000001");
+    QTest::newRow("-5.000001e-7") << -0.0000005000001 << QByteArray("-0.000001");
+    QTest::newRow("-4.999999e-7") << -0.0000004999999 << QByteArray("0");
+    QTest::newRow("-1.5e-6") << -0.0000015 << QByteArray("-0.000002");
+    QTest::newRow("-2.5e-6 is stored above the half") << -0.0000025 << QByteArray("-0.000003");
+    QTest::newRow("negative tie at 2^-21 rounds to zero") << -0.000000476837158203125
+                                                          << QByteArray("0");
     QTest::newRow("zero") << 0.0 << QByteArray("0");
     QTest::newRow("rounds at sixth decimal") << 1.0000005 << QByteArray("1.000001");
     QTest::newRow("rounds up to integer") << 2.9999999 << QByteArray("3");
@@ -53,7 +73,7 @@ void TestNumberFormat::real6_data()
         << 1e20 << QByteArray("100000000000000000000");
     QTest::newRow("nan") << std::nan("") << QByteArray("0");
     QTest::newRow("infinity") << std::numeric_limits<double>::infinity() << QByteArray("0");
-    QTest::newRow("negative zero") << -0.0 << QByteArray("-0");
+    QTest::newRow("negative zero") << -0.0 << QByteArray("0");
     // 2^-7 * 1e6 is exactly 7812.5: a tie goes to the even neighbour.
     QTest::newRow("exact tie rounds to even") << 0.0078125 << QByteArray("0.007812");
     QTest::newRow("exact tie rounds up to even") << 0.0234375 << QByteArray("0.023438");
@@ -81,6 +101,8 @@ void TestNumberFormat::g6_data()
     QTest::newRow("1 - 0.3") << 1.0 - 0.3 << QByteArray("0.7");
     QTest::newRow("negative") << -12.5 << QByteArray("-12.5");
     QTest::newRow("nan") << std::nan("") << QByteArray("0");
+    QTest::newRow("negative zero") << -0.0 << QByteArray("0");
+    QTest::newRow("tiny negative keeps its digits") << -1e-9 << QByteArray("-1e-09");
 }
 
 void TestNumberFormat::g6()
@@ -115,9 +137,12 @@ void TestNumberFormat::real6MatchesPrintf()
             --length;
         if (length > 0 && expected[length - 1] == '.')
             --length;
+        QByteArray reference(expected, length);
+        if (reference == "-0")
+            reference = "0";
         char buffer[NumberFormat::BufferSize];
         const int written = NumberFormat::writeReal6(buffer, value);
-        QCOMPARE(QByteArray(buffer, written), QByteArray(expected, length));
+        QCOMPARE(QByteArray(buffer, written), reference);
     }
 }
 
@@ -131,6 +156,7 @@ void TestNumberFormat::g6MatchesPrintf()
         char expected[64];
         std::snprintf(expected, sizeof expected, "%g", value);
         QCOMPARE(NumberFormat::g6(value), QByteArray(expected));
+        QVERIFY(NumberFormat::g6(value) != "-0");
     }
 }
 
@@ -177,6 +203,107 @@ void TestNumberFormat::shortestRoundTrips()
             QCOMPARE(back, 0.0);
         else
             QCOMPARE(back, value);
+    }
+}
+
+void TestNumberFormat::shortestFor_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<int>("mapping");
+    QTest::addColumn<QByteArray>("text");
+    const int same = int(NumberMapping::Same);
+    const int negated = int(NumberMapping::Negated);
+    const int fromOne = int(NumberMapping::FromOne);
+    const int turn = int(NumberMapping::FromFullTurn);
+    QTest::newRow("plain") << 0.1 << same << QByteArray("0.1");
+    QTest::newRow("negated") << -2.5 << negated << QByteArray("2.5");
+    QTest::newRow("negated zero") << -0.0 << negated << QByteArray("0");
+    // 360 - (360 - 0.1) is 0.10000000000002274; 0.1 reads back as the same angle.
+    QTest::newRow("angle read as 0.1") << 360.0 - 0.1 << turn << QByteArray("0.1");
+    QTest::newRow("angle read as 359.9") << 360.0 - 359.9 << turn << QByteArray("359.9");
+    QTest::newRow("angle read as 0.000001") << 360.0 - 0.000001 << turn << QByteArray("0.000001");
+    QTest::newRow("angle read as 123.456789") << 360.0 - 123.456789 << turn
+                                               << QByteArray("123.456789");
+    QTest::newRow("model angle 0") << 0.0 << turn << QByteArray("360");
+    QTest::newRow("model angle 360") << 360.0 << turn << QByteArray("0");
+    QTest::newRow("model angle -90") << -90.0 << turn << QByteArray("90");
+    // No file angle reads back as this one: the nearest is written.
+    QTest::newRow("angle finer than the file holds") << 1e-300 << turn << QByteArray("360");
+    QTest::newRow("pivot read as 0.3") << 1.0 - 0.3 << fromOne << QByteArray("0.3");
+    QTest::newRow("pivot read as 0.000001") << 1.0 - 0.000001 << fromOne
+                                            << QByteArray("0.000001");
+    QTest::newRow("pivot read as 1e20") << 1.0 - 1e20 << fromOne
+                                        << QByteArray("100000000000000000000");
+    QTest::newRow("nan") << std::nan("") << same << QByteArray("0");
+}
+
+void TestNumberFormat::shortestFor()
+{
+    QFETCH(double, value);
+    QFETCH(int, mapping);
+    QFETCH(QByteArray, text);
+    QCOMPARE(NumberFormat::shortestFor(value, NumberMapping(mapping)), text);
+}
+
+void TestNumberFormat::shortestForGivesTheFileTextBack_data()
+{
+    QTest::addColumn<int>("mapping");
+    QTest::addColumn<double>("low");
+    QTest::addColumn<double>("high");
+    QTest::newRow("angles") << int(NumberMapping::FromFullTurn) << 0.0 << 360.0;
+    QTest::newRow("pivots") << int(NumberMapping::FromOne) << -3.0 << 4.0;
+    QTest::newRow("large pivots") << int(NumberMapping::FromOne) << -1e9 << 1e9;
+    QTest::newRow("positions") << int(NumberMapping::Negated) << -1e9 << 1e9;
+}
+
+void TestNumberFormat::shortestForGivesTheFileTextBack()
+{
+    // A number read from a file with six decimals is written as it was read, whatever the
+    // model keeps in its place.
+    QFETCH(int, mapping);
+    QFETCH(double, low);
+    QFETCH(double, high);
+    QRandomGenerator random(11);
+    for (int i = 0; i < 20000; ++i) {
+        char text[64];
+        const double drawn = low + random.generateDouble() * (high - low);
+        const int digits = random.bounded(0, 7);
+        const int length = std::snprintf(text, sizeof text, "%.*f", digits, drawn);
+        double fileValue = 0.0;
+        QVERIFY(NumberFormat::parseDouble(text, text + length, &fileValue));
+        const double model = NumberFormat::toModel(fileValue, NumberMapping(mapping));
+        QCOMPARE(NumberFormat::shortestFor(model, NumberMapping(mapping)),
+                 NumberFormat::shortest(fileValue));
+    }
+}
+
+void TestNumberFormat::shortestForReadsBack_data()
+{
+    QTest::addColumn<int>("mapping");
+    QTest::newRow("angles") << int(NumberMapping::FromFullTurn);
+    QTest::newRow("pivots") << int(NumberMapping::FromOne);
+}
+
+void TestNumberFormat::shortestForReadsBack()
+{
+    // Any model value, as an edit leaves it: the text reads back as it whenever some number
+    // does, and is never longer than the plain shortest text of the file number.
+    QFETCH(int, mapping);
+    const NumberMapping how = NumberMapping(mapping);
+    QRandomGenerator random(5);
+    for (int i = 0; i < 20000; ++i) {
+        const double model = how == NumberMapping::FromFullTurn
+                                 ? random.generateDouble() * 360.0
+                                 : random.generateDouble() * 2.0 - 0.5;
+        const QByteArray text = NumberFormat::shortestFor(model, how);
+        const QByteArray plain = NumberFormat::shortest(NumberFormat::toFile(model, how));
+        QVERIFY2(text.size() <= plain.size(),
+                 QByteArray(text + " longer than " + plain).constData());
+        double back = 0.0;
+        QVERIFY(NumberFormat::parseDouble(text.constData(), text.constData() + text.size(), &back));
+        const double plainBack = NumberFormat::toModel(NumberFormat::toFile(model, how), how);
+        if (plainBack == model)
+            QCOMPARE(NumberFormat::toModel(back, how), model);
     }
 }
 

@@ -22,8 +22,6 @@
 
 #include <cmath>
 
-#include <sys/stat.h>
-
 using namespace Morvane;
 
 namespace {
@@ -115,7 +113,6 @@ private slots:
     void jsonKeysAscendAtEveryLevel();
     void largeProjectRoundTrips_data();
     void largeProjectRoundTrips();
-    void replacingAPipeDoesNotWait();
 };
 
 void TestProjectSave::progressRisesToHundred_data()
@@ -248,21 +245,6 @@ void TestProjectSave::largeProjectRoundTrips()
     QVERIFY(ProjectFile::save(&reopened, copy, {}, &host));
     QVERIFY(readAll(copy) == saved);
     QVERIFY(host.lines.isEmpty());
-}
-
-void TestProjectSave::replacingAPipeDoesNotWait()
-{
-    // Saving looks at the file it replaces; a pipe of that name must not make it wait for
-    // a writer that never comes.
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("pipe.rigx"));
-    QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-    RigxData document;
-    document.setFilePath(path);
-    buildProject(document, 1, 2, 2);
-    TestHost host;
-    QVERIFY(ProjectFile::save(&document, path, {}, &host));
-    QVERIFY(readAll(path).startsWith("<?xml"));
 }
 
 QTEST_GUILESS_MAIN(TestProjectSave)
