@@ -79,8 +79,21 @@ MainlineKey *Animation::mainlineKey(int index) const
     return ownedAt(mMainlineKeys, index);
 }
 
+int Animation::mainlineLowerBound(int time) const
+{
+    const auto it = std::lower_bound(mMainlineKeys.begin(), mMainlineKeys.end(), time,
+                                     [](const auto &k, int t) { return k->currentTime() < t; });
+    return int(it - mMainlineKeys.begin());
+}
+
 int Animation::indexOfMainlineKey(const MainlineKey *key) const
 {
+    if (!key || key->parentItem() != this)
+        return -1;
+    const int at = mainlineLowerBound(key->currentTime());
+    if (at < mainlineKeyCount() && mMainlineKeys[size_t(at)].get() == key)
+        return at;
+    // A mainline out of order (while a caller sorts it) is searched whole.
     return indexOfOwned(mMainlineKeys, key);
 }
 
@@ -140,15 +153,8 @@ MainlineKey *Animation::mainlineKeyAtExactTime(int time) const
 {
     // Unlike mainlineKeyFromTime, no clamping: a key beyond the length is
     // still found where it stands.
-    auto it = std::lower_bound(mMainlineKeys.begin(), mMainlineKeys.end(), time,
-                               [](const auto &k, int t) { return k->currentTime() < t; });
-    if (it != mMainlineKeys.end() && (*it)->currentTime() == time)
-        return it->get();
-    for (const auto &mk : mMainlineKeys) {
-        if (mk->currentTime() == time) // the list may be unsorted mid-edit
-            return mk.get();
-    }
-    return nullptr;
+    MainlineKey *k = mainlineKey(mainlineLowerBound(time));
+    return k && k->currentTime() == time ? k : nullptr;
 }
 
 int Animation::appendMainlineKey(MainlineKey *key, int time, bool sort, bool giveId,
@@ -157,23 +163,30 @@ int Animation::appendMainlineKey(MainlineKey *key, int time, bool sort, bool giv
     if (!key)
         return -2;
     const int t = time == -1 ? key->currentTime() : time;
-    for (const auto &mk : mMainlineKeys) {
-        if (mk.get() != key && mk->currentTime() == t) {
-            delete key;
-            return -2;
+    // Past the last key, as when keys are appended in time order, nothing can be taken.
+    if (!mMainlineKeys.empty() && mMainlineKeys.back()->currentTime() >= t) {
+        for (int i = mainlineLowerBound(t); i < mainlineKeyCount(); ++i) {
+            const MainlineKey *mk = mMainlineKeys[size_t(i)].get();
+            if (mk->currentTime() != t)
+                break;
+            if (mk != key) {
+                delete key;
+                return -2;
+            }
         }
     }
     key->setCurrentTime(t, false, true);
     key->setParentItem(this);
-    mMainlineKeys.emplace_back(key);
+    if (sort)
+        mMainlineKeys.emplace(mMainlineKeys.begin() + mainlineLowerBound(t), key);
+    else
+        mMainlineKeys.emplace_back(key);
     int result = -2;
     if (giveId) {
         key->setId(currentMainKeyId++);
         result = key->id();
     }
     key->setEditorFlag(editorFlag);
-    if (sort)
-        sortMainlineKeysByTime();
     return result;
 }
 
@@ -273,19 +286,25 @@ bool Animation::removeMainlineKey(MainlineKey *key)
 
 int Animation::sortMainlineKeysByTime(int followedPosition)
 {
-    for (size_t i = 1; i < mMainlineKeys.size(); ++i) {
-        size_t j = i;
-        const int t = mMainlineKeys[i]->currentTime();
-        while (j > 0 && mMainlineKeys[j - 1]->currentTime() > t) {
-            std::swap(mMainlineKeys[j - 1], mMainlineKeys[j]);
-            if (followedPosition == int(j))
-                followedPosition = int(j - 1);
-            else if (followedPosition == int(j - 1))
-                followedPosition = int(j);
-            --j;
-        }
+    return sortOwnedByKey(&mMainlineKeys, followedPosition,
+                          [](const MainlineKey &k) { return k.currentTime(); });
+}
+
+int Animation::moveMainlineKeyIntoPlace(int index)
+{
+    if (index < 0 || index >= mainlineKeyCount())
+        return index;
+    size_t i = size_t(index);
+    while (i > 0 && mMainlineKeys[i - 1]->currentTime() > mMainlineKeys[i]->currentTime()) {
+        std::swap(mMainlineKeys[i - 1], mMainlineKeys[i]);
+        --i;
     }
-    return followedPosition;
+    while (i + 1 < mMainlineKeys.size()
+           && mMainlineKeys[i + 1]->currentTime() < mMainlineKeys[i]->currentTime()) {
+        std::swap(mMainlineKeys[i + 1], mMainlineKeys[i]);
+        ++i;
+    }
+    return int(i);
 }
 
 void Animation::sortAllKeysByTime(bool mainlineToo)
