@@ -15,8 +15,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
+#include <utility>
 
 namespace Morvane {
+
+namespace {
+
+struct PairHash
+{
+    std::size_t operator()(const std::pair<const MainlineKey *, const Timeline *> &p) const
+    {
+        return std::hash<const void *>()(p.first) * 31 + std::hash<const void *>()(p.second);
+    }
+};
+
+} // namespace
 
 int Animation::currentMainKeyId = 0;
 int Animation::currentTimeKeyId = 0;
@@ -195,42 +209,81 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
     // The undoable form pushes the same steps as commands once the editor's
     // command layer exists; the model change is the same either way.
     Q_UNUSED(withUndo);
+    // Which mainline keys refer to which timeline, made on the first search past a
+    // timeline's first key that misses: without it, keys that a file lists without
+    // references make every search scan all the references of their mainline key.
+    std::unordered_set<std::pair<const MainlineKey *, const Timeline *>, PairHash> referenced;
+    bool indexed = false;
+    const auto note = [&](const MainlineKey *mk) {
+        for (int j = 0; j < mk->refCount(); ++j)
+            referenced.insert({mk, mk->ref(j)->timeline()});
+    };
+    const auto hasRef = [&](const MainlineKey *mk, const Timeline *tl) {
+        if (!indexed) {
+            for (const auto &m : mMainlineKeys)
+                note(m.get());
+            indexed = true;
+        }
+        return referenced.count({mk, tl}) > 0;
+    };
     for (const auto &tl : mTimelines) {
         if (tl->isSound())
             continue;
-        // A timeline's reference usually sits at the same place in every mainline key:
-        // looking there first keeps this linear in the number of keys.
+        // A timeline's reference usually sits at the same place in every mainline key, and
+        // its keys meet the mainline keys in order: looking there first keeps this linear
+        // in the number of keys.
         int refHint = 0;
+        int mainHint = 0;
         for (int i = 0; i < tl->keyCount(); ++i) {
             TimelineKey *k = tl->key(i);
             const int t = k->time(true);
-            MainlineKey *mk = mainlineKeyAtExactTime(t);
+            MainlineKey *mk = mainlineKey(mainHint);
+            if (!mk || mk->currentTime() != t) {
+                mk = mainlineKey(mainHint + 1);
+                if (mk && mk->currentTime() == t)
+                    ++mainHint;
+                else
+                    mk = mainlineKeyAtExactTime(t);
+            }
             if (!mk) {
                 const MainlineKey *inForce = mainlineKeyFromTime(t, false);
                 mk = inForce ? new MainlineKey(*inForce) : new MainlineKey;
                 mk->setId(currentMainKeyId++);
                 appendMainlineKey(mk, t, true, false); // the time is free: accepted
+                if (indexed)
+                    note(mk);
             }
+            if (mk == mainlineKey(mainHint + 1))
+                ++mainHint;
+            else if (mk != mainlineKey(mainHint))
+                mainHint = indexOfMainlineKey(mk);
             if (k->mainKey() != mk)
                 mk->addChildTimelineKey(k);
             // The reference at this moment takes its values from this key.
             ObjectRef *r = mk->ref(refHint);
             if (!r || r->timeline() != tl.get()) {
                 r = nullptr;
-                for (int j = 0; j < mk->refCount(); ++j) {
-                    if (mk->ref(j)->timeline() == tl.get()) {
-                        r = mk->ref(j);
-                        refHint = j;
-                        break;
+                // Past the first key a miss means the reference moved or is missing; the
+                // index tells which before the scan.
+                if (i == 0 || hasRef(mk, tl.get())) {
+                    for (int j = 0; j < mk->refCount(); ++j) {
+                        if (mk->ref(j)->timeline() == tl.get()) {
+                            r = mk->ref(j);
+                            refHint = j;
+                            break;
+                        }
                     }
                 }
             }
             if (r) {
                 if (r->key() != k)
                     r->setKey(k);
-            } else {
-                mk->appendRef(tl.get(), i);
+                continue;
             }
+            r = mk->appendRef(tl.get(), i);
+            if (indexed)
+                referenced.insert({mk, tl.get()});
+            refHint = r->isBoneRef() ? mk->boneRefCount() - 1 : mk->refCount() - 1;
         }
     }
 }
