@@ -321,6 +321,7 @@ private:
         mEntityIndexes.insert(intOr(node, "id", index), index);
 
         // The position of each obj_info; timelines refer to objects by it.
+        mObjectNames.clear();
         mObjInfos.clear();
         mCreatedObjects.clear();
         node.forEach("obj_info", [&](const Node &child) { readObjInfo(entity, child); });
@@ -338,6 +339,15 @@ private:
                 }
             }
         }
+    }
+
+    // Names are made unique against the names read so far; asking the entity each time
+    // would compare every name with every other.
+    void appendObject(Entity *entity, Object *object)
+    {
+        const bool taken = mObjectNames.contains(object->name());
+        entity->appendObject(object, -1, taken);
+        mObjectNames.insert(object->name());
     }
 
     void readObjInfo(Entity *entity, const Node &node)
@@ -373,7 +383,7 @@ private:
             info.xScale = realOr(node, "scale_x", 1.0);
             info.yScale = realOr(node, "scale_y", 1.0);
         }
-        entity->appendObject(object, -1, true);
+        appendObject(entity, object);
         readObjectVariables(object, node);
         mObjInfos.push_back(object);
     }
@@ -465,7 +475,6 @@ private:
         });
 
         mTimelines.clear();
-        mTimelineKeys.clear();
         node.forEach("timeline", [&](const Node &child) {
             readTimeline(entity, animation, child, 0);
         });
@@ -529,7 +538,7 @@ private:
         if (Object *object = mCreatedObjects.value(key, nullptr))
             return object;
         auto *object = new Object(name, type);
-        entity->appendObject(object, -1, true);
+        appendObject(entity, object);
         mCreatedObjects.insert(key, object);
         return object;
     }
@@ -550,19 +559,19 @@ private:
         // Appending renumbers only the new one; ids are positions either way.
         animation->appendTimeline(timeline, -1, false);
         timeline->setId(animation->timelineCount() - 1);
+        // References name keys by their place in the file, before sorting.
+        std::vector<TimelineKey *> keys;
+        node.forEach("key", [&](const Node &child) {
+            keys.push_back(readTimelineKey(animation, timeline, object, child));
+        });
+        timeline->sortKeysByTime();
         if (!mTimelines.contains(id))
-            mTimelines.insert(id, timeline);
+            mTimelines.insert(id, {std::move(keys), object->isBone()});
         else
             warn(QStringLiteral("Animation \"%1\" has two timelines with id %2; references "
                                 "name the first")
                      .arg(animation->name())
                      .arg(id));
-        // References name keys by their place in the file, before sorting.
-        std::vector<TimelineKey *> &keys = mTimelineKeys[timeline];
-        node.forEach("key", [&](const Node &child) {
-            keys.push_back(readTimelineKey(animation, timeline, object, child));
-        });
-        timeline->sortKeysByTime();
         readTimelineValueLines(timeline, node.first("meta"));
     }
 
@@ -672,7 +681,8 @@ private:
         return clamped;
     }
 
-    TimelineKey *referencedKey(const Animation *animation, const Node &node)
+    // The key a reference names; `bone` tells whether it is a bone's.
+    TimelineKey *referencedKey(const Animation *animation, const Node &node, bool *bone)
     {
         int timelineId;
         int keyIndex;
@@ -682,10 +692,9 @@ private:
                      .arg(animation->name()));
             return nullptr;
         }
-        Timeline *timeline = mTimelines.value(timelineId, nullptr);
-        const auto keys = mTimelineKeys.constFind(timeline);
-        if (!timeline || keys == mTimelineKeys.constEnd() || keyIndex < 0
-            || keyIndex >= int(keys->size())) {
+        const auto read = mTimelines.constFind(timelineId);
+        if (read == mTimelines.constEnd() || keyIndex < 0
+            || keyIndex >= int(read->keys.size())) {
             warn(QStringLiteral("A reference in animation \"%1\" names timeline %2 key %3, "
                                 "which does not exist; it is dropped")
                      .arg(animation->name())
@@ -693,7 +702,8 @@ private:
                      .arg(keyIndex));
             return nullptr;
         }
-        return (*keys)[size_t(keyIndex)];
+        *bone = read->bone;
+        return read->keys[size_t(keyIndex)];
     }
 
     void readMainlineKey(Animation *animation, const Node &node)
@@ -718,10 +728,11 @@ private:
         QHash<int, BoneRef *> bonesById;
         QHash<ObjectRef *, int> parentIds;
         node.forEach("bone_ref", [&](const Node &child) {
-            TimelineKey *target = referencedKey(animation, child);
+            bool bone = false;
+            TimelineKey *target = referencedKey(animation, child, &bone);
             if (!target)
                 return;
-            if (!target->parentTimeline()->isBone()) {
+            if (!bone) {
                 warn(QStringLiteral("A bone reference in animation \"%1\" at %2 ms names "
                                     "timeline \"%3\", which is no bone; it is dropped")
                          .arg(animation->name())
@@ -745,10 +756,11 @@ private:
                 parentIds.insert(ref, parent);
         });
         node.forEach("object_ref", [&](const Node &child) {
-            TimelineKey *target = referencedKey(animation, child);
+            bool bone = false;
+            TimelineKey *target = referencedKey(animation, child, &bone);
             if (!target)
                 return;
-            if (target->parentTimeline()->isBone()) {
+            if (bone) {
                 warn(QStringLiteral("An object reference in animation \"%1\" at %2 ms names "
                                     "bone timeline \"%3\"; it is dropped")
                          .arg(animation->name())
@@ -816,7 +828,7 @@ private:
             QString name = QStringLiteral("__object_000");
             child.string("name", &name);
             auto *object = new Object(name, type);
-            entity->appendObject(object, -1, true);
+            appendObject(entity, object);
             auto *timeline = new Timeline(object, object->name(), animation->timelineCount());
             animation->appendTimeline(timeline, -1, true);
             auto *timelineKey = new TimelineKey;
@@ -890,9 +902,16 @@ private:
     QHash<QPair<int, int>, File *> mFiles;
     QHash<int, int> mEntityIndexes;
     std::vector<Object *> mObjInfos;
+    QSet<QString> mObjectNames;
     QHash<QPair<int, int>, Object *> mCreatedObjects;
-    QHash<int, Timeline *> mTimelines;
-    QHash<const Timeline *, std::vector<TimelineKey *>> mTimelineKeys;
+    // The timelines of the animation being read, by the id the file gives them, with their
+    // keys in the file's order.
+    struct ReadTimeline
+    {
+        std::vector<TimelineKey *> keys;
+        bool bone = false;
+    };
+    QHash<int, ReadTimeline> mTimelines;
     std::unordered_set<int> mMainlineTimes;
     std::vector<PendingSubEntity> mPendingSubEntities;
     QSet<Entity *> mRenamePlaceholders;

@@ -34,7 +34,7 @@ public:
 
     bool string(const char *name, QString *out) const
     {
-        const pugi::xml_attribute attribute = mNode.attribute(name);
+        const pugi::xml_attribute attribute = find(name);
         if (!attribute)
             return false;
         *out = QString::fromUtf8(attribute.value());
@@ -43,7 +43,7 @@ public:
 
     bool real(const char *name, double *out) const
     {
-        const pugi::xml_attribute attribute = mNode.attribute(name);
+        const pugi::xml_attribute attribute = find(name);
         if (!attribute)
             return false;
         const char *text = attribute.value();
@@ -55,7 +55,7 @@ public:
 
     bool integer(const char *name, int *out) const
     {
-        const pugi::xml_attribute attribute = mNode.attribute(name);
+        const pugi::xml_attribute attribute = find(name);
         if (!attribute)
             return false;
         const char *text = attribute.value();
@@ -79,6 +79,10 @@ public:
     }
 
 private:
+    // The reader asks for attributes mostly in the order they are written: the search
+    // starts behind the last one found.
+    pugi::xml_attribute find(const char *name) const { return mNode.attribute(name, mHint); }
+
     void badNumber(const char *name, const char *text) const
     {
         mWarnings->badNumber(mNode.name(), name,
@@ -86,6 +90,7 @@ private:
     }
 
     pugi::xml_node mNode;
+    mutable pugi::xml_attribute mHint;
     ReaderWarnings *mWarnings = nullptr;
 };
 

@@ -124,6 +124,7 @@ private slots:
     void keysOutOfOrderLoadSorted();
     void readerWarnings_data();
     void readerWarnings();
+    void repeatedObjectNamesAreMadeUnique();
     void brokenAnimation_data();
     void brokenAnimation();
     void failedSaveKeepsOldFile();
@@ -687,6 +688,23 @@ void TestProjectFile::readerWarnings()
     jsonReader.read(&fromJson, &jsonWarnings);
     QCOMPARE(jsonWarnings, expected);
     QCOMPARE(writeXml(fromJson), writeXml(fromXml));
+}
+
+void TestProjectFile::repeatedObjectNamesAreMadeUnique()
+{
+    XmlProjectReader reader;
+    QString error;
+    QVERIFY(reader.parse("<morvane_data><entity name=\"e\"><obj_info name=\"arm\" type=\"bone\"/>"
+                         "<obj_info name=\"arm\" type=\"box\"/><obj_info name=\"leg\" "
+                         "type=\"bone\"/><animation><timeline obj=\"7\" name=\"arm\" "
+                         "object_type=\"point\"><key/></timeline></animation></entity>"
+                         "</morvane_data>",
+                         &error));
+    RigxData document;
+    reader.read(&document);
+    const Entity *entity = document.entity(0);
+    QCOMPARE(entity->objectNames(), (QStringList{QStringLiteral("arm"), QStringLiteral("arm_000"),
+                                                 QStringLiteral("leg"), QStringLiteral("arm_001")}));
 }
 
 void TestProjectFile::brokenAnimation_data()
