@@ -190,7 +190,7 @@ void TestProjectSave::largeProjectRoundTrips()
         QVERIFY(ProjectFile::save(&document, path, {}, &host));
     }
     const QByteArray saved = readAll(path);
-    // Past 2 MiB, where the XML reader keeps the text in memory of its own.
+    // Several megabytes, well past any buffer of the writers and readers.
     QVERIFY(saved.size() > (1 << 21));
     RigxData reopened;
     QVERIFY(ProjectFile::open(&reopened, path, &host));
