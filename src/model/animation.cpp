@@ -211,20 +211,24 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
     Q_UNUSED(withUndo);
     // Which mainline keys refer to which timeline, made on the first search past a
     // timeline's first key that misses: without it, keys that a file lists without
-    // references make every search scan all the references of their mainline key.
-    std::unordered_set<std::pair<const MainlineKey *, const Timeline *>, PairHash> referenced;
+    // references make every search scan all the references of their mainline key. A
+    // reference appended here is found through the hint by the next key at its time, the
+    // only one to look for it again.
+    using Pair = std::pair<const MainlineKey *, const Timeline *>;
+    std::vector<Pair> referenced;
+    std::unordered_set<Pair, PairHash> copied; // references of keys made after the index
     bool indexed = false;
-    const auto note = [&](const MainlineKey *mk) {
-        for (int j = 0; j < mk->refCount(); ++j)
-            referenced.insert({mk, mk->ref(j)->timeline()});
-    };
     const auto hasRef = [&](const MainlineKey *mk, const Timeline *tl) {
         if (!indexed) {
-            for (const auto &m : mMainlineKeys)
-                note(m.get());
+            for (const auto &m : mMainlineKeys) {
+                for (int j = 0; j < m->refCount(); ++j)
+                    referenced.emplace_back(m.get(), m->ref(j)->timeline());
+            }
+            std::sort(referenced.begin(), referenced.end());
             indexed = true;
         }
-        return referenced.count({mk, tl}) > 0;
+        return std::binary_search(referenced.begin(), referenced.end(), Pair(mk, tl))
+               || copied.count({mk, tl}) > 0;
     };
     for (const auto &tl : mTimelines) {
         if (tl->isSound())
@@ -250,8 +254,8 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
                 mk = inForce ? new MainlineKey(*inForce) : new MainlineKey;
                 mk->setId(currentMainKeyId++);
                 appendMainlineKey(mk, t, true, false); // the time is free: accepted
-                if (indexed)
-                    note(mk);
+                for (int j = 0; indexed && j < mk->refCount(); ++j)
+                    copied.insert({mk, mk->ref(j)->timeline()});
             }
             if (mk == mainlineKey(mainHint + 1))
                 ++mainHint;
@@ -281,8 +285,6 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
                 continue;
             }
             r = mk->appendRef(tl.get(), i);
-            if (indexed)
-                referenced.insert({mk, tl.get()});
             refHint = r->isBoneRef() ? mk->boneRefCount() - 1 : mk->refCount() - 1;
         }
     }
