@@ -68,40 +68,11 @@ void roundTrip(const QByteArray &input)
         failCheck("save, open and save again changed the file", twice + "\n----\n" + thrice);
 }
 
-// Reading the animations one at a time must agree with a whole parse: the same document
-// when the text parses, a failure (up front or while reading) when it does not.
-void streamedLikeWhole(const QByteArray &input)
-{
-    QString error;
-    XmlProjectReader whole;
-    const bool parsed = whole.parse(input, &error);
-    XmlProjectReader streamed;
-    const bool outlineParsed = streamed.parse(input, &error,
-                                              XmlProjectReader::Mode::StreamAnimations);
-    if (!parsed) {
-        if (outlineParsed) {
-            const QByteArray out = readAndWrite<XmlProjectReader, XmlProjectWriter>(streamed);
-            if (!streamed.failed())
-                failCheck("a streamed read accepted text that does not parse", out);
-        }
-        return;
-    }
-    if (!outlineParsed)
-        failCheck("a streamed read refused text that parses", error.toUtf8());
-    const QByteArray expected = readAndWrite<XmlProjectReader, XmlProjectWriter>(whole);
-    const QByteArray actual = readAndWrite<XmlProjectReader, XmlProjectWriter>(streamed);
-    if (streamed.failed(&error))
-        failCheck("a streamed animation failed to parse", error.toUtf8());
-    if (actual != expected)
-        failCheck("a streamed read differs from a whole one", expected + "\n----\n" + actual);
-}
-
 } // namespace
 
 void FuzzChecks::xmlReader(const QByteArray &input)
 {
     roundTrip<XmlProjectReader, XmlProjectWriter>(input);
-    streamedLikeWhole(input);
 }
 
 void FuzzChecks::jsonReader(const QByteArray &input)

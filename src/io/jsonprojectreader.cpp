@@ -4,14 +4,15 @@
 
 #include "io/numberformat.h"
 #include "io/projectreader.h"
-#include "io/textbuffer.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonValue>
 
+#include <cmath>
 #include <limits>
+#include <vector>
 
 namespace Morvane {
 
@@ -21,12 +22,13 @@ class JsonNode
 {
 public:
     JsonNode() = default;
-    explicit JsonNode(const QJsonObject &object)
+    JsonNode(const QJsonObject &object, const char *name, ReaderWarnings *warnings)
         : mObject(object)
-        , mValid(true)
+        , mName(name)
+        , mWarnings(warnings)
     {}
 
-    bool isValid() const { return mValid; }
+    bool isValid() const { return mWarnings != nullptr; }
 
     // Lenient about types: a number may come as a string and a name as a number.
     bool string(const char *name, QString *out) const
@@ -54,13 +56,14 @@ public:
         const QJsonValueConstRef value = *it;
         if (value.isDouble()) {
             const double number = value.toDouble();
-            if (!std::isfinite(number))
-                return false;
-            *out = number;
+            if (std::isfinite(number)) {
+                *out = number;
+                return true;
+            }
+        } else if (value.isString() && NumberFormat::parseDouble(value.toString(), out)) {
             return true;
         }
-        if (value.isString())
-            return NumberFormat::parseDouble(value.toString(), out);
+        badNumber(name, value);
         return false;
     }
 
@@ -70,18 +73,30 @@ public:
         if (it == mObject.constEnd())
             return false;
         const QJsonValueConstRef value = *it;
+        double number = 0.0;
         if (value.isDouble()) {
-            const double number = value.toDouble();
-            if (!std::isfinite(number) || std::trunc(number) != number
-                || number < double(std::numeric_limits<int>::min())
-                || number > double(std::numeric_limits<int>::max()))
+            number = value.toDouble();
+        } else if (value.isString()) {
+            if (NumberFormat::parseInt(value.toString(), out))
+                return true;
+            if (!NumberFormat::parseDouble(value.toString(), &number)) {
+                badNumber(name, value);
                 return false;
-            *out = int(number);
-            return true;
+            }
+        } else {
+            badNumber(name, value);
+            return false;
         }
-        if (value.isString())
-            return NumberFormat::parseInt(value.toString(), out);
-        return false;
+        // A fraction is no integer, but the caller may read it as a real next.
+        if (std::trunc(number) != number)
+            return false;
+        if (!std::isfinite(number) || number < double(std::numeric_limits<int>::min())
+            || number > double(std::numeric_limits<int>::max())) {
+            badNumber(name, value);
+            return false;
+        }
+        *out = int(number);
+        return true;
     }
 
     JsonNode first(const char *name) const
@@ -91,12 +106,12 @@ public:
             return JsonNode();
         const QJsonValueConstRef value = *it;
         if (value.isObject())
-            return JsonNode(value.toObject());
+            return JsonNode(value.toObject(), name, mWarnings);
         if (value.isArray()) {
             const QJsonArray array = value.toArray();
             for (const QJsonValueConstRef item : array) {
                 if (item.isObject())
-                    return JsonNode(item.toObject());
+                    return JsonNode(item.toObject(), name, mWarnings);
             }
         }
         return JsonNode();
@@ -110,7 +125,7 @@ public:
             return;
         const QJsonValueConstRef value = *it;
         if (value.isObject()) {
-            function(JsonNode(value.toObject()));
+            function(JsonNode(value.toObject(), name, mWarnings));
             return;
         }
         if (!value.isArray())
@@ -118,14 +133,88 @@ public:
         const QJsonArray array = value.toArray();
         for (const QJsonValueConstRef item : array) {
             if (item.isObject())
-                function(JsonNode(item.toObject()));
+                function(JsonNode(item.toObject(), name, mWarnings));
         }
     }
 
 private:
+    void badNumber(const char *name, const QJsonValueConstRef &value) const
+    {
+        QString text;
+        if (value.isString())
+            text = QLatin1Char('"') + value.toString() + QLatin1Char('"');
+        else if (value.isBool())
+            text = value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
+        else if (value.isNull())
+            text = QStringLiteral("null");
+        else if (value.isArray())
+            text = QStringLiteral("an array");
+        else if (value.isObject())
+            text = QStringLiteral("an object");
+        else
+            text = QString::fromLatin1(NumberFormat::shortest(value.toDouble()));
+        mWarnings->badNumber(mName, name, text);
+    }
+
     QJsonObject mObject;
-    bool mValid = false;
+    const char *mName = nullptr;
+    ReaderWarnings *mWarnings = nullptr;
 };
+
+bool isNumberStart(char c)
+{
+    return c == '-' || (c >= '0' && c <= '9');
+}
+
+bool isNumberPart(char c)
+{
+    return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
+}
+
+// Qt's parser refuses a number it cannot hold (1e400, 1e-400) and with it the file; the
+// XML form reads such a value as absent. `text` with every such number put in quotes, so
+// that it parses and the reader reports each one as it would in XML. `inserted` receives
+// the offsets (in the result) of the added quotes, to map error offsets back.
+QByteArray quoteNumbersOutOfRange(const QByteArray &text, std::vector<qsizetype> *inserted)
+{
+    QByteArray result;
+    result.reserve(text.size() + 64);
+    const char *p = text.constData();
+    const char *const end = p + text.size();
+    while (p < end) {
+        const char c = *p;
+        if (c == '"') {
+            // Copy the string whole, escapes included.
+            const char *q = p + 1;
+            while (q < end && *q != '"')
+                q += *q == '\\' ? 2 : 1;
+            q = q < end ? q + 1 : end;
+            result.append(p, q - p);
+            p = q;
+            continue;
+        }
+        if (isNumberStart(c)) {
+            const char *q = p;
+            while (q < end && isNumberPart(*q))
+                ++q;
+            double value;
+            if (!NumberFormat::parseDouble(p, q, &value)) {
+                inserted->push_back(result.size());
+                result.append('"');
+                result.append(p, q - p);
+                inserted->push_back(result.size());
+                result.append('"');
+            } else {
+                result.append(p, q - p);
+            }
+            p = q;
+            continue;
+        }
+        result.append(c);
+        ++p;
+    }
+    return result;
+}
 
 } // namespace
 
@@ -134,10 +223,22 @@ bool JsonProjectReader::parse(const QByteArray &text, QString *parseError)
     mParsed = false;
     mRoot = QJsonObject();
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    qsizetype offset = error.offset;
+    if (error.error == QJsonParseError::IllegalNumber) {
+        std::vector<qsizetype> inserted;
+        document = QJsonDocument::fromJson(quoteNumbersOutOfRange(text, &inserted), &error);
+        offset = error.offset;
+        for (qsizetype at : inserted) {
+            if (at < error.offset)
+                --offset;
+        }
+    }
     if (error.error != QJsonParseError::NoError) {
-        *parseError = error.errorString() + QStringLiteral(" at offset ")
-                      + QString::number(error.offset);
+        const QString notUtf8 = notUtf8Reason(text.constData(), text.size());
+        *parseError = notUtf8.isEmpty() ? error.errorString() + QStringLiteral(" at offset ")
+                                              + QString::number(offset)
+                                        : QStringLiteral("the file is not UTF-8 (%1)").arg(notUtf8);
         return false;
     }
     const QJsonObject root = document.object();
@@ -161,19 +262,23 @@ bool JsonProjectReader::parseFile(const QString &path, QString *readError, QStri
         *readError = file.errorString();
         return false;
     }
-    TextBuffer text;
-    if (!text.read(file, readError))
+    const QByteArray text = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        *readError = file.errorString();
         return false;
-    // The parser only reads the text: no copy of it is made.
-    return parse(QByteArray::fromRawData(text.constData(), qsizetype(text.size())), parseError);
+    }
+    return parse(text, parseError);
 }
 
-void JsonProjectReader::read(RigxData *document, QStringList *warnings)
+void JsonProjectReader::read(RigxData *document, QStringList *warnings,
+                             const std::function<void(int)> &progress)
 {
     if (!mParsed)
         return;
-    ProjectReader<JsonNode> reader(document, warnings);
-    reader.readRoot(JsonNode(mRoot));
+    ReaderWarnings list(warnings);
+    ProjectReader<JsonNode> reader(document, &list);
+    reader.readRoot(JsonNode(mRoot, "morvane_data", &list), progress);
+    list.finish();
 }
 
 } // namespace Morvane

@@ -154,14 +154,8 @@ bool ProjectFile::open(RigxData *document, const QString &path, ProjectIoHost *g
     JsonProjectReader jsonReader;
     QString readError;
     QString parseError;
-    // An empty document has nothing to lose when a streamed animation turns out broken:
-    // it is cleared again. A project that is open is kept until the whole file parsed.
-    const bool wasEmpty = document->isEmpty();
-    const XmlProjectReader::Mode mode = wasEmpty ? XmlProjectReader::Mode::StreamAnimations
-                                                 : XmlProjectReader::Mode::WholeDocument;
-    const bool parsed = form == Form::Json
-                            ? jsonReader.parseFile(path, &readError, &parseError)
-                            : xmlReader.parseFile(path, &readError, &parseError, mode);
+    const bool parsed = form == Form::Json ? jsonReader.parseFile(path, &readError, &parseError)
+                                           : xmlReader.parseFile(path, &readError, &parseError);
     if (!parsed) {
         host->endProgress();
         if (!readError.isEmpty())
@@ -172,26 +166,17 @@ bool ProjectFile::open(RigxData *document, const QString &path, ProjectIoHost *g
     }
 
     // From here on nothing can fail: the tree is complete, and the readers drop what does
-    // not fit instead of stopping.
-    host->progress(form == Form::Json ? 50 : 10);
-    const QString previousPath = document->filePath();
+    // not fit instead of stopping. The document is cleared and filled in place, so that
+    // everything holding it (addresses, views, the undo stack) stays valid.
+    host->progress(10);
     document->clear();
     document->setFilePath(QFileInfo(path).absoluteFilePath());
     QStringList dropped;
-    if (form == Form::Json) {
-        jsonReader.read(document, &dropped);
-    } else {
-        xmlReader.read(document, &dropped,
-                       [host](int percent) { host->progress(10 + percent * 85 / 100); });
-        if (xmlReader.failed(&parseError)) {
-            document->clear();
-            document->setFilePath(previousPath);
-            host->endProgress();
-            return fail(host, error,
-                        QStringLiteral("Error: Failed to parse file ") + path
-                            + QStringLiteral(": ") + parseError);
-        }
-    }
+    const auto progress = [host](int percent) { host->progress(10 + percent * 85 / 100); };
+    if (form == Form::Json)
+        jsonReader.read(document, &dropped, progress);
+    else
+        xmlReader.read(document, &dropped, progress);
     for (int e = 0; e < document->entityCount(); ++e) {
         Entity *entity = document->entity(e);
         for (int a = 0; a < entity->animationCount(); ++a)

@@ -25,9 +25,117 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <unordered_set>
 #include <vector>
 
 namespace Morvane {
+
+/// The warnings of one read: every fix-up that drops or changes data read from the file,
+/// one line each. A hostile file can produce millions; the first hundred are listed and the
+/// rest counted in a last line.
+class ReaderWarnings
+{
+public:
+    explicit ReaderWarnings(QStringList *list)
+        : mList(list)
+    {}
+
+    void add(const QString &text)
+    {
+        // A value read twice (as an integer, then as a real) is reported once.
+        if (mList && !mList->isEmpty() && mList->last() == text)
+            return;
+        if (mList && mList->size() < MaxWarnings)
+            mList->append(text);
+        else
+            ++mUnlisted;
+    }
+
+    /// For a number attribute (XML) or member (JSON) that is present but holds no number
+    /// the reader can use (not a number, not finite, out of range).
+    void badNumber(const char *element, const char *name, const QString &text)
+    {
+        add(QStringLiteral("\"%1\" of \"%2\" holds %3, which is no number in range; it is "
+                           "read as absent")
+                .arg(QLatin1StringView(name), QLatin1StringView(element), text));
+    }
+
+    /// Adds the line that counts what was not listed.
+    void finish()
+    {
+        if (mList && mUnlisted > 0)
+            mList->append(QStringLiteral("%1 more warnings are not listed").arg(mUnlisted));
+        mUnlisted = 0;
+    }
+
+private:
+    static constexpr int MaxWarnings = 100;
+
+    QStringList *mList;
+    qint64 mUnlisted = 0;
+};
+
+/// Empty when `text` may be UTF-8; otherwise why it is not ("it looks like UTF-16,
+/// little-endian", "byte 0xe4 at offset 12 is not UTF-8"), for the parse error of a file
+/// in another encoding.
+inline QString notUtf8Reason(const char *text, qsizetype size)
+{
+    const auto byte = [text](qsizetype i) { return static_cast<unsigned char>(text[i]); };
+    if (size >= 4 && byte(0) == 0xFF && byte(1) == 0xFE && byte(2) == 0 && byte(3) == 0)
+        return QStringLiteral("it is UTF-32, little-endian");
+    if (size >= 4 && byte(0) == 0 && byte(1) == 0 && byte(2) == 0xFE && byte(3) == 0xFF)
+        return QStringLiteral("it is UTF-32, big-endian");
+    if (size >= 2 && byte(0) == 0xFF && byte(1) == 0xFE)
+        return QStringLiteral("it is UTF-16, little-endian");
+    if (size >= 2 && byte(0) == 0xFE && byte(1) == 0xFF)
+        return QStringLiteral("it is UTF-16, big-endian");
+    // Without a byte order mark, the zero bytes of ASCII characters give the form away.
+    if (size >= 4 && byte(0) != 0 && byte(1) == 0 && byte(2) == 0 && byte(3) == 0)
+        return QStringLiteral("it looks like UTF-32, little-endian");
+    if (size >= 4 && byte(0) == 0 && byte(1) == 0 && byte(2) == 0 && byte(3) != 0)
+        return QStringLiteral("it looks like UTF-32, big-endian");
+    if (size >= 2 && byte(0) != 0 && byte(1) == 0)
+        return QStringLiteral("it looks like UTF-16, little-endian");
+    if (size >= 2 && byte(0) == 0 && byte(1) != 0)
+        return QStringLiteral("it looks like UTF-16, big-endian");
+    qsizetype i = 0;
+    while (i < size) {
+        const unsigned char c = byte(i);
+        if (c == 0)
+            return QStringLiteral("it holds a zero byte at offset %1").arg(i);
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        int length = 0;
+        char32_t code = 0;
+        if ((c & 0xE0) == 0xC0) {
+            length = 2;
+            code = c & 0x1F;
+        } else if ((c & 0xF0) == 0xE0) {
+            length = 3;
+            code = c & 0x0F;
+        } else if ((c & 0xF8) == 0xF0) {
+            length = 4;
+            code = c & 0x07;
+        }
+        bool valid = length > 0 && i + length <= size;
+        for (int k = 1; valid && k < length; ++k) {
+            valid = (byte(i + k) & 0xC0) == 0x80;
+            code = (code << 6) | (byte(i + k) & 0x3F);
+        }
+        // Overlong forms, surrogates and values past U+10FFFF are not UTF-8 either.
+        static constexpr char32_t Smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (!valid || code < Smallest[length] || code > 0x10FFFF
+            || (code >= 0xD800 && code <= 0xDFFF))
+            return QStringLiteral("byte 0x%1 at offset %2 is not UTF-8")
+                .arg(uint(c), 2, 16, QLatin1Char('0'))
+                .arg(i);
+        i += length;
+    }
+    return QString();
+}
 
 /// Builds a document from a parsed project tree; shared by the XML and JSON readers, which
 /// differ only in the node type they hand in.
@@ -37,21 +145,33 @@ namespace Morvane {
 /// not exist (a file, a timeline, a key, a bone parent, a sub-entity's animation) are
 /// dropped with a warning instead of being followed. Never fails once the tree parsed.
 ///
+/// Keys are appended as read and each timeline and mainline is put in time order once it
+/// is complete, so that loading takes time in proportion to the keys, in whatever order
+/// the file lists them.
+///
 /// `Node` provides: `bool isValid()`, `bool string(const char *, QString *)`,
 /// `bool real(const char *, double *)` (finite values only), `bool integer(const char *,
 /// int *)`, `Node first(const char *)` and `forEach(const char *, F)` over the children of
-/// one name, in order.
+/// one name, in order. A node reports a number it cannot use to `ReaderWarnings::badNumber`
+/// and answers as if it were absent.
 template <typename Node>
 class ProjectReader
 {
 public:
-    ProjectReader(RigxData *document, QStringList *warnings)
+    ProjectReader(RigxData *document, ReaderWarnings *warnings)
         : mDocument(document)
         , mWarnings(warnings)
     {}
 
-    void readRoot(const Node &root)
+    /// `progress` hears how far the build has come, 0..100, after each animation.
+    void readRoot(const Node &root, const std::function<void(int)> &progress = {})
     {
+        mProgress = progress;
+        if (mProgress) {
+            root.forEach("entity", [this](const Node &entity) {
+                entity.forEach("animation", [this](const Node &) { ++mAnimationTotal; });
+            });
+        }
         // Folders first: entities refer to files through the id map folders fill, and the
         // JSON form lists "entity" before "folder".
         readAtlases(root.first("atlas"));
@@ -59,6 +179,8 @@ public:
         readTagList(root);
         root.forEach("entity", [this](const Node &node) { readEntity(node); });
         resolveSubEntityKeys();
+        if (mProgress)
+            mProgress(100);
     }
 
 private:
@@ -69,12 +191,7 @@ private:
         int animationIndex;
     };
 
-    void warn(const QString &text)
-    {
-        // A hostile file can produce millions; the first ones say enough.
-        if (mWarnings && mWarnings->size() < MaxWarnings)
-            mWarnings->append(text);
-    }
+    void warn(const QString &text) { mWarnings->add(text); }
 
     static double realOr(const Node &node, const char *name, double fallback)
     {
@@ -163,7 +280,12 @@ private:
         QString name;
         node.string("name", &name);
         // A NUL can arrive through a character reference; no file system name holds one.
-        name = mDocument->validatePath(prefix + name, false).remove(QChar(0));
+        if (name.contains(QChar(0))) {
+            warn(QStringLiteral("File name \"%1\" holds a zero character; it is removed")
+                     .arg(QString(name).replace(QChar(0), QStringLiteral("\\0"))));
+            name.remove(QChar(0));
+        }
+        name = mDocument->validatePath(prefix + name, false);
         QString type;
         node.string("type", &type);
         const int fileType = type == QLatin1String("sound") ? File::Sound : File::Image;
@@ -199,6 +321,7 @@ private:
         mEntityIndexes.insert(intOr(node, "id", index), index);
 
         // The position of each obj_info; timelines refer to objects by it.
+        mObjectNames.clear();
         mObjInfos.clear();
         mCreatedObjects.clear();
         node.forEach("obj_info", [&](const Node &child) { readObjInfo(entity, child); });
@@ -216,6 +339,15 @@ private:
                 }
             }
         }
+    }
+
+    // Names are made unique against the names read so far; asking the entity each time
+    // would compare every name with every other.
+    void appendObject(Entity *entity, Object *object)
+    {
+        const bool taken = mObjectNames.contains(object->name());
+        entity->appendObject(object, -1, taken);
+        mObjectNames.insert(object->name());
     }
 
     void readObjInfo(Entity *entity, const Node &node)
@@ -251,7 +383,7 @@ private:
             info.xScale = realOr(node, "scale_x", 1.0);
             info.yScale = realOr(node, "scale_y", 1.0);
         }
-        entity->appendObject(object, -1, true);
+        appendObject(entity, object);
         readObjectVariables(object, node);
         mObjInfos.push_back(object);
     }
@@ -312,10 +444,17 @@ private:
         QString name = QStringLiteral("NewAnimation");
         node.string("name", &name);
         auto *animation = new Animation(name, false);
-        animation->setLength(qMax(0, intOr(node, "length", animation->length())));
+        animation->setLength(nonNegative(intOr(node, "length", animation->length()),
+                                         QStringLiteral("The length of animation \"%1\"")
+                                             .arg(name)));
         const double interval = realOr(node, "interval", animation->snappingInterval());
         if (interval >= 0.0 && interval < 2147483647.0)
             animation->setSnappingInterval(int(std::lround(interval)));
+        else
+            warn(QStringLiteral("Snapping interval %1 of animation \"%2\" is out of range; "
+                                "the default is kept")
+                     .arg(interval)
+                     .arg(name));
         QString looping;
         if (node.string("looping", &looping)) {
             if (looping == QLatin1String("false"))
@@ -323,7 +462,9 @@ private:
             else if (looping == QLatin1String("ping_pong"))
                 animation->setLoopingMode(Animation::PingPong);
         }
-        animation->setLoopTo(qMax(0, intOr(node, "loop_to", 0)));
+        animation->setLoopTo(nonNegative(intOr(node, "loop_to", 0),
+                                         QStringLiteral("The loop start of animation \"%1\"")
+                                             .arg(name)));
         entity->appendAnimation(animation);
 
         node.forEach("gline", [&](const Node &child) {
@@ -334,7 +475,6 @@ private:
         });
 
         mTimelines.clear();
-        mTimelineKeys.clear();
         node.forEach("timeline", [&](const Node &child) {
             readTimeline(entity, animation, child, 0);
         });
@@ -344,9 +484,11 @@ private:
         node.forEach("eventline", [&](const Node &child) {
             readTimeline(entity, animation, child, Object::Event);
         });
+        mMainlineTimes.clear();
         const Node mainline = node.first("mainline");
         if (mainline.isValid())
             mainline.forEach("key", [&](const Node &child) { readMainlineKey(animation, child); });
+        animation->sortMainlineKeysByTime();
 
         // Each timeline key becomes a child of the mainline key at its time; keys without
         // one get one (a file from elsewhere may leave them out).
@@ -360,6 +502,18 @@ private:
         }
         animation->appendMainKeysForOrphanTimeKeys(false);
         readAnimationValueLines(animation, node.first("meta"));
+        ++mAnimationsRead;
+        if (mProgress && mAnimationTotal > 0)
+            mProgress(qMin(99, mAnimationsRead * 100 / mAnimationTotal));
+    }
+
+    // Times, lengths and loop starts are never negative; a negative one becomes 0.
+    int nonNegative(int value, const QString &what)
+    {
+        if (value >= 0)
+            return value;
+        warn(QStringLiteral("%1 is %2 ms; it is read as 0").arg(what).arg(value));
+        return 0;
     }
 
     Object *objectForTimeline(Entity *entity, const Node &node, int forcedType)
@@ -384,7 +538,7 @@ private:
         if (Object *object = mCreatedObjects.value(key, nullptr))
             return object;
         auto *object = new Object(name, type);
-        entity->appendObject(object, -1, true);
+        appendObject(entity, object);
         mCreatedObjects.insert(key, object);
         return object;
     }
@@ -402,28 +556,44 @@ private:
         node.string("name", &name);
         const int id = intOr(node, "id", animation->timelineCount());
         auto *timeline = new Timeline(object, name, animation->timelineCount());
-        animation->appendTimeline(timeline, -1, true);
-        if (!mTimelines.contains(id))
-            mTimelines.insert(id, timeline);
-        std::vector<TimelineKey *> &keys = mTimelineKeys[timeline];
+        // Appending renumbers only the new one; ids are positions either way.
+        animation->appendTimeline(timeline, -1, false);
+        timeline->setId(animation->timelineCount() - 1);
+        // References name keys by their place in the file, before sorting.
+        std::vector<TimelineKey *> keys;
         node.forEach("key", [&](const Node &child) {
-            keys.push_back(readTimelineKey(timeline, object, child));
+            keys.push_back(readTimelineKey(animation, timeline, object, child));
         });
+        timeline->sortKeysByTime();
+        if (!mTimelines.contains(id))
+            mTimelines.insert(id, {std::move(keys), object->isBone()});
+        else
+            warn(QStringLiteral("Animation \"%1\" has two timelines with id %2; references "
+                                "name the first")
+                     .arg(animation->name())
+                     .arg(id));
         readTimelineValueLines(timeline, node.first("meta"));
     }
 
-    TimelineKey *readTimelineKey(Timeline *timeline, Object *object, const Node &node)
+    TimelineKey *readTimelineKey(const Animation *animation, Timeline *timeline, Object *object,
+                                 const Node &node)
     {
         auto *key = new TimelineKey;
         key->setId(Animation::currentTimeKeyId++);
-        key->setCachedTime(qMax(0, intOr(node, "time", 0)));
+        const int time = intOr(node, "time", 0);
+        key->setCachedTime(time >= 0 ? time
+                                     : nonNegative(time, QStringLiteral("A key time in timeline "
+                                                                        "\"%1\" of animation "
+                                                                        "\"%2\"")
+                                                             .arg(timeline->name(),
+                                                                  animation->name())));
         readCurve(node, &key->curve());
         Node content = node.first(object->isBone() ? "bone" : "object");
         if (content.isValid())
             readKeyContent(object, key, content);
         else
             applyObjectDefaults(object, key);
-        timeline->appendTimelineKey(key, true, false);
+        timeline->appendTimelineKey(key, false, false);
         return key;
     }
 
@@ -492,13 +662,27 @@ private:
         const bool hasGreen = node.real("g", &green);
         const bool hasBlue = node.real("b", &blue);
         if (hasRed || hasGreen || hasBlue)
-            info.color = QColor::fromRgbF(float(qBound(0.0, hasRed ? red : 1.0, 1.0)),
-                                          float(qBound(0.0, hasGreen ? green : 1.0, 1.0)),
-                                          float(qBound(0.0, hasBlue ? blue : 1.0, 1.0)));
+            info.color = QColor::fromRgbF(float(channel(hasRed ? red : 1.0, "r")),
+                                          float(channel(hasGreen ? green : 1.0, "g")),
+                                          float(channel(hasBlue ? blue : 1.0, "b")));
         info.alpha = realOr(node, "a", 1.0);
     }
 
-    TimelineKey *referencedKey(const Animation *animation, const Node &node)
+    // A colour channel lies in 0..1; one outside is clamped.
+    double channel(double value, const char *name)
+    {
+        const double clamped = qBound(0.0, value, 1.0);
+        if (clamped != value)
+            warn(QStringLiteral("Colour channel \"%1\" %2 of a key is outside 0..1; it is "
+                                "clamped to %3")
+                     .arg(QLatin1StringView(name))
+                     .arg(value)
+                     .arg(clamped));
+        return clamped;
+    }
+
+    // The key a reference names; `bone` tells whether it is a bone's.
+    TimelineKey *referencedKey(const Animation *animation, const Node &node, bool *bone)
     {
         int timelineId;
         int keyIndex;
@@ -508,10 +692,9 @@ private:
                      .arg(animation->name()));
             return nullptr;
         }
-        Timeline *timeline = mTimelines.value(timelineId, nullptr);
-        const auto keys = mTimelineKeys.constFind(timeline);
-        if (!timeline || keys == mTimelineKeys.constEnd() || keyIndex < 0
-            || keyIndex >= int(keys->size())) {
+        const auto read = mTimelines.constFind(timelineId);
+        if (read == mTimelines.constEnd() || keyIndex < 0
+            || keyIndex >= int(read->keys.size())) {
             warn(QStringLiteral("A reference in animation \"%1\" names timeline %2 key %3, "
                                 "which does not exist; it is dropped")
                      .arg(animation->name())
@@ -519,42 +702,72 @@ private:
                      .arg(keyIndex));
             return nullptr;
         }
-        return (*keys)[size_t(keyIndex)];
+        *bone = read->bone;
+        return read->keys[size_t(keyIndex)];
     }
 
     void readMainlineKey(Animation *animation, const Node &node)
     {
-        auto *key = new MainlineKey;
-        const int time = qMax(0, intOr(node, "time", 0));
-        readCurve(node, &key->curve());
-        if (animation->appendMainlineKey(key, time, true, true) == -2) {
-            // appendMainlineKey consumed the key.
+        int time = intOr(node, "time", 0);
+        if (time < 0)
+            time = nonNegative(time, QStringLiteral("A mainline key time of animation \"%1\"")
+                                         .arg(animation->name()));
+        // The mainline is put in time order once it is read; until then taken times are
+        // looked up here.
+        if (!mMainlineTimes.insert(time).second) {
             warn(QStringLiteral("Animation \"%1\" has two mainline keys at %2 ms; the second "
                                 "is dropped")
                      .arg(animation->name())
                      .arg(time));
             return;
         }
+        auto *key = new MainlineKey;
+        readCurve(node, &key->curve());
+        animation->appendMainlineKey(key, time, false, true);
 
         QHash<int, BoneRef *> bonesById;
         QHash<ObjectRef *, int> parentIds;
         node.forEach("bone_ref", [&](const Node &child) {
-            TimelineKey *target = referencedKey(animation, child);
-            if (!target || !target->parentTimeline()->isBone())
+            bool bone = false;
+            TimelineKey *target = referencedKey(animation, child, &bone);
+            if (!target)
                 return;
+            if (!bone) {
+                warn(QStringLiteral("A bone reference in animation \"%1\" at %2 ms names "
+                                    "timeline \"%3\", which is no bone; it is dropped")
+                         .arg(animation->name())
+                         .arg(time)
+                         .arg(target->parentTimeline()->name()));
+                return;
+            }
             auto *ref = new BoneRef(target);
             key->appendBoneRef(ref);
             const int id = intOr(child, "id", key->boneRefCount() - 1);
             if (!bonesById.contains(id))
                 bonesById.insert(id, ref);
+            else
+                warn(QStringLiteral("Animation \"%1\" has two bone references with id %2 at "
+                                    "%3 ms; parents name the first")
+                         .arg(animation->name())
+                         .arg(id)
+                         .arg(time));
             int parent;
             if (child.integer("parent", &parent))
                 parentIds.insert(ref, parent);
         });
         node.forEach("object_ref", [&](const Node &child) {
-            TimelineKey *target = referencedKey(animation, child);
-            if (!target || target->parentTimeline()->isBone())
+            bool bone = false;
+            TimelineKey *target = referencedKey(animation, child, &bone);
+            if (!target)
                 return;
+            if (bone) {
+                warn(QStringLiteral("An object reference in animation \"%1\" at %2 ms names "
+                                    "bone timeline \"%3\"; it is dropped")
+                         .arg(animation->name())
+                         .arg(time)
+                         .arg(target->parentTimeline()->name()));
+                return;
+            }
             auto *ref = new ZRef(target);
             ref->setLoadZIndex(intOr(child, "z_index", key->zRefCount()));
             key->appendZRef(ref);
@@ -567,9 +780,11 @@ private:
         for (auto it = parentIds.constBegin(); it != parentIds.constEnd(); ++it) {
             BoneRef *parent = bonesById.value(it.value(), nullptr);
             if (!parent) {
-                warn(QStringLiteral("A reference in animation \"%1\" names a missing parent "
-                                    "bone; it keeps no parent")
-                         .arg(animation->name()));
+                warn(QStringLiteral("A reference in animation \"%1\" at %2 ms names parent "
+                                    "bone %3, which does not exist; it keeps no parent")
+                         .arg(animation->name())
+                         .arg(time)
+                         .arg(it.value()));
                 continue;
             }
             it.key()->setParentRef(parent);
@@ -613,7 +828,7 @@ private:
             QString name = QStringLiteral("__object_000");
             child.string("name", &name);
             auto *object = new Object(name, type);
-            entity->appendObject(object, -1, true);
+            appendObject(entity, object);
             auto *timeline = new Timeline(object, object->name(), animation->timelineCount());
             animation->appendTimeline(timeline, -1, true);
             auto *timelineKey = new TimelineKey;
@@ -647,6 +862,11 @@ private:
                 && (!it.key()->isBoneRef()
                     || parent < int(std::find(bones.begin(), bones.end(), it.key()) - bones.begin())))
                 it.key()->setParentRef(bones[size_t(parent)]);
+            else
+                warn(QStringLiteral("An inline object of animation \"%1\" names parent %2, "
+                                    "which is no earlier bone; it keeps no parent")
+                         .arg(animation->name())
+                         .arg(parent));
         }
         if (!bones.empty() || node.first("object").isValid())
             mRenamePlaceholders.insert(entity);
@@ -670,10 +890,11 @@ private:
         }
     }
 
-    static constexpr int MaxWarnings = 100;
-
     RigxData *mDocument;
-    QStringList *mWarnings;
+    ReaderWarnings *mWarnings;
+    std::function<void(int)> mProgress;
+    int mAnimationTotal = 0;
+    int mAnimationsRead = 0;
     MetaReader<Node> mMeta{mDocument, [this](const QString &text) { warn(text); }};
     Entity *mReadingEntity = nullptr;
     QStringList mAtlasNames;
@@ -681,9 +902,17 @@ private:
     QHash<QPair<int, int>, File *> mFiles;
     QHash<int, int> mEntityIndexes;
     std::vector<Object *> mObjInfos;
+    QSet<QString> mObjectNames;
     QHash<QPair<int, int>, Object *> mCreatedObjects;
-    QHash<int, Timeline *> mTimelines;
-    QHash<const Timeline *, std::vector<TimelineKey *>> mTimelineKeys;
+    // The timelines of the animation being read, by the id the file gives them, with their
+    // keys in the file's order.
+    struct ReadTimeline
+    {
+        std::vector<TimelineKey *> keys;
+        bool bone = false;
+    };
+    QHash<int, ReadTimeline> mTimelines;
+    std::unordered_set<int> mMainlineTimes;
     std::vector<PendingSubEntity> mPendingSubEntities;
     QSet<Entity *> mRenamePlaceholders;
 };

@@ -23,8 +23,6 @@ list(APPEND MORVANE_CORE_SOURCES
     io/projectsink.h
     io/projectwriter.cpp
     io/projectwriter.h
-    io/textbuffer.cpp
-    io/textbuffer.h
     io/utf8encoder.h
     io/xmlprojectreader.cpp
     io/xmlprojectreader.h

@@ -149,24 +149,11 @@ bool Address::operator==(const Address &other) const
     return true;
 }
 
-void Address::setDirectPointer(MorvaneModelItem *item, bool keepOld)
+void Address::setDirectPointer(MorvaneModelItem *item)
 {
-    // An address registers with one item at a time; "keeping" the old one
-    // only means the old item is not told, which a single list cannot model,
-    // so both forms unregister.
-    Q_UNUSED(keepOld);
     if (item && !mDocument)
         mDocument = item->document();
     mDirect.set(item);
-}
-
-bool Address::directPointingTo(const MorvaneModelItem *item, bool clear)
-{
-    if (!item || mDirect.item() != item)
-        return false;
-    if (clear)
-        mDirect.set(nullptr);
-    return true;
 }
 
 void Address::invalidate()

@@ -102,14 +102,11 @@ public:
     const ObjectRef *refConst() const { return ref(); }
     const Object *objectConst() const { return object(); }
 
-    /// Points the address at `item` (registering with it). Unless `keepOld`,
-    /// first unregisters from the previous item. Takes the item's document
-    /// when the address has none.
-    void setDirectPointer(MorvaneModelItem *item, bool keepOld = false);
+    /// Points the address at `item` (registering with it, after unregistering
+    /// from the previous item). Takes the item's document when the address has
+    /// none.
+    void setDirectPointer(MorvaneModelItem *item);
     MorvaneModelItem *directPointer() const { return mDirect.item(); }
-    /// Called for `item` going away: with `clear`, drops the direct pointer
-    /// when it names `item`. Returns whether it named `item`.
-    bool directPointingTo(const MorvaneModelItem *item, bool clear = false);
     bool isValid() const { return !mDirect.isEmpty(); }
     void invalidate();
 

@@ -15,8 +15,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
+#include <utility>
 
 namespace Morvane {
+
+namespace {
+
+struct PairHash
+{
+    std::size_t operator()(const std::pair<const MainlineKey *, const Timeline *> &p) const
+    {
+        return std::hash<const void *>()(p.first) * 31 + std::hash<const void *>()(p.second);
+    }
+};
+
+} // namespace
 
 int Animation::currentMainKeyId = 0;
 int Animation::currentTimeKeyId = 0;
@@ -79,8 +93,21 @@ MainlineKey *Animation::mainlineKey(int index) const
     return ownedAt(mMainlineKeys, index);
 }
 
+int Animation::mainlineLowerBound(int time) const
+{
+    const auto it = std::lower_bound(mMainlineKeys.begin(), mMainlineKeys.end(), time,
+                                     [](const auto &k, int t) { return k->currentTime() < t; });
+    return int(it - mMainlineKeys.begin());
+}
+
 int Animation::indexOfMainlineKey(const MainlineKey *key) const
 {
+    if (!key || key->parentItem() != this)
+        return -1;
+    const int at = mainlineLowerBound(key->currentTime());
+    if (at < mainlineKeyCount() && mMainlineKeys[size_t(at)].get() == key)
+        return at;
+    // A mainline out of order (while a caller sorts it) is searched whole.
     return indexOfOwned(mMainlineKeys, key);
 }
 
@@ -140,15 +167,8 @@ MainlineKey *Animation::mainlineKeyAtExactTime(int time) const
 {
     // Unlike mainlineKeyFromTime, no clamping: a key beyond the length is
     // still found where it stands.
-    auto it = std::lower_bound(mMainlineKeys.begin(), mMainlineKeys.end(), time,
-                               [](const auto &k, int t) { return k->currentTime() < t; });
-    if (it != mMainlineKeys.end() && (*it)->currentTime() == time)
-        return it->get();
-    for (const auto &mk : mMainlineKeys) {
-        if (mk->currentTime() == time) // the list may be unsorted mid-edit
-            return mk.get();
-    }
-    return nullptr;
+    MainlineKey *k = mainlineKey(mainlineLowerBound(time));
+    return k && k->currentTime() == time ? k : nullptr;
 }
 
 int Animation::appendMainlineKey(MainlineKey *key, int time, bool sort, bool giveId,
@@ -157,23 +177,30 @@ int Animation::appendMainlineKey(MainlineKey *key, int time, bool sort, bool giv
     if (!key)
         return -2;
     const int t = time == -1 ? key->currentTime() : time;
-    for (const auto &mk : mMainlineKeys) {
-        if (mk.get() != key && mk->currentTime() == t) {
-            delete key;
-            return -2;
+    // Past the last key, as when keys are appended in time order, nothing can be taken.
+    if (!mMainlineKeys.empty() && mMainlineKeys.back()->currentTime() >= t) {
+        for (int i = mainlineLowerBound(t); i < mainlineKeyCount(); ++i) {
+            const MainlineKey *mk = mMainlineKeys[size_t(i)].get();
+            if (mk->currentTime() != t)
+                break;
+            if (mk != key) {
+                delete key;
+                return -2;
+            }
         }
     }
     key->setCurrentTime(t, false, true);
     key->setParentItem(this);
-    mMainlineKeys.emplace_back(key);
+    if (sort)
+        mMainlineKeys.emplace(mMainlineKeys.begin() + mainlineLowerBound(t), key);
+    else
+        mMainlineKeys.emplace_back(key);
     int result = -2;
     if (giveId) {
         key->setId(currentMainKeyId++);
         result = key->id();
     }
     key->setEditorFlag(editorFlag);
-    if (sort)
-        sortMainlineKeysByTime();
     return result;
 }
 
@@ -182,42 +209,83 @@ void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
     // The undoable form pushes the same steps as commands once the editor's
     // command layer exists; the model change is the same either way.
     Q_UNUSED(withUndo);
+    // Which mainline keys refer to which timeline, made on the first search past a
+    // timeline's first key that misses: without it, keys that a file lists without
+    // references make every search scan all the references of their mainline key. A
+    // reference appended here is found through the hint by the next key at its time, the
+    // only one to look for it again.
+    using Pair = std::pair<const MainlineKey *, const Timeline *>;
+    std::vector<Pair> referenced;
+    std::unordered_set<Pair, PairHash> copied; // references of keys made after the index
+    bool indexed = false;
+    const auto hasRef = [&](const MainlineKey *mk, const Timeline *tl) {
+        if (!indexed) {
+            for (const auto &m : mMainlineKeys) {
+                for (int j = 0; j < m->refCount(); ++j)
+                    referenced.emplace_back(m.get(), m->ref(j)->timeline());
+            }
+            std::sort(referenced.begin(), referenced.end());
+            indexed = true;
+        }
+        return std::binary_search(referenced.begin(), referenced.end(), Pair(mk, tl))
+               || copied.count({mk, tl}) > 0;
+    };
     for (const auto &tl : mTimelines) {
         if (tl->isSound())
             continue;
-        // A timeline's reference usually sits at the same place in every mainline key:
-        // looking there first keeps this linear in the number of keys.
+        // A timeline's reference usually sits at the same place in every mainline key, and
+        // its keys meet the mainline keys in order: looking there first keeps this linear
+        // in the number of keys.
         int refHint = 0;
+        int mainHint = 0;
         for (int i = 0; i < tl->keyCount(); ++i) {
             TimelineKey *k = tl->key(i);
             const int t = k->time(true);
-            MainlineKey *mk = mainlineKeyAtExactTime(t);
+            MainlineKey *mk = mainlineKey(mainHint);
+            if (!mk || mk->currentTime() != t) {
+                mk = mainlineKey(mainHint + 1);
+                if (mk && mk->currentTime() == t)
+                    ++mainHint;
+                else
+                    mk = mainlineKeyAtExactTime(t);
+            }
             if (!mk) {
                 const MainlineKey *inForce = mainlineKeyFromTime(t, false);
                 mk = inForce ? new MainlineKey(*inForce) : new MainlineKey;
                 mk->setId(currentMainKeyId++);
                 appendMainlineKey(mk, t, true, false); // the time is free: accepted
+                for (int j = 0; indexed && j < mk->refCount(); ++j)
+                    copied.insert({mk, mk->ref(j)->timeline()});
             }
+            if (mk == mainlineKey(mainHint + 1))
+                ++mainHint;
+            else if (mk != mainlineKey(mainHint))
+                mainHint = indexOfMainlineKey(mk);
             if (k->mainKey() != mk)
                 mk->addChildTimelineKey(k);
             // The reference at this moment takes its values from this key.
             ObjectRef *r = mk->ref(refHint);
             if (!r || r->timeline() != tl.get()) {
                 r = nullptr;
-                for (int j = 0; j < mk->refCount(); ++j) {
-                    if (mk->ref(j)->timeline() == tl.get()) {
-                        r = mk->ref(j);
-                        refHint = j;
-                        break;
+                // Past the first key a miss means the reference moved or is missing; the
+                // index tells which before the scan.
+                if (i == 0 || hasRef(mk, tl.get())) {
+                    for (int j = 0; j < mk->refCount(); ++j) {
+                        if (mk->ref(j)->timeline() == tl.get()) {
+                            r = mk->ref(j);
+                            refHint = j;
+                            break;
+                        }
                     }
                 }
             }
             if (r) {
                 if (r->key() != k)
                     r->setKey(k);
-            } else {
-                mk->appendRef(tl.get(), i);
+                continue;
             }
+            r = mk->appendRef(tl.get(), i);
+            refHint = r->isBoneRef() ? mk->boneRefCount() - 1 : mk->refCount() - 1;
         }
     }
 }
@@ -273,19 +341,25 @@ bool Animation::removeMainlineKey(MainlineKey *key)
 
 int Animation::sortMainlineKeysByTime(int followedPosition)
 {
-    for (size_t i = 1; i < mMainlineKeys.size(); ++i) {
-        size_t j = i;
-        const int t = mMainlineKeys[i]->currentTime();
-        while (j > 0 && mMainlineKeys[j - 1]->currentTime() > t) {
-            std::swap(mMainlineKeys[j - 1], mMainlineKeys[j]);
-            if (followedPosition == int(j))
-                followedPosition = int(j - 1);
-            else if (followedPosition == int(j - 1))
-                followedPosition = int(j);
-            --j;
-        }
+    return sortOwnedByKey(&mMainlineKeys, followedPosition,
+                          [](const MainlineKey &k) { return k.currentTime(); });
+}
+
+int Animation::moveMainlineKeyIntoPlace(int index)
+{
+    if (index < 0 || index >= mainlineKeyCount())
+        return index;
+    size_t i = size_t(index);
+    while (i > 0 && mMainlineKeys[i - 1]->currentTime() > mMainlineKeys[i]->currentTime()) {
+        std::swap(mMainlineKeys[i - 1], mMainlineKeys[i]);
+        --i;
     }
-    return followedPosition;
+    while (i + 1 < mMainlineKeys.size()
+           && mMainlineKeys[i + 1]->currentTime() < mMainlineKeys[i]->currentTime()) {
+        std::swap(mMainlineKeys[i + 1], mMainlineKeys[i]);
+        ++i;
+    }
+    return int(i);
 }
 
 void Animation::sortAllKeysByTime(bool mainlineToo)

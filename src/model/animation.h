@@ -31,6 +31,10 @@ struct GuideLine
 
 /// An animation of an entity: the mainline (time-ordered mainline keys) and
 /// the timelines. Times are milliseconds.
+///
+/// The mainline is kept in time order and searched by halving, so that editing loops
+/// over many keys stay linear; whoever sets a mainline key's time without `sort` puts the
+/// mainline back in order (`sortMainlineKeysByTime`).
 class Animation : public MorvaneModelItem
 {
 public:
@@ -79,7 +83,9 @@ public:
     /// Always consumes `key` (deleted when refused). The time is `time`, or the
     /// key's own when -1. Refused (-2) when null or when another key has that
     /// time. With `giveId`, the key gets the next process-wide id, which is
-    /// returned; otherwise -2.
+    /// returned; otherwise -2. With `sort` the key goes to its place in time order;
+    /// without, to the end: a caller appending a batch out of order makes sure the
+    /// times are free (the search for a taken time assumes order) and sorts once.
     int appendMainlineKey(MainlineKey *key, int time = -1, bool sort = true, bool giveId = false,
                           bool editorFlag = false);
     /// Every timeline key (sound timelines aside) gets a mainline key at its
@@ -94,9 +100,12 @@ public:
     void deleteTimelineKeysForMainlineKey(MainlineKey *key);
     /// Takes the key out without destroying it; the caller owns it.
     bool removeMainlineKey(MainlineKey *key);
-    /// Restores time order (stable); returns the new position of the key
-    /// that was at `followedPosition`.
+    /// Restores time order (stable, n log n; linear when already in order); returns
+    /// the new position of the key that was at `followedPosition`.
     int sortMainlineKeysByTime(int followedPosition = -1);
+    /// Moves the one mainline key at `index`, whose time changed, to its place in time
+    /// order; a cost in proportion to how far it moves. Returns its new position.
+    int moveMainlineKeyIntoPlace(int index);
     void sortAllKeysByTime(bool mainlineToo = true);
 
     // Timelines.
@@ -151,6 +160,9 @@ public:
     void clearAllLinksAndChildren() override;
 
 private:
+    // The first position whose mainline key's time is not below `time`.
+    int mainlineLowerBound(int time) const;
+
     QString mName;
     int mLength = 1000;
     int mLooping = Looping;

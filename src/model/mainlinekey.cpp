@@ -50,15 +50,16 @@ MainlineKey::~MainlineKey()
 
 void MainlineKey::setCurrentTime(int time, bool sort, bool updateChildren)
 {
+    Animation *anim = sort ? parentAnimation() : nullptr;
+    // Found while the key still stands at its old time.
+    const int index = anim ? anim->indexOfMainlineKey(this) : -1;
     mTime = time;
     if (updateChildren) {
         for (TimelineKey *k : std::as_const(mChildKeys))
             k->setCachedTime(time);
     }
-    if (sort) {
-        if (Animation *anim = parentAnimation())
-            anim->sortMainlineKeysByTime();
-    }
+    if (anim)
+        anim->moveMainlineKeyIntoPlace(index);
 }
 
 BoneRef *MainlineKey::boneRef(int index) const
@@ -140,10 +141,13 @@ void MainlineKey::appendBoneRef(BoneRef *ref, int index)
     if (!ref)
         return;
     ref->setParentItem(this);
-    if (index < 0 || index > int(mBoneRefs.size()))
+    if (index < 0 || index >= int(mBoneRefs.size())) {
+        // The others keep their numbers: appending one by one stays linear.
         mBoneRefs.emplace_back(ref);
-    else
-        mBoneRefs.emplace(mBoneRefs.begin() + index, ref);
+        ref->setId(boneRefCount() - 1);
+        return;
+    }
+    mBoneRefs.emplace(mBoneRefs.begin() + index, ref);
     renumberBoneRefs();
 }
 
@@ -152,10 +156,12 @@ void MainlineKey::appendZRef(ZRef *ref, int index)
     if (!ref)
         return;
     ref->setParentItem(this);
-    if (index < 0 || index > int(mZRefs.size()))
+    if (index < 0 || index >= int(mZRefs.size())) {
         mZRefs.emplace_back(ref);
-    else
-        mZRefs.emplace(mZRefs.begin() + index, ref);
+        ref->setId(zRefCount() - 1);
+        return;
+    }
+    mZRefs.emplace(mZRefs.begin() + index, ref);
     renumberZRefs();
 }
 

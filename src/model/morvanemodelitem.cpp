@@ -4,7 +4,6 @@
 
 #include "model/address.h"
 #include "model/file.h"
-#include "model/itemallocator.h"
 #include "model/itemlink.h"
 #include "model/rigxdata.h"
 
@@ -59,16 +58,6 @@ bool MorvaneModelItem::removeChildItem(MorvaneModelItem *)
 void MorvaneModelItem::clearAllLinksAndChildren()
 {
     dropRegisteredAddresses();
-}
-
-void *MorvaneModelItem::operator new(std::size_t size)
-{
-    return ItemAllocator::allocate(size);
-}
-
-void MorvaneModelItem::operator delete(void *pointer, std::size_t size) noexcept
-{
-    ItemAllocator::deallocate(pointer, size);
 }
 
 int MorvaneModelItem::registeredAddressCount() const

@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include <cstddef>
-
 namespace Morvane {
 
 class ItemLink;
@@ -40,14 +38,6 @@ public:
     /// Every address that points here drops its direct pointer (it keeps its
     /// indexes, so it can resolve again later).
     virtual ~MorvaneModelItem();
-
-    // Items come from slabs of their size (see ItemAllocator): projects hold millions.
-    static void *operator new(std::size_t size);
-    static void operator delete(void *pointer, std::size_t size) noexcept;
-    // Declaring the above hides the placement forms, which containers and Qt's meta
-    // types use.
-    static void *operator new(std::size_t, void *where) noexcept { return where; }
-    static void operator delete(void *, void *) noexcept {}
 
     MorvaneItemType morvaneItemType() const { return mItemType; }
     MorvaneModelItem *parentItem() const { return mParentItem; }

@@ -84,7 +84,6 @@ public:
 
     // Files.
     File *file(int folderIndex, int fileIndex) const;
-    File *fileFromIndexes(int folderIndex, int fileIndex) const { return file(folderIndex, fileIndex); }
     File *fileFromIds(int folderId, int fileId) const;
     /// The file whose name is `path` (normalised first when `validate`).
     File *file(const QString &path, bool validate = true) const;
@@ -197,7 +196,6 @@ Q_SIGNALS:
 private:
     QObject *mMainWindow = nullptr;
     QUndoStack *mUndoStack = nullptr;
-    QMap<QString, int> mAtlasIndexes;
     QString mKind;
     int mCurrentEntity = 0;
     TagManager mTagManager;

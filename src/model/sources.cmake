@@ -1,8 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 list(APPEND MORVANE_CORE_SOURCES
     model/address.cpp
-    model/itemallocator.cpp
-    model/itemallocator.h
     model/itemlink.h
     model/address.h
     model/animation.cpp

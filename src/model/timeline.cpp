@@ -10,6 +10,8 @@
 #include "model/timelinekey.h"
 #include "model/entityinfo.h"
 
+#include <algorithm>
+
 namespace Morvane {
 
 Timeline::Timeline(Object *object, const QString &name, int id)
@@ -79,8 +81,24 @@ TimelineKey *Timeline::key(int index) const
     return ownedAt(mKeys, index);
 }
 
+int Timeline::lowerBound(int time) const
+{
+    const auto it = std::lower_bound(mKeys.begin(), mKeys.end(), time,
+                                     [](const auto &k, int t) { return k->time(true) < t; });
+    return int(it - mKeys.begin());
+}
+
 int Timeline::indexOfKey(const TimelineKey *key) const
 {
+    if (!key || key->parentItem() != this)
+        return -1;
+    // Among the keys at its time first; a list out of order is searched whole.
+    for (int i = lowerBound(key->time(true)); i < keyCount(); ++i) {
+        if (mKeys[size_t(i)].get() == key)
+            return i;
+        if (mKeys[size_t(i)]->time(true) != key->time(true))
+            break;
+    }
     return indexOfOwned(mKeys, key);
 }
 
@@ -104,21 +122,28 @@ TimelineKey *Timeline::keyFromTimeKeyId(int id) const
 
 TimelineKey *Timeline::keyFromTimes(int from, int to) const
 {
-    for (const auto &k : mKeys) {
-        const int t = k->time(true);
-        if (t >= from && t <= to)
-            return k.get();
-    }
-    return nullptr;
+    TimelineKey *k = key(lowerBound(from));
+    return k && k->time(true) <= to ? k : nullptr;
 }
 
 TimelineKey *Timeline::actualKeyFromTime(int time, bool useCached, bool mainlineOnly) const
 {
-    for (const auto &k : mKeys) {
+    // Without the cache a detached key's time is "no time", which no search finds.
+    if (!useCached && time == TimelineKey::NoTime) {
+        for (const auto &k : mKeys) {
+            if (!k->mainKey() && !mainlineOnly)
+                return k.get();
+        }
+        return nullptr;
+    }
+    for (int i = lowerBound(time); i < keyCount(); ++i) {
+        TimelineKey *k = mKeys[size_t(i)].get();
+        if (k->time(true) != time)
+            break;
         if (mainlineOnly && !k->mainKey())
             continue;
         if (k->time(useCached) == time)
-            return k.get();
+            return k;
     }
     return nullptr;
 }
@@ -128,9 +153,17 @@ void Timeline::appendTimelineKey(TimelineKey *key, bool sort, bool linkToMainlin
     if (!key)
         return;
     key->setParentItem(this);
-    mKeys.emplace_back(key);
-    if (sort)
-        sortKeysByTime();
+    if (sort) {
+        // After the last key at or before its time, found from the end: appending in time
+        // order, as editing and loading do, costs nothing.
+        const int time = key->time(true);
+        size_t at = mKeys.size();
+        while (at > 0 && mKeys[at - 1]->time(true) > time)
+            --at;
+        mKeys.emplace(mKeys.begin() + std::ptrdiff_t(at), key);
+    } else {
+        mKeys.emplace_back(key);
+    }
     if (!linkToMainline)
         return;
     Animation *anim = parentAnimation();
@@ -168,21 +201,8 @@ bool Timeline::deleteKeyByTime(int time)
 
 int Timeline::sortKeysByTime(int followedPosition)
 {
-    // Insertion sort: stable, and linear on the nearly sorted lists that
-    // edits produce.
-    for (size_t i = 1; i < mKeys.size(); ++i) {
-        size_t j = i;
-        const int t = mKeys[i]->time(true);
-        while (j > 0 && mKeys[j - 1]->time(true) > t) {
-            std::swap(mKeys[j - 1], mKeys[j]);
-            if (followedPosition == int(j))
-                followedPosition = int(j - 1);
-            else if (followedPosition == int(j - 1))
-                followedPosition = int(j);
-            --j;
-        }
-    }
-    return followedPosition;
+    return sortOwnedByKey(&mKeys, followedPosition,
+                          [](const TimelineKey &k) { return k.time(true); });
 }
 
 Animation *Timeline::parentAnimation() const

@@ -19,6 +19,10 @@ class Object;
 class TimelineKey;
 
 /// The keys of one object or bone in one animation, kept sorted by time.
+///
+/// Lookups by key and by time search the sorted list by halving, so that editing loops over
+/// many keys stay linear. Whoever changes the time of a key's mainline key puts the list
+/// back in order (`sortKeysByTime`); keys at the same time keep their order.
 class Timeline : public MorvaneModelItem
 {
 public:
@@ -65,15 +69,16 @@ public:
     /// mainline key count.
     TimelineKey *actualKeyFromTime(int time, bool useCached = true, bool mainlineOnly = false) const;
 
-    /// Takes ownership. With `sort`, restores time order; with `linkToMainline`,
-    /// makes the key a child of the animation's mainline key at its time.
+    /// Takes ownership. With `sort`, the key goes after the last key at or before its
+    /// time; without, at the end, and the caller sorts once it has appended a batch. With
+    /// `linkToMainline`, makes the key a child of the animation's mainline key at its time.
     void appendTimelineKey(TimelineKey *key, bool sort = true, bool linkToMainline = true);
     /// Only a key of this timeline is removed: detached from its mainline key,
     /// taken out and, with `destroy`, deleted (else the caller owns it).
     bool removeKey(TimelineKey *key, bool destroy = true);
     bool deleteKeyByTime(int time);
-    /// Restores time order (stable); returns where the key that was at
-    /// `followedPosition` is now (-1 in, -1 out).
+    /// Restores time order (stable, n log n; linear when already in order); returns where
+    /// the key that was at `followedPosition` is now (-1 in, -1 out).
     int sortKeysByTime(int followedPosition = -1);
 
     // Evaluation.
@@ -101,6 +106,9 @@ public:
     void clearAllLinksAndChildren() override;
 
 private:
+    // The first position whose key's time (cached when detached) is not below `time`.
+    int lowerBound(int time) const;
+
     int mId = -1;
     QString mName;
     Address mObject;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "projectgenerator.h"
 #include "testhost.h"
 
 #include "io/json.h"
@@ -36,57 +37,6 @@ public:
 
     QList<int> events; // -1 begin, -2 end, else a percentage
 };
-
-// A project of `animations` animations, each with bones and sprites keyed `keys` times, with
-// values that exercise every number form (negative, fractional, large).
-void buildProject(RigxData &document, int animations, int timelines, int keys)
-{
-    auto *folder = new Folder(QStringLiteral("parts"));
-    document.appendFolder(folder);
-    QList<File *> files;
-    for (int i = 0; i < 7; ++i) {
-        auto *file = new File(QStringLiteral("parts/p%1.png").arg(i), 0.5, 0.25, File::Image,
-                              document.projectDirectory());
-        file->setSize(10 + i, 20 + i);
-        folder->appendFile(file);
-        files.append(file);
-    }
-    auto *entity = new Entity(QStringLiteral("figure \"one\" <é>"));
-    document.appendEntity(entity);
-    QList<Object *> objects;
-    for (int o = 0; o < timelines; ++o) {
-        auto *object = new Object(QStringLiteral("part_%1").arg(o),
-                                  o % 3 == 0 ? Object::Bone : Object::Sprite);
-        entity->appendObject(object, -1, false);
-        objects.append(object);
-    }
-    for (int a = 0; a < animations; ++a) {
-        auto *animation = new Animation(QStringLiteral("move_%1").arg(a), a % 2 == 0);
-        animation->setLength(keys * 50);
-        entity->appendAnimation(animation);
-        for (int t = 0; t < timelines; ++t) {
-            auto *timeline = new Timeline(objects.at(t), objects.at(t)->name());
-            animation->appendTimeline(timeline, -1, true);
-            for (int k = 0; k < keys; ++k) {
-                DisplayInfo info;
-                info.x = std::sin(a + t * 0.7 + k * 0.31) * 12345.678;
-                info.y = -std::cos(a * 0.2 + t + k) * 250.0;
-                info.angle = std::fmod(a * 11.0 + t * 29.0 + k * 13.7, 360.0);
-                info.xScale = 1.0 + (k % 4) * 0.125;
-                info.alpha = k % 3 == 0 ? 0.3 : 1.0;
-                info.setPivotX(0.5);
-                info.setPivotY(0.25);
-                FileInfo file;
-                if (!objects.at(t)->isBone())
-                    file = FileInfo(files.at((a + t + k) % files.size())->address());
-                auto *key = new TimelineKey(file, info);
-                key->setCachedTime(k * 50);
-                timeline->appendTimelineKey(key, false, false);
-            }
-        }
-        animation->appendMainKeysForOrphanTimeKeys(false);
-    }
-}
 
 QByteArray writeJson(RigxData &document, bool pretty)
 {
@@ -134,7 +84,7 @@ void TestProjectSave::progressRisesToHundred()
     const QString path = dir.filePath(name);
     document.setFilePath(path);
     const int keys = 6 * 8 * 12;
-    buildProject(document, 6, 8, 12);
+    buildProject(document, {6, 8, 12, true});
     ProjectSaveOptions options;
     options.prettifyXml = pretty;
     options.prettifyJson = pretty;
@@ -165,7 +115,7 @@ void TestProjectSave::progressWithoutHostIsQuiet()
 {
     // The writers work without anyone listening (the autosave snapshot, the tests).
     RigxData document;
-    buildProject(document, 2, 3, 4);
+    buildProject(document, {2, 3, 4, true});
     QByteArray xml;
     QBuffer buffer(&xml);
     buffer.open(QIODevice::WriteOnly);
@@ -200,7 +150,7 @@ void TestProjectSave::jsonKeysAscendAtEveryLevel()
     QFETCH(int, keys);
     QFETCH(bool, pretty);
     RigxData document;
-    buildProject(document, animations, 12, keys);
+    buildProject(document, {animations, 12, keys, true});
     const QByteArray text = writeJson(document, pretty);
     if (keys > 100)
         QVERIFY(text.size() > animations * (1 << 18));
@@ -233,11 +183,11 @@ void TestProjectSave::largeProjectRoundTrips()
     {
         RigxData document;
         document.setFilePath(path);
-        buildProject(document, 4, 30, 150);
+        buildProject(document, {4, 30, 150, true});
         QVERIFY(ProjectFile::save(&document, path, {}, &host));
     }
     const QByteArray saved = readAll(path);
-    // Past 2 MiB, where the XML reader keeps the text in memory of its own.
+    // Several megabytes, well past any buffer of the writers and readers.
     QVERIFY(saved.size() > (1 << 21));
     RigxData reopened;
     QVERIFY(ProjectFile::open(&reopened, path, &host));

@@ -274,10 +274,11 @@ void TestMetaFiles::danglingIdsAreDropped_data()
         << 0 << 0;
     QTest::newRow("line without def")
         << QByteArray("<varline id=\"0\"><key id=\"0\" val=\"7\"/></varline>") << 1 << 0 << 0 << 0;
+    // Each unreadable number is reported once.
     QTest::newRow("garbage values take defaults")
         << QByteArray(
                "<varline id=\"0\" def=\"4\"><key id=\"0\" time=\"x\" val=\"1e999\"/></varline>")
-        << 0 << 0 << 0 << 1;
+        << 2 << 0 << 0 << 1;
 }
 
 void TestMetaFiles::danglingIdsAreDropped()

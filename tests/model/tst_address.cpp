@@ -5,7 +5,6 @@
 #include "model/entity.h"
 #include "model/file.h"
 #include "model/folder.h"
-#include "model/itemallocator.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/objectref.h"
@@ -36,7 +35,6 @@ private Q_SLOTS:
     void manyAddressesOnOneItem();
     void defaultPivotLinkDropsWithItsFile();
     void keyCopiesCarrySubEntityData();
-    void itemsReuseFreedMemory();
 };
 
 // One entity with two objects and one animation with two timelines of two keys.
@@ -270,35 +268,6 @@ void TestAddress::keyCopiesCarrySubEntityData()
     sub = plain;
     QVERIFY(!sub.hasEntityOrSoundInfo());
     QCOMPARE(sub.entityInfo().timeRatio, 0.0);
-}
-
-void TestAddress::itemsReuseFreedMemory()
-{
-    // Many keys of a few sizes: each distinct while alive, and their slabs go back once
-    // they are all freed.
-    const std::size_t before = ItemAllocator::reservedBytes();
-    std::vector<std::unique_ptr<TimelineKey>> keys;
-    std::vector<std::unique_ptr<BoneRef>> refs;
-    for (int i = 0; i < 30000; ++i) {
-        keys.push_back(std::make_unique<TimelineKey>());
-        keys.back()->setId(i);
-        refs.push_back(std::make_unique<BoneRef>(keys.back().get()));
-    }
-    QVERIFY(ItemAllocator::reservedBytes() > before);
-    for (int i = 0; i < 30000; ++i) {
-        QCOMPARE(keys[size_t(i)]->id(), i);
-        QCOMPARE(refs[size_t(i)]->key(), keys[size_t(i)].get());
-    }
-    for (size_t i = 0; i < keys.size(); i += 2)
-        keys[i].reset();
-    for (size_t i = 0; i < keys.size(); i += 2)
-        QVERIFY(refs[i]->key() == nullptr);
-    for (size_t i = 1; i < keys.size(); i += 2)
-        QCOMPARE(keys[i]->id(), int(i));
-    keys.clear();
-    refs.clear();
-    // Each size class may keep one slab for the next project.
-    QVERIFY(ItemAllocator::reservedBytes() <= before + 2 * (std::size_t(2) << 20));
 }
 
 QTEST_GUILESS_MAIN(TestAddress)

@@ -12,6 +12,8 @@
 #include <QRandomGenerator>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Morvane;
 
 class TestMainline : public QObject
@@ -27,6 +29,9 @@ private Q_SLOTS:
     void detachedKeyReportsNoTime();
     void appendSortsAndLinks();
     void sortTracksFollowedPosition();
+    void editingLookupsEqualScans_data();
+    void editingLookupsEqualScans();
+    void movedMainlineKeyFindsItsPlace();
     void removeKeyAndMandatory();
     void deletingMainlineKeyDeletesItsKeys();
     void boneSaveOrder();
@@ -250,6 +255,92 @@ void TestMainline::sortTracksFollowedPosition()
     QCOMPARE(tl.sortKeysByTime(0), 0);
     QCOMPARE(tl.key(0), first);
     QCOMPARE(tl.key(1), second);
+}
+
+void TestMainline::editingLookupsEqualScans_data()
+{
+    QTest::addColumn<int>("keys");
+    QTest::addColumn<int>("timeRange");
+    QTest::newRow("few, many equal times") << 12 << 4;
+    QTest::newRow("many, some equal times") << 400 << 300;
+    QTest::newRow("many, distinct times") << 400 << 100000;
+}
+
+// Keys appended at random times, then found, indexed and removed: the searches by halving
+// give what a plain scan of the list gives, and equal times keep the order of appending.
+void TestMainline::editingLookupsEqualScans()
+{
+    QFETCH(int, keys);
+    QFETCH(int, timeRange);
+    QRandomGenerator random(quint32(keys * 31 + timeRange));
+    Timeline tl;
+    QList<QPair<int, int>> expected; // (time, append number), in stable time order
+    for (int i = 0; i < keys; ++i) {
+        auto *k = new TimelineKey;
+        const int time = int(random.bounded(timeRange));
+        k->setCachedTime(time);
+        k->setId(i);
+        tl.appendTimelineKey(k, true, false);
+        expected.append({time, i});
+    }
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    QCOMPARE(tl.keyCount(), keys);
+    for (int i = 0; i < keys; ++i) {
+        QCOMPARE(tl.key(i)->time(), expected.at(i).first);
+        QCOMPARE(tl.key(i)->id(), expected.at(i).second);
+        QCOMPARE(tl.indexOfKey(tl.key(i)), i);
+    }
+    for (int time = -1; time <= timeRange; ++time) {
+        TimelineKey *scan = nullptr;
+        for (int i = 0; i < tl.keyCount() && !scan; ++i) {
+            if (tl.key(i)->time() == time)
+                scan = tl.key(i);
+        }
+        QCOMPARE(tl.actualKeyFromTime(time), scan);
+        TimelineKey *inRange = nullptr;
+        for (int i = 0; i < tl.keyCount() && !inRange; ++i) {
+            if (tl.key(i)->time() >= time && tl.key(i)->time() <= time + 2)
+                inRange = tl.key(i);
+        }
+        QCOMPARE(tl.keyFromTimes(time, time + 2), inRange);
+    }
+    // Removing by time takes the first key at that time.
+    while (tl.keyCount() > 0) {
+        const int index = int(random.bounded(tl.keyCount()));
+        const int time = tl.key(index)->time();
+        TimelineKey *first = tl.key(index);
+        for (int i = index; i >= 0 && tl.key(i)->time() == time; --i)
+            first = tl.key(i);
+        const int count = tl.keyCount();
+        QVERIFY(tl.deleteKeyByTime(time));
+        QCOMPARE(tl.keyCount(), count - 1);
+        QCOMPARE(tl.indexOfKey(first), -1);
+    }
+}
+
+// A mainline key whose time changes with sorting on moves to its place, either way.
+void TestMainline::movedMainlineKeyFindsItsPlace()
+{
+    auto anim = animationWithKeys({0, 100, 200, 300, 400, 500, 600}, 1000);
+    MainlineKey *key = anim->mainlineKey(5);
+    key->setCurrentTime(150, true);
+    QCOMPARE(anim->indexOfMainlineKey(key), 2);
+    key->setCurrentTime(650, true);
+    QCOMPARE(anim->indexOfMainlineKey(key), 6);
+    QList<int> times;
+    for (int i = 0; i < anim->mainlineKeyCount(); ++i)
+        times.append(anim->mainlineKey(i)->currentTime());
+    QCOMPARE(times, (QList<int>{0, 100, 200, 300, 400, 600, 650}));
+    for (int i = 0; i < anim->mainlineKeyCount(); ++i) {
+        QCOMPARE(anim->mainlineKeyAtExactTime(times.at(i)), anim->mainlineKey(i));
+        QCOMPARE(anim->indexOfMainlineKey(anim->mainlineKey(i)), i);
+    }
+    // A time already taken is refused wherever it lies.
+    QCOMPARE(anim->appendMainlineKey(new MainlineKey, 300, true, true), -2);
+    QCOMPARE(anim->appendMainlineKey(new MainlineKey, 0, true, true), -2);
+    QVERIFY(anim->appendMainlineKey(new MainlineKey, 250, true, true) >= 0);
+    QCOMPARE(anim->mainlineKey(3)->currentTime(), 250);
 }
 
 void TestMainline::removeKeyAndMandatory()
