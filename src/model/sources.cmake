@@ -30,6 +30,10 @@ list(APPEND MORVANE_CORE_SOURCES
     model/timeline.h
     model/timelinekey.cpp
     model/timelinekey.h
+    model/commands/mainlinekeycommands.cpp
+    model/commands/mainlinekeycommands.h
+    model/commands/timelinekeycommands.cpp
+    model/commands/timelinekeycommands.h
     model/charactermap.cpp
     model/charactermap.h
     model/displayinfo.cpp
