@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "canvas/canvaseditor.h"
+
+#include "canvas/morvanecanvasscene.h"
+#include "canvas/morvanegraphicsview.h"
+#include "canvas/objectgraphicsproxy.h"
+#include "canvas/tools/pantool.h"
+#include "canvas/tools/selecttool.h"
+#include "canvas/tools/toolmanager.h"
+
+#include <QAction>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace Morvane {
+
+CanvasEditor::CanvasEditor(QWidget *parent)
+    : QWidget(parent)
+    , mScene(new MorvaneCanvasScene(this))
+    , mView(new MorvaneGraphicsView(mScene, this))
+    , mTools(new ToolManager(this))
+    , mToolBar(new QToolBar(this))
+{
+    mScene->setToolManager(mTools);
+    mTools->registerTool(new SelectTool(mScene));
+    mTools->registerTool(new PanTool(mScene));
+    for (AbstractTool *tool : mTools->tools()) {
+        connect(tool, &AbstractTool::cursorChanged, mView->viewport(),
+                [this](const QCursor &cursor) { mView->viewport()->setCursor(cursor); });
+    }
+    connect(mTools, &ToolManager::activeToolChanged, this, [this](AbstractTool *tool) {
+        if (tool)
+            mView->viewport()->setCursor(tool->cursor());
+    });
+    for (QAction *a : mTools->actions()) {
+        a->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        mToolBar->addAction(a);
+        mActions.append(a);
+        QWidget::addAction(a);
+    }
+    mToolBar->addSeparator();
+
+    connect(addAction(QStringLiteral("actionZoom_In"), tr("Zoom In"), QKeySequence::ZoomIn),
+            &QAction::triggered, mView, &MorvaneGraphicsView::zoomIn);
+    connect(addAction(QStringLiteral("actionZoom_Out"), tr("Zoom Out"), QKeySequence::ZoomOut),
+            &QAction::triggered, mView, &MorvaneGraphicsView::zoomOut);
+    connect(addAction(QStringLiteral("actionRestore_Zoom"), tr("Restore Zoom"),
+                      QKeySequence(Qt::CTRL | Qt::Key_0)),
+            &QAction::triggered, mView, &MorvaneGraphicsView::restoreZoom);
+    connect(addAction(QStringLiteral("actionCenter_View"), tr("Center View")), &QAction::triggered,
+            mView, &MorvaneGraphicsView::centerView);
+    QAction *snapping = addAction(QStringLiteral("actionRotation_Snapping"), tr("Rotation Snapping"));
+    snapping->setCheckable(true);
+    connect(snapping, &QAction::toggled, mScene, &MorvaneCanvasScene::setRotationSnapping);
+    QAction *smooth = addAction(QStringLiteral("actionSmooth_Sampling"), tr("Smooth Sampling"));
+    smooth->setCheckable(true);
+    smooth->setChecked(mScene->smoothTransform());
+    connect(smooth, &QAction::toggled, mScene, &MorvaneCanvasScene::setSmoothTransform);
+    connect(addAction(QStringLiteral("actionSelect_All"), tr("Select All"), QKeySequence::SelectAll),
+            &QAction::triggered, this, &CanvasEditor::selectAll);
+    mToolBar->addSeparator();
+    const struct
+    {
+        const char *name;
+        QString text;
+        QKeySequence shortcut;
+        MorvaneCanvasScene::ZMove move;
+    } zMoves[] = {
+        {"actionMove_Up_in_Z_Order", tr("Move Up in Z Order"), QKeySequence(Qt::Key_PageUp),
+         MorvaneCanvasScene::ZMove::Up},
+        {"actionMove_Down_In_Z_Order", tr("Move Down in Z Order"), QKeySequence(Qt::Key_PageDown),
+         MorvaneCanvasScene::ZMove::Down},
+        {"actionMove_To_Top_in_Z_Order", tr("Move to Top in Z Order"),
+         QKeySequence(Qt::CTRL | Qt::Key_PageUp), MorvaneCanvasScene::ZMove::ToTop},
+        {"actionMove_To_Bottom_in_Z_Order", tr("Move to Bottom in Z Order"),
+         QKeySequence(Qt::CTRL | Qt::Key_PageDown), MorvaneCanvasScene::ZMove::ToBottom},
+    };
+    for (const auto &z : zMoves) {
+        const MorvaneCanvasScene::ZMove move = z.move;
+        connect(addAction(QLatin1String(z.name), z.text, z.shortcut), &QAction::triggered, mScene,
+                [this, move] { mScene->moveSelectionInZOrder(move); });
+    }
+    connect(addAction(QStringLiteral("actionCopy_Z_Order_to_Other_Frames"),
+                      tr("Copy Z Order to Other Frames")),
+            &QAction::triggered, mScene, &MorvaneCanvasScene::copyZOrderToOtherFrames);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(mToolBar);
+    layout->addWidget(mView);
+    mView->setZoom(100);
+}
+
+CanvasEditor::~CanvasEditor()
+{
+    // The tools' items live in the scene: the tools go first.
+    mScene->setToolManager(nullptr);
+    delete mTools;
+}
+
+QAction *CanvasEditor::addAction(const QString &objectName, const QString &text,
+                                 const QKeySequence &shortcut)
+{
+    auto *a = new QAction(text, this);
+    a->setObjectName(objectName);
+    a->setShortcut(shortcut);
+    a->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    QWidget::addAction(a);
+    mToolBar->addAction(a);
+    mActions.append(a);
+    return a;
+}
+
+QAction *CanvasEditor::action(const QString &objectName) const
+{
+    for (QAction *a : mActions) {
+        if (a->objectName() == objectName)
+            return a;
+    }
+    return nullptr;
+}
+
+void CanvasEditor::setDocument(RigxData *document)
+{
+    mScene->setDocument(document);
+    mView->centerView();
+}
+
+void CanvasEditor::setCurrentAnimation(Animation *animation)
+{
+    mScene->setCurrentAnimation(animation);
+}
+
+void CanvasEditor::setCurrentTime(int ms)
+{
+    mScene->setCurrentTime(ms);
+}
+
+void CanvasEditor::selectAll()
+{
+    QList<ObjectGraphicsProxy *> all;
+    for (int i = 0; i < mScene->instTimelineProxyCount(); ++i) {
+        ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
+        if (p->isShownInPose() && !p->isLocked())
+            all.append(p);
+    }
+    mScene->setSelectedProxies(all);
+}
+
+} // namespace Morvane
