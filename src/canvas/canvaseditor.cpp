@@ -5,6 +5,7 @@
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
+#include "canvas/tools/bonetool.h"
 #include "canvas/tools/pantool.h"
 #include "canvas/tools/selecttool.h"
 #include "canvas/tools/toolmanager.h"
@@ -25,6 +26,7 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     mScene->setToolManager(mTools);
     mTools->registerTool(new SelectTool(mScene));
     mTools->registerTool(new PanTool(mScene));
+    mTools->registerTool(new BoneTool(mScene));
     for (AbstractTool *tool : mTools->tools()) {
         connect(tool, &AbstractTool::cursorChanged, mView->viewport(),
                 [this](const QCursor &cursor) { mView->viewport()->setCursor(cursor); });

@@ -9,6 +9,7 @@
 #include "eval/entityinstance.h"
 #include "model/animation.h"
 #include "model/commands/mainlinekeycommands.h"
+#include "model/commands/objectcommands.h"
 #include "model/entity.h"
 #include "model/file.h"
 #include "model/mainlinekey.h"
@@ -18,12 +19,14 @@
 #include "model/timeline.h"
 
 #include <QGraphicsSceneMouseEvent>
+#include <QtMath>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QTimer>
 #include <QUndoStack>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Morvane {
 
@@ -658,6 +661,60 @@ void MorvaneCanvasScene::reparentSelection(ObjectGraphicsProxy *bone)
         mDocument->pushUndo(new ChangeParentingCommand(ref, parentRef, info));
     }
     endUndoWithSelection(false, false, true);
+}
+
+void MorvaneCanvasScene::createBone(const QPointF &from, const QPointF &to,
+                                    ObjectGraphicsProxy *parent)
+{
+    Animation *anim = currentAnimation();
+    Entity *entity = currentEntity();
+    const double length = QLineF(from, to).length();
+    if (!anim || !entity || !undoStack() || length <= 0.0)
+        return;
+    if (parent && !parent->isBone())
+        parent = nullptr;
+    const int parentTimeline = parent ? parent->timelineIndex() : -1;
+    const DisplayInfo parentWorld = parent ? parent->displayInfo() : DisplayInfo();
+    if (parent && (parentWorld.xScale == 0.0 || parentWorld.yScale == 0.0 || parentWorld.alpha == 0.0))
+        return;
+
+    Object bone(entity->uniqueObjectName(QStringLiteral("bone")), Object::Bone);
+    bone.defaultState().info().width = length;
+    startUndoWithSelection(tr("new bone created"));
+    mDocument->pushUndo(new AppendObjectCommand(entity, bone));
+    mDocument->pushUndo(new AppendTimelineCommand(anim, entity->objectCount() - 1, bone.name()));
+    Timeline *tl = anim->timeline(anim->timelineCount() - 1);
+    if (tl && tl->object() && tl->object()->name() == bone.name()) {
+        DisplayInfo world;
+        world.x = from.x();
+        world.y = from.y();
+        world.angle = DisplayInfo::normalizedAngle(
+            qRadiansToDegrees(std::atan2(to.y() - from.y(), to.x() - from.x())));
+        world.width = length;
+        world.height = bone.height();
+        const DisplayInfo local = parent ? world.mapToParentInfo(parentWorld) : world;
+        DisplayInfo info = world;
+        info.x = local.x;
+        info.y = local.y;
+        info.angle = local.angle;
+        info.xScale = local.xScale;
+        info.yScale = local.yScale;
+        info.alpha = local.alpha;
+        TimelineKey key(FileInfo(), info);
+        key.setCachedTime(currentTime());
+        tl->createUndoFromKey(key);
+        MainlineKey *mk = anim->mainlineKeyAtExactTime(currentTime());
+        ObjectRef *ref = mk ? mk->refFromTimeline(tl) : nullptr;
+        ObjectRef *parentRef = mk && parent ? mk->refFromTimeline(anim->timeline(parentTimeline)) : nullptr;
+        if (ref && parentRef)
+            mDocument->pushUndo(new ChangeParentingCommand(ref, parentRef, ref->key()->info()));
+        // The new bone's proxy exists after a refresh; the closing selection
+        // command then records it as selected.
+        refresh();
+        if (ObjectGraphicsProxy *p = instTimelineProxyFromIndex(anim->indexOfTimeline(tl)))
+            setSelectedProxies({p});
+    }
+    endUndoWithSelection(false, false, false);
 }
 
 void MorvaneCanvasScene::moveSelectionInZOrder(ZMove move)

@@ -155,6 +155,9 @@ public:
     /// Makes `bone` the parent of the selected items (not of the bone itself
     /// or its ancestors); they keep their place on the canvas.
     void reparentSelection(ObjectGraphicsProxy *bone);
+    /// A new bone from `from` to `to` (scene coordinates) at the current time,
+    /// a child of `parent` when that is a bone; selected afterwards.
+    void createBone(const QPointF &from, const QPointF &to, ObjectGraphicsProxy *parent);
     enum class ZMove { Up, Down, ToTop, ToBottom };
     /// Moves the selected object (the last selected that is not a bone).
     void moveSelectionInZOrder(ZMove move);

@@ -13,6 +13,8 @@ list(APPEND MORVANE_EDITOR_SOURCES
     canvas/objectgraphicsproxy.cpp
     canvas/objectgraphicsproxy.h
     canvas/tools/abstracttool.h
+    canvas/tools/bonetool.cpp
+    canvas/tools/bonetool.h
     canvas/tools/pantool.cpp
     canvas/tools/pantool.h
     canvas/tools/selecttool.cpp

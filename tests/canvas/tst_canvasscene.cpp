@@ -7,6 +7,8 @@
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
 #include "canvas/tools/selecttool.h"
+#include "canvas/tools/toolmanager.h"
+#include "model/object.h"
 #include "canvas/transformcontrolitemgroup.h"
 #include "model/mainlinekey.h"
 #include "model/objectref.h"
@@ -29,6 +31,10 @@ struct Canvas
     {
         editor.resize(1000, 800);
         editor.show();
+        editor.activateWindow();
+        if (!QTest::qWaitForWindowActive(&editor))
+            qWarning("the canvas window did not become active");
+        editor.view()->setFocus();
         editor.setDocument(&hero.document);
         editor.view()->setZoom(200);
         editor.view()->centerOn(0, -120);
@@ -95,6 +101,8 @@ private slots:
     void rubberBand();
     void inverseKinematics_data();
     void inverseKinematics();
+    void boneTool_data();
+    void boneTool();
     void reparentWithB();
     void zOrderActions_data();
     void zOrderActions();
@@ -333,6 +341,55 @@ void TestCanvasScene::inverseKinematics()
         QVERIFY(QLineF(aim.p2(), newEnd).length() < 0.5);
     }
     c.hero.stack.undo();
+    QCOMPARE(c.hero.savedBytes(), before);
+}
+
+void TestCanvasScene::boneTool_data()
+{
+    QTest::addColumn<QString>("parent");
+    QTest::addColumn<int>("time");
+    QTest::newRow("a root bone at a mainline key") << QString() << 0;
+    QTest::newRow("under the selected bone, between keys") << "arm_front_lower" << 100;
+}
+
+void TestCanvasScene::boneTool()
+{
+    QFETCH(QString, parent);
+    QFETCH(int, time);
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), time);
+    Animation *anim = c.hero.animation(QStringLiteral("walk"));
+    Entity *entity = c.hero.document.entity(0);
+    const QByteArray before = c.hero.savedBytes();
+    const int objects = entity->objectCount();
+    const int timelines = anim->timelineCount();
+    ObjectGraphicsProxy *parentBone = parent.isEmpty() ? nullptr : c.scene()->idProxy(parent);
+    QVERIFY(parent.isEmpty() || parentBone);
+    c.scene()->setSelectedProxies(parentBone ? QList<ObjectGraphicsProxy *>{parentBone}
+                                             : QList<ObjectGraphicsProxy *>{});
+    const int parentTimeline = parentBone ? parentBone->timelineIndex() : -1;
+
+    QTest::keyClick(c.view(), Qt::Key_3); // the bone tool's shortcut
+    QCOMPARE(c.editor.toolManager()->activeTool()->name(), QStringLiteral("Bone"));
+    const QPointF from = c.view()->mapToScene(c.at(QPointF(-150, -200)));
+    const QPointF to = c.view()->mapToScene(c.at(QPointF(-100, -170)));
+    c.drag(from, to);
+
+    QCOMPARE(c.hero.stack.count(), 1);
+    QCOMPARE(entity->objectCount(), objects + 1);
+    QVERIFY(entity->object(objects)->isBone());
+    QCOMPARE(anim->timelineCount(), timelines + 1);
+    ObjectGraphicsProxy *bone = c.scene()->instTimelineProxyFromIndex(timelines);
+    QVERIFY(bone && bone->isShownInPose());
+    QCOMPARE(c.scene()->selectedProxies(), QList<ObjectGraphicsProxy *>{bone});
+    QCOMPARE(bone->parentTimelineIndex(), parentTimeline);
+    QVERIFY(QLineF(QPointF(bone->displayInfo().x, bone->displayInfo().y), from).length() < 1e-6);
+    QVERIFY(QLineF(bone->mapToScene(QPointF(bone->boneLength(), 0)), to).length() < 1e-6);
+
+    c.hero.stack.undo();
+    QCOMPARE(entity->objectCount(), objects);
+    QCOMPARE(anim->timelineCount(), timelines);
     QCOMPARE(c.hero.savedBytes(), before);
 }
 
@@ -582,7 +639,7 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
         const QPointF from = Canvas::middle(target);
         const int before = c.hero.stack.count();
         const double zoom = c.scene()->zoom();
-        switch (random.bounded(8)) {
+        switch (random.bounded(9)) {
         case 0: // move
             c.drag(from, from + QPointF(random.bounded(60) - 30, random.bounded(60) - 30));
             break;
@@ -628,6 +685,13 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
             const QPointF end = target->mapToScene(QPointF(target->boneLength(), 0));
             c.drag(end, end + QPointF(random.bounded(40) - 20, random.bounded(40) - 20) / zoom,
                    Qt::ShiftModifier);
+            break;
+        }
+        case 8: { // a new bone, under the target when it is one
+            c.scene()->setSelectedProxies({target});
+            QTest::keyClick(c.view(), Qt::Key_3);
+            c.drag(from, from + QPointF(random.bounded(60) - 30, random.bounded(60) - 30));
+            QTest::keyClick(c.view(), Qt::Key_1);
             break;
         }
         case 6: { // z-order
