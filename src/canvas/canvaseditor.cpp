@@ -5,14 +5,18 @@
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
+#include "canvas/onionskinitem.h"
 #include "canvas/tools/bonetool.h"
 #include "canvas/tools/pantool.h"
 #include "canvas/tools/selecttool.h"
 #include "canvas/tools/toolmanager.h"
 
 #include <QAction>
+#include <QSettings>
 #include <QToolBar>
 #include <QVBoxLayout>
+
+#include <functional>
 
 namespace Morvane {
 
@@ -61,6 +65,48 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     connect(smooth, &QAction::toggled, mScene, &MorvaneCanvasScene::setSmoothTransform);
     connect(addAction(QStringLiteral("actionSelect_All"), tr("Select All"), QKeySequence::SelectAll),
             &QAction::triggered, this, &CanvasEditor::selectAll);
+    mToolBar->addSeparator();
+    // Onion skin: its choices persist across runs.
+    OnionSkinItem *onion = mScene->onionSkin();
+    QSettings settings;
+    onion->setMode(settings.value(QStringLiteral("Canvas/onionSkinByKeys"), false).toBool()
+                       ? OnionSkinItem::Mode::Keys
+                       : OnionSkinItem::Mode::Frames);
+    onion->setCounts(settings.value(QStringLiteral("Canvas/onionSkinBefore"), 2).toInt(),
+                     settings.value(QStringLiteral("Canvas/onionSkinAfter"), 2).toInt());
+    onion->setSelectionOnly(settings.value(QStringLiteral("Canvas/onionSkinSelectionOnly"), false).toBool());
+    const struct
+    {
+        const char *name;
+        QString text;
+        const char *key;
+        bool checked;
+        std::function<void(bool)> apply;
+    } onionToggles[] = {
+        {"actionOnion_Skin", tr("Onion Skin"), "Canvas/onionSkin",
+         settings.value(QStringLiteral("Canvas/onionSkin"), false).toBool(),
+         [onion](bool on) { onion->setOn(on); }},
+        {"actionOnion_Skin_By_Keys", tr("Onion Skin by Keys"), "Canvas/onionSkinByKeys",
+         onion->mode() == OnionSkinItem::Mode::Keys,
+         [onion](bool on) {
+             onion->setMode(on ? OnionSkinItem::Mode::Keys : OnionSkinItem::Mode::Frames);
+         }},
+        {"actionOnion_Skin_Selection_Only", tr("Onion Skin for the Selection Only"),
+         "Canvas/onionSkinSelectionOnly", onion->selectionOnly(),
+         [onion](bool on) { onion->setSelectionOnly(on); }},
+    };
+    for (const auto &toggle : onionToggles) {
+        QAction *a = addAction(QLatin1String(toggle.name), toggle.text);
+        a->setCheckable(true);
+        a->setChecked(toggle.checked);
+        toggle.apply(toggle.checked);
+        const QString key = QLatin1String(toggle.key);
+        const std::function<void(bool)> apply = toggle.apply;
+        connect(a, &QAction::toggled, this, [key, apply](bool on) {
+            apply(on);
+            QSettings().setValue(key, on);
+        });
+    }
     mToolBar->addSeparator();
     const struct
     {

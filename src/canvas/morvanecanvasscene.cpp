@@ -4,6 +4,7 @@
 
 #include "canvas/commands/canvascommands.h"
 #include "canvas/objectgraphicsproxy.h"
+#include "canvas/onionskinitem.h"
 #include "canvas/tools/toolmanager.h"
 #include "canvas/transformcontrolitemgroup.h"
 #include "eval/entityinstance.h"
@@ -79,6 +80,7 @@ MorvaneCanvasScene::MorvaneCanvasScene(QObject *parent)
     : QGraphicsScene(parent)
     , mTransformBox(new TransformControlItemGroup(this))
     , mLines(new HierarchyLinesItem(this))
+    , mOnion(new OnionSkinItem(this))
     , mFpsTimer(new QTimer(this))
     , mFadeTimer(new QTimer(this))
 {
@@ -86,6 +88,7 @@ MorvaneCanvasScene::MorvaneCanvasScene(QObject *parent)
     setItemIndexMethod(QGraphicsScene::NoIndex);
     addItem(mTransformBox);
     addItem(mLines);
+    addItem(mOnion);
     mFpsTimer->setInterval(16);
     mFadeTimer->setInterval(14);
     connect(mFpsTimer, &QTimer::timeout, this, &MorvaneCanvasScene::onFps);
@@ -129,7 +132,10 @@ void MorvaneCanvasScene::reset()
         delete p;
     mProxies.clear();
     mInstance.reset();
+    mAnimationAddress = Address();
     mPixmaps.clear();
+    mOnion->clearCache();
+    mOnion->refresh();
     if (mDocument && mDocument->undoStack())
         disconnect(mDocument->undoStack(), nullptr, this, nullptr);
     mDocument = nullptr;
@@ -153,6 +159,7 @@ void MorvaneCanvasScene::setDocument(RigxData *document)
     Entity *entity = document->entityCount() > 0 ? document->entity(0) : nullptr;
     if (entity && entity->animationCount() > 0) {
         mInstance = std::make_unique<EntityInstance>(entity, entity->animation(0));
+        mAnimationAddress = entity->animation(0)->address();
         mInstance->setCurrentTime(0);
     }
     refresh();
@@ -168,6 +175,7 @@ void MorvaneCanvasScene::setCurrentAnimation(Animation *animation)
         mInstance = std::make_unique<EntityInstance>(entity, animation);
     else
         mInstance->setAnimation(entity, animation);
+    mAnimationAddress = animation->address();
     refresh();
 }
 
@@ -248,6 +256,8 @@ void MorvaneCanvasScene::setSelectedProxies(const QList<ObjectGraphicsProxy *> &
     }
     mTransformBox->setPivot(mTransformBox->pivot(), false);
     refreshTransformBox();
+    if (mOnion->isOn() && mOnion->selectionOnly())
+        mOnion->refresh();
     emitSelectionChanged();
 }
 
@@ -273,6 +283,9 @@ SelectionSave MorvaneCanvasScene::saveSelection() const
 void MorvaneCanvasScene::restoreSelection(const SelectionSave &save)
 {
     refresh();
+    // A selection of another animation names other timelines.
+    if (!save.animation.isEmpty() && save.animation != mAnimationAddress)
+        return;
     QList<ObjectGraphicsProxy *> proxies;
     for (int index : save.timelines) {
         ObjectGraphicsProxy *p = instTimelineProxyFromIndex(index);
@@ -300,6 +313,16 @@ void MorvaneCanvasScene::setHoveredProxy(ObjectGraphicsProxy *proxy)
 void MorvaneCanvasScene::refresh()
 {
     if (mInstance) {
+        Animation *shown = Address(mDocument, mAnimationAddress.toList()).animation();
+        if (!shown) {
+            setSelectedProxies({});
+            mInstance.reset();
+        } else if (shown != mInstance->currentAnimation()
+                   || shown->parentEntity() != mInstance->entity()) {
+            mInstance->setAnimation(shown->parentEntity(), shown);
+        }
+    }
+    if (mInstance) {
         // The document may have changed in any way: read it again.
         mInstance->invalidate();
         mInstance->refresh();
@@ -307,6 +330,7 @@ void MorvaneCanvasScene::refresh()
     syncProxies();
     refreshTransformBox();
     mLines->updateGeometry();
+    mOnion->refresh();
     update();
     if (mInstance)
         Q_EMIT refreshedEntityInstance(mInstance.get());

@@ -32,6 +32,7 @@ class RigxData;
 class ToolManager;
 class TransformControlItemGroup;
 class HierarchyLinesItem;
+class OnionSkinItem;
 
 /// A saved canvas selection: the selected timelines by index within the
 /// animation, which of them is the current one, and two flags.
@@ -108,6 +109,7 @@ public:
     /// document (`EntityInstance::invalidate`), and updates the proxies.
     void refresh();
     TransformControlItemGroup *transformBox() const { return mTransformBox; }
+    OnionSkinItem *onionSkin() const { return mOnion; }
     void refreshTransformBox();
 
     // Flags.
@@ -203,12 +205,16 @@ private:
     MainlineKey *mainlineKeyHere();
 
     RigxData *mDocument = nullptr;
+    // The shown animation by indexes: other edits may delete or replace it,
+    // and the instance's pointer must then be dropped or renewed.
+    Address mAnimationAddress;
     std::unique_ptr<EntityInstance> mInstance;
     std::vector<ObjectGraphicsProxy *> mProxies; // by timeline index, owned through the scene
     QList<ObjectGraphicsProxy *> mSelection;
     ObjectGraphicsProxy *mHovered = nullptr;
     TransformControlItemGroup *mTransformBox;
     HierarchyLinesItem *mLines;
+    OnionSkinItem *mOnion;
     ToolManager *mTools = nullptr;
     QHash<QString, QPixmap> mPixmaps; // by file path
     QTimer *mFpsTimer;

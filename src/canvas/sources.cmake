@@ -11,6 +11,8 @@ list(APPEND MORVANE_EDITOR_SOURCES
     canvas/morvanegraphicsview.cpp
     canvas/morvanegraphicsview.h
     canvas/objectgraphicsproxy.cpp
+    canvas/onionskinitem.cpp
+    canvas/onionskinitem.h
     canvas/objectgraphicsproxy.h
     canvas/tools/abstracttool.h
     canvas/tools/bonetool.cpp

@@ -6,6 +6,7 @@
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
+#include "canvas/onionskinitem.h"
 #include "canvas/tools/selecttool.h"
 #include "canvas/tools/toolmanager.h"
 #include "model/object.h"
@@ -15,7 +16,9 @@
 #include "model/timeline.h"
 
 #include <QApplication>
+#include <QAction>
 #include <QRandomGenerator>
+#include <QSettings>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -101,6 +104,9 @@ private slots:
     void rubberBand();
     void inverseKinematics_data();
     void inverseKinematics();
+    void onionSkinTimes_data();
+    void onionSkinTimes();
+    void onionSkinDrawsAndPersists();
     void boneTool_data();
     void boneTool();
     void reparentWithB();
@@ -342,6 +348,74 @@ void TestCanvasScene::inverseKinematics()
     }
     c.hero.stack.undo();
     QCOMPARE(c.hero.savedBytes(), before);
+}
+
+void TestCanvasScene::onionSkinTimes_data()
+{
+    QTest::addColumn<bool>("byKeys");
+    QTest::addColumn<int>("time");
+    QTest::addColumn<QList<int>>("earlier");
+    QTest::addColumn<QList<int>>("later");
+    // walk: 800 ms, looping, frames of 100 ms, mainline keys at 0, 200, 400, 600.
+    QTest::newRow("frames, wrapping back") << false << 100 << QList<int>{0, 700} << QList<int>{200, 300};
+    QTest::newRow("frames, wrapping on") << false << 750 << QList<int>{650, 550} << QList<int>{50, 150};
+    QTest::newRow("keys") << true << 300 << QList<int>{200, 0} << QList<int>{400, 600};
+    QTest::newRow("keys at the end") << true << 700 << QList<int>{600, 400} << QList<int>{};
+}
+
+void TestCanvasScene::onionSkinTimes()
+{
+    QFETCH(bool, byKeys);
+    QFETCH(int, time);
+    QFETCH(QList<int>, earlier);
+    QFETCH(QList<int>, later);
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), time);
+    OnionSkinItem *onion = c.scene()->onionSkin();
+    onion->setCounts(2, 2);
+    onion->setMode(byKeys ? OnionSkinItem::Mode::Keys : OnionSkinItem::Mode::Frames);
+    onion->setOn(true);
+    QCOMPARE(onion->earlierTimes(), earlier);
+    QCOMPARE(onion->laterTimes(), later);
+}
+
+void TestCanvasScene::onionSkinDrawsAndPersists()
+{
+    auto tinted = [](const QImage &image, bool red) {
+        int count = 0;
+        for (int y = 0; y < image.height(); y += 2) {
+            for (int x = 0; x < image.width(); x += 2) {
+                const QColor px(image.pixel(x, y));
+                if (red ? px.red() > px.green() + 60 && px.red() > px.blue() + 60
+                        : px.green() > px.red() + 40 && px.green() > px.blue() + 40)
+                    ++count;
+            }
+        }
+        return count;
+    };
+    QSettings().remove(QStringLiteral("Canvas"));
+    {
+        Canvas c;
+        QVERIFY(c.hero.ok);
+        c.show(QStringLiteral("walk"), 300);
+        QVERIFY(!c.scene()->onionSkin()->isOn());
+        const QImage plain = c.viewport()->grab().toImage();
+        c.editor.action(QStringLiteral("actionOnion_Skin"))->trigger();
+        QVERIFY(c.scene()->onionSkin()->isOn());
+        const QImage onion = c.viewport()->grab().toImage();
+        if (qEnvironmentVariableIsSet("MORVANE_ONION_PNG"))
+            onion.save(qEnvironmentVariable("MORVANE_ONION_PNG"));
+        QVERIFY(tinted(onion, true) > tinted(plain, true) + 20);
+        QVERIFY(tinted(onion, false) > tinted(plain, false) + 20);
+        // Drawing only: nothing recorded, nothing under the pointer that is not an object.
+        QCOMPARE(c.hero.stack.count(), 0);
+    }
+    // The next editor starts with it on.
+    Canvas again;
+    QVERIFY(again.scene()->onionSkin()->isOn());
+    QVERIFY(again.editor.action(QStringLiteral("actionOnion_Skin"))->isChecked());
+    QSettings().remove(QStringLiteral("Canvas"));
 }
 
 void TestCanvasScene::boneTool_data()
