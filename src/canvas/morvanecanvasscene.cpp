@@ -199,7 +199,8 @@ void MorvaneCanvasScene::setCurrentTime(int ms)
     if (!mInstance)
         return;
     mInstance->setCurrentTime(ms);
-    refresh();
+    // A new time alone leaves the document as it was.
+    refresh(false);
 }
 
 EntityInstance *MorvaneCanvasScene::entityInstance(int index) const
@@ -310,7 +311,7 @@ void MorvaneCanvasScene::setHoveredProxy(ObjectGraphicsProxy *proxy)
     }
 }
 
-void MorvaneCanvasScene::refresh()
+void MorvaneCanvasScene::refresh(bool reread)
 {
     if (mInstance) {
         Animation *shown = Address(mDocument, mAnimationAddress.toList()).animation();
@@ -323,8 +324,8 @@ void MorvaneCanvasScene::refresh()
         }
     }
     if (mInstance) {
-        // The document may have changed in any way: read it again.
-        mInstance->invalidate();
+        if (reread)
+            mInstance->invalidate();
         mInstance->refresh();
     }
     syncProxies();

@@ -105,9 +105,10 @@ public:
     void setHoveredProxy(ObjectGraphicsProxy *proxy);
     ObjectGraphicsProxy *hoveredProxy() const { return mHovered; }
 
-    /// Poses the main instance at its time again, after re-reading the
-    /// document (`EntityInstance::invalidate`), and updates the proxies.
-    void refresh();
+    /// Poses the main instance at its time again and updates the proxies;
+    /// with `reread` (after any change of the document) the instance reads the
+    /// document again first (`EntityInstance::invalidate`).
+    void refresh(bool reread = true);
     TransformControlItemGroup *transformBox() const { return mTransformBox; }
     OnionSkinItem *onionSkin() const { return mOnion; }
     void refreshTransformBox();
