@@ -65,6 +65,8 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     connect(smooth, &QAction::toggled, mScene, &MorvaneCanvasScene::setSmoothTransform);
     connect(addAction(QStringLiteral("actionSelect_All"), tr("Select All"), QKeySequence::SelectAll),
             &QAction::triggered, this, &CanvasEditor::selectAll);
+    connect(addAction(QStringLiteral("actionClone"), tr("Clone"), QKeySequence(Qt::CTRL | Qt::Key_D)),
+            &QAction::triggered, mScene, &MorvaneCanvasScene::cloneSelection);
     mToolBar->addSeparator();
     // Onion skin: its choices persist across runs.
     OnionSkinItem *onion = mScene->onionSkin();

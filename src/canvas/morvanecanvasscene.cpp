@@ -742,6 +742,78 @@ void MorvaneCanvasScene::createBone(const QPointF &from, const QPointF &to,
     endUndoWithSelection(false, false, false);
 }
 
+void MorvaneCanvasScene::cloneSelection()
+{
+    Animation *anim = currentAnimation();
+    Entity *entity = currentEntity();
+    if (!anim || !entity || !undoStack() || mSelection.isEmpty())
+        return;
+    const int time = currentTime();
+    const int sample = anim->sampleTime(time);
+    // Everything the clones need is read before the first command changes the document.
+    struct Source
+    {
+        int timeline;
+        int parentTimeline;
+        DisplayInfo world;
+        DisplayInfo parentWorld;
+    };
+    QList<Source> sources;
+    for (const ObjectGraphicsProxy *p : std::as_const(mSelection)) {
+        const ObjectGraphicsProxy *parent = p->parentProxy();
+        sources.append({p->timelineIndex(), parent ? parent->timelineIndex() : -1, p->displayInfo(),
+                        parent ? parent->displayInfo() : DisplayInfo()});
+    }
+    startUndoWithSelection(tr("item(s) cloned"));
+    QList<int> clones;
+    for (const Source &source : std::as_const(sources)) {
+        Timeline *tl = anim->timeline(source.timeline);
+        const Object *object = tl ? tl->object() : nullptr;
+        if (!object)
+            continue;
+        Object copy(*object);
+        copy.setName(entity->uniqueObjectName(object->name()));
+        mDocument->pushUndo(new AppendObjectCommand(entity, copy));
+        mDocument->pushUndo(new AppendTimelineCommand(anim, entity->objectCount() - 1, copy.name()));
+        Timeline *clone = anim->timeline(anim->timelineCount() - 1);
+        if (!clone || clone->object() == nullptr || clone->object()->name() != copy.name())
+            continue;
+        DisplayInfo world = source.world;
+        world.x += 10;
+        world.y += 10;
+        const DisplayInfo &pw = source.parentWorld;
+        const bool mapped = source.parentTimeline >= 0 && pw.xScale != 0.0 && pw.yScale != 0.0
+                            && pw.alpha != 0.0;
+        const DisplayInfo local = mapped ? world.mapToParentInfo(pw) : world;
+        TimelineKey key = tl->keyFromTime(sample);
+        DisplayInfo info = key.info();
+        info.x = local.x;
+        info.y = local.y;
+        info.angle = local.angle;
+        info.xScale = local.xScale;
+        info.yScale = local.yScale;
+        info.alpha = local.alpha;
+        key.setInfo(info);
+        key.setCachedTime(time);
+        clone->createUndoFromKey(key);
+        MainlineKey *mk = anim->mainlineKeyAtExactTime(time);
+        ObjectRef *ref = mk ? mk->refFromTimeline(clone) : nullptr;
+        ObjectRef *parentRef = mk && mapped ? mk->refFromTimeline(anim->timeline(source.parentTimeline))
+                                            : nullptr;
+        if (ref && parentRef && ref->key())
+            mDocument->pushUndo(new ChangeParentingCommand(ref, parentRef, ref->key()->info()));
+        clones.append(anim->timelineCount() - 1);
+    }
+    refresh();
+    QList<ObjectGraphicsProxy *> selection;
+    for (int index : std::as_const(clones)) {
+        if (ObjectGraphicsProxy *p = instTimelineProxyFromIndex(index))
+            selection.append(p);
+    }
+    setSelectedProxies(selection);
+    endUndoWithSelection(false, false, false);
+}
+
 void MorvaneCanvasScene::moveSelectionInZOrder(ZMove move)
 {
     Animation *anim = currentAnimation();

@@ -161,6 +161,10 @@ public:
     /// A new bone from `from` to `to` (scene coordinates) at the current time,
     /// a child of `parent` when that is a bone; selected afterwards.
     void createBone(const QPointF &from, const QPointF &to, ObjectGraphicsProxy *parent);
+    /// Copies of the selected items (new object infos with their own
+    /// timelines), keyed here ten units down and right of the originals, with
+    /// the same parents; the copies are selected afterwards.
+    void cloneSelection();
     enum class ZMove { Up, Down, ToTop, ToBottom };
     /// Moves the selected object (the last selected that is not a bone).
     void moveSelectionInZOrder(ZMove move);

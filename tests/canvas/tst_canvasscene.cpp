@@ -107,6 +107,7 @@ private slots:
     void onionSkinTimes_data();
     void onionSkinTimes();
     void onionSkinDrawsAndPersists();
+    void cloneSelection();
     void boneTool_data();
     void boneTool();
     void reparentWithB();
@@ -418,6 +419,45 @@ void TestCanvasScene::onionSkinDrawsAndPersists()
     QSettings().remove(QStringLiteral("Canvas"));
 }
 
+void TestCanvasScene::cloneSelection()
+{
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), 100);
+    Animation *anim = c.hero.animation(QStringLiteral("walk"));
+    Entity *entity = c.hero.document.entity(0);
+    const QByteArray before = c.hero.savedBytes();
+    const int timelines = anim->timelineCount();
+    ObjectGraphicsProxy *head = c.scene()->idProxy(QStringLiteral("head"));
+    ObjectGraphicsProxy *lantern = c.scene()->idProxy(QStringLiteral("lantern"));
+    QVERIFY(head && lantern);
+    const DisplayInfo headWorld = head->displayInfo();
+    const int headParent = head->parentTimelineIndex();
+    c.scene()->setSelectedProxies({head, lantern});
+    c.editor.action(QStringLiteral("actionClone"))->trigger();
+
+    QCOMPARE(c.hero.stack.count(), 1);
+    QCOMPARE(c.hero.stack.undoText(), QStringLiteral("item(s) cloned"));
+    QCOMPARE(anim->timelineCount(), timelines + 2);
+    QCOMPARE(entity->object(entity->objectCount() - 2)->name(), QStringLiteral("head_000"));
+    ObjectGraphicsProxy *copy = c.scene()->instTimelineProxyFromIndex(timelines);
+    QVERIFY(copy && copy->isShownInPose());
+    QCOMPARE(c.scene()->selectedProxies().size(), 2);
+    QCOMPARE(c.scene()->selectedProxies().first(), copy);
+    QCOMPARE(copy->parentTimelineIndex(), headParent);
+    QVERIFY(std::abs(copy->displayInfo().x - (headWorld.x + 10)) < 1e-6);
+    QVERIFY(std::abs(copy->displayInfo().y - (headWorld.y + 10)) < 1e-6);
+    QVERIFY(std::abs(copy->displayInfo().angle - headWorld.angle) < 1e-6);
+    // The copy is drawn in front of everything.
+    const MainlineKey *mk = anim->mainlineKeyAtExactTime(100);
+    QVERIFY(mk);
+    QVERIFY(mk->indexOfZRef(mk->refFromTimeline(anim->timeline(timelines))) >= mk->zRefCount() - 2);
+
+    c.hero.stack.undo();
+    QCOMPARE(anim->timelineCount(), timelines);
+    QCOMPARE(c.hero.savedBytes(), before);
+}
+
 void TestCanvasScene::boneTool_data()
 {
     QTest::addColumn<QString>("parent");
@@ -713,7 +753,7 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
         const QPointF from = Canvas::middle(target);
         const int before = c.hero.stack.count();
         const double zoom = c.scene()->zoom();
-        switch (random.bounded(9)) {
+        switch (random.bounded(10)) {
         case 0: // move
             c.drag(from, from + QPointF(random.bounded(60) - 30, random.bounded(60) - 30));
             break;
@@ -768,6 +808,10 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
             QTest::keyClick(c.view(), Qt::Key_1);
             break;
         }
+        case 9: // clone
+            c.scene()->setSelectedProxies({target});
+            c.editor.action(QStringLiteral("actionClone"))->trigger();
+            break;
         case 6: { // z-order
             c.scene()->setSelectedProxies({target});
             const char *names[] = {"actionMove_Up_in_Z_Order", "actionMove_Down_In_Z_Order",
