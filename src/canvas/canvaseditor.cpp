@@ -12,6 +12,8 @@
 #include "canvas/tools/toolmanager.h"
 
 #include <QAction>
+#include <QLabel>
+#include <QMenu>
 #include <QSettings>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -26,6 +28,7 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     , mView(new MorvaneGraphicsView(mScene, this))
     , mTools(new ToolManager(this))
     , mToolBar(new QToolBar(this))
+    , mStatus(new QLabel(this))
 {
     mScene->setToolManager(mTools);
     mTools->registerTool(new SelectTool(mScene));
@@ -140,6 +143,16 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     layout->setSpacing(0);
     layout->addWidget(mToolBar);
     layout->addWidget(mView);
+    layout->addWidget(mStatus);
+    connect(mScene, &MorvaneCanvasScene::statusTextChanged, mStatus, &QLabel::setText);
+    for (AbstractTool *tool : mTools->tools())
+        connect(tool, &AbstractTool::statusTextChanged, mStatus, &QLabel::setText);
+    mView->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(mView, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
+        QMenu *menu = createContextMenu(this);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->popup(mView->viewport()->mapToGlobal(pos));
+    });
     mView->setZoom(100);
 }
 
@@ -188,12 +201,45 @@ void CanvasEditor::setCurrentTime(int ms)
     mScene->setCurrentTime(ms);
 }
 
+QMenu *CanvasEditor::createContextMenu(QWidget *parent)
+{
+    auto *menu = new QMenu(parent);
+    menu->addAction(tr("Lock Selected Objects"), mScene, &MorvaneCanvasScene::lockSelectedObjects);
+    menu->addAction(tr("Unlock All Objects"), mScene, &MorvaneCanvasScene::setAllObjsUnlocked);
+    menu->addAction(tr("Hide Selected Objects"), mScene, &MorvaneCanvasScene::hideSelectedObjects);
+    menu->addAction(tr("Show All Objects"), mScene, &MorvaneCanvasScene::setAllObjsVisible);
+    menu->addSeparator();
+    auto addCopy = [this](QMenu *to, const QString &text, const QString &entry) {
+        QAction *own = to->addAction(text);
+        QPointer<QAction> target = mCopyActions.value(entry);
+        own->setEnabled(target && target->isEnabled());
+        connect(own, &QAction::triggered, this, [target] {
+            if (target)
+                target->trigger();
+        });
+    };
+    addCopy(menu, tr("Copy Selected Items to All Frames"), QStringLiteral("items"));
+    QMenu *properties = menu->addMenu(tr("Copy Selected Item Property To All Frames..."));
+    addCopy(properties, tr("x"), QStringLiteral("x"));
+    addCopy(properties, tr("y"), QStringLiteral("y"));
+    addCopy(properties, tr("x scale"), QStringLiteral("x scale"));
+    addCopy(properties, tr("y scale"), QStringLiteral("y scale"));
+    addCopy(properties, tr("angle"), QStringLiteral("angle"));
+    addCopy(properties, tr("alpha"), QStringLiteral("alpha"));
+    return menu;
+}
+
+void CanvasEditor::setCopyToAllFramesAction(const QString &entry, QAction *action)
+{
+    mCopyActions.insert(entry, action);
+}
+
 void CanvasEditor::selectAll()
 {
     QList<ObjectGraphicsProxy *> all;
     for (int i = 0; i < mScene->instTimelineProxyCount(); ++i) {
         ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
-        if (p->isShownInPose() && !p->isLocked())
+        if (p->isShownInPose() && p->isVisible() && !p->isLocked())
             all.append(p);
     }
     mScene->setSelectedProxies(all);

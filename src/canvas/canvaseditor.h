@@ -2,10 +2,14 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QWidget>
 
 class QAction;
+class QLabel;
+class QMenu;
 class QToolBar;
 
 namespace Morvane {
@@ -40,6 +44,12 @@ public:
     /// window's menus and shortcut lists.
     QList<QAction *> editorActions() const { return mActions; }
     QAction *action(const QString &objectName) const;
+    /// The canvas's right-click menu (owned by the caller). The copy entries
+    /// stay disabled until the window gives them actions to call.
+    QMenu *createContextMenu(QWidget *parent = nullptr);
+    /// The window's copy-to-all-frames actions, by their entry text ("x", "y",
+    /// "x scale", "y scale", "angle", "alpha", or "items" for the whole items).
+    void setCopyToAllFramesAction(const QString &entry, QAction *action);
 
 private:
     QAction *addAction(const QString &objectName, const QString &text,
@@ -50,7 +60,9 @@ private:
     MorvaneGraphicsView *mView;
     ToolManager *mTools;
     QToolBar *mToolBar;
+    QLabel *mStatus;
     QList<QAction *> mActions;
+    QHash<QString, QPointer<QAction>> mCopyActions; // the window's, not owned
 };
 
 } // namespace Morvane

@@ -133,6 +133,8 @@ void MorvaneCanvasScene::reset()
     mProxies.clear();
     mInstance.reset();
     mAnimationAddress = Address();
+    mLockedTimelines.clear();
+    mHiddenTimelines.clear();
     mPixmaps.clear();
     mOnion->clearCache();
     mOnion->refresh();
@@ -170,7 +172,11 @@ void MorvaneCanvasScene::setCurrentAnimation(Animation *animation)
     Entity *entity = animation ? animation->parentEntity() : nullptr;
     if (!entity)
         return;
+    if (animation == currentAnimation())
+        return;
     setSelectedProxies({});
+    mLockedTimelines.clear();
+    mHiddenTimelines.clear();
     if (!mInstance)
         mInstance = std::make_unique<EntityInstance>(entity, animation);
     else
@@ -238,7 +244,7 @@ QList<ObjectGraphicsProxy *> MorvaneCanvasScene::proxiesAt(const QPointF &sceneP
         if (item->type() != ObjectGraphicsProxy::Type)
             continue;
         auto *p = static_cast<ObjectGraphicsProxy *>(item);
-        if (p->isShownInPose() && !p->isLocked())
+        if (p->isShownInPose() && p->isVisible() && !p->isLocked())
             found.append(p);
     }
     return found;
@@ -399,14 +405,19 @@ void MorvaneCanvasScene::syncProxies()
                 p->setParentTimeline(parentTimeline, parent->displayInfo());
         }
     }
+    for (ObjectGraphicsProxy *p : mProxies) {
+        p->setLocked(mLockedTimelines.contains(p->timelineIndex()));
+        if (mHiddenTimelines.contains(p->timelineIndex()))
+            p->hide();
+    }
     for (ObjectGraphicsProxy *p : std::as_const(mSelection)) {
-        if (!p->isShownInPose())
+        if (!p->isShownInPose() || !p->isVisible())
             selectionLost = true;
     }
     if (selectionLost) {
         QList<ObjectGraphicsProxy *> kept;
         for (ObjectGraphicsProxy *p : std::as_const(mSelection)) {
-            if (p->isShownInPose())
+            if (p->isShownInPose() && p->isVisible())
                 kept.append(p);
         }
         setSelectedProxies(kept);
@@ -902,6 +913,48 @@ void MorvaneCanvasScene::keyReleaseEvent(QKeyEvent *event)
         mTools->activeTool()->keyReleased(event);
     else
         QGraphicsScene::keyReleaseEvent(event);
+}
+
+void MorvaneCanvasScene::hideSelectedObjects()
+{
+    for (const ObjectGraphicsProxy *p : std::as_const(mSelection))
+        mHiddenTimelines.insert(p->timelineIndex());
+    setSelectedProxies({});
+    refresh(false);
+}
+
+void MorvaneCanvasScene::showSelectedObjects()
+{
+    for (const ObjectGraphicsProxy *p : std::as_const(mSelection))
+        mHiddenTimelines.remove(p->timelineIndex());
+    refresh(false);
+}
+
+void MorvaneCanvasScene::lockSelectedObjects()
+{
+    for (const ObjectGraphicsProxy *p : std::as_const(mSelection))
+        mLockedTimelines.insert(p->timelineIndex());
+    setSelectedProxies({});
+    refresh(false);
+}
+
+void MorvaneCanvasScene::unlockSelectedObjects()
+{
+    for (const ObjectGraphicsProxy *p : std::as_const(mSelection))
+        mLockedTimelines.remove(p->timelineIndex());
+    refresh(false);
+}
+
+void MorvaneCanvasScene::setAllObjsVisible()
+{
+    mHiddenTimelines.clear();
+    refresh(false);
+}
+
+void MorvaneCanvasScene::setAllObjsUnlocked()
+{
+    mLockedTimelines.clear();
+    refresh(false);
 }
 
 void MorvaneCanvasScene::onFps()

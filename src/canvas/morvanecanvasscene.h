@@ -190,6 +190,14 @@ Q_SIGNALS:
     void statusTextChanged(const QString &text);
 
 public Q_SLOTS:
+    // Locking and hiding are views of the canvas, not edits: they are not
+    // undoable and clear the selection. They hold for the shown animation.
+    void hideSelectedObjects();
+    void showSelectedObjects();
+    void lockSelectedObjects();
+    void unlockSelectedObjects();
+    void setAllObjsVisible();
+    void setAllObjsUnlocked();
     void onFps();
     void on_fadingStatusTimer_timeout();
     void startStatusText(const QString &text);
@@ -237,6 +245,8 @@ private:
     bool mRecording = false;
     int mRecordTime = 0;
     QSet<int> mChangedTimelines;
+    QSet<int> mLockedTimelines;
+    QSet<int> mHiddenTimelines;
     QMap<int, QHash<int, TimelineKey>> mCapturedPoses;
 };
 

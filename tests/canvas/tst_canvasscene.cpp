@@ -17,6 +17,7 @@
 
 #include <QApplication>
 #include <QAction>
+#include <QMenu>
 #include <QRandomGenerator>
 #include <QSettings>
 #include <QTest>
@@ -107,6 +108,9 @@ private slots:
     void onionSkinTimes_data();
     void onionSkinTimes();
     void onionSkinDrawsAndPersists();
+    void undoDuringAGesture();
+    void lockAndHide();
+    void contextMenu();
     void cloneSelection();
     void boneTool_data();
     void boneTool();
@@ -417,6 +421,93 @@ void TestCanvasScene::onionSkinDrawsAndPersists()
     QVERIFY(again.scene()->onionSkin()->isOn());
     QVERIFY(again.editor.action(QStringLiteral("actionOnion_Skin"))->isChecked());
     QSettings().remove(QStringLiteral("Canvas"));
+}
+
+void TestCanvasScene::undoDuringAGesture()
+{
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), 100);
+    const QByteArray before = c.hero.savedBytes();
+    // A clone, so that undoing it takes a proxy away while the next drag is on.
+    ObjectGraphicsProxy *head = c.scene()->idProxy(QStringLiteral("head"));
+    c.scene()->setSelectedProxies({head});
+    c.editor.action(QStringLiteral("actionClone"))->trigger();
+    ObjectGraphicsProxy *copy = c.scene()->selectedProxies().value(0);
+    QVERIFY(copy && copy != head);
+    const QPointF end = copy->mapToScene(copy->localRect().center());
+    QTest::mousePress(c.viewport(), Qt::LeftButton, Qt::NoModifier, c.at(end));
+    QTest::mouseMove(c.viewport(), c.at(end + QPointF(20, 0)));
+    c.hero.stack.undo();
+    QTest::mouseMove(c.viewport(), c.at(end + QPointF(30, 0)));
+    QTest::keyClick(c.view(), Qt::Key_Escape);
+    QTest::mouseRelease(c.viewport(), Qt::LeftButton, Qt::NoModifier, c.at(end + QPointF(30, 0)));
+    QCOMPARE(c.hero.savedBytes(), before);
+}
+
+void TestCanvasScene::lockAndHide()
+{
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), 100);
+    ObjectGraphicsProxy *head = c.scene()->idProxy(QStringLiteral("head"));
+    QVERIFY(head);
+    const int timeline = head->timelineIndex();
+    const QPointF spot = Canvas::middle(head);
+    QVERIFY(c.scene()->proxiesAt(spot).contains(head));
+
+    c.scene()->setSelectedProxies({head});
+    c.scene()->lockSelectedObjects();
+    QVERIFY(c.scene()->selectedProxies().isEmpty());
+    QVERIFY(!c.scene()->proxiesAt(spot).contains(head));
+    c.click(spot);
+    QVERIFY(!c.scene()->selectedProxies().contains(head));
+    // Locked stays locked at another time.
+    c.show(QStringLiteral("walk"), 300);
+    QVERIFY(c.scene()->instTimelineProxyFromIndex(timeline)->isLocked());
+    c.scene()->setAllObjsUnlocked();
+    head = c.scene()->instTimelineProxyFromIndex(timeline);
+    QVERIFY(c.scene()->proxiesAt(Canvas::middle(head)).contains(head));
+
+    c.scene()->setSelectedProxies({head});
+    c.scene()->hideSelectedObjects();
+    QVERIFY(!head->isVisible());
+    QVERIFY(c.scene()->selectedProxies().isEmpty());
+    QVERIFY(!c.scene()->proxiesAt(Canvas::middle(head)).contains(head));
+    c.scene()->setAllObjsVisible();
+    QVERIFY(head->isVisible());
+    QCOMPARE(c.hero.stack.count(), 0); // not edits
+}
+
+void TestCanvasScene::contextMenu()
+{
+    Canvas c;
+    std::unique_ptr<QMenu> menu(c.editor.createContextMenu());
+    QStringList texts;
+    for (QAction *a : menu->actions()) {
+        if (!a->isSeparator())
+            texts.append(a->text());
+    }
+    QCOMPARE(texts, (QStringList{"Lock Selected Objects", "Unlock All Objects",
+                                 "Hide Selected Objects", "Show All Objects",
+                                 "Copy Selected Items to All Frames",
+                                 "Copy Selected Item Property To All Frames..."}));
+    // Until the window provides them, the copy entries are disabled.
+    QMenu *properties = menu->actions().last()->menu();
+    QVERIFY(properties);
+    QCOMPARE(properties->actions().size(), 6);
+    for (QAction *a : properties->actions())
+        QVERIFY(!a->isEnabled());
+    QAction windowAngle(QStringLiteral("angle"));
+    int triggered = 0;
+    connect(&windowAngle, &QAction::triggered, [&triggered] { ++triggered; });
+    c.editor.setCopyToAllFramesAction(QStringLiteral("angle"), &windowAngle);
+    menu.reset(c.editor.createContextMenu());
+    QAction *angle = menu->actions().last()->menu()->actions().at(4);
+    QCOMPARE(angle->text(), QStringLiteral("angle"));
+    QVERIFY(angle->isEnabled());
+    angle->trigger();
+    QCOMPARE(triggered, 1);
 }
 
 void TestCanvasScene::cloneSelection()

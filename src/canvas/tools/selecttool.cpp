@@ -347,8 +347,23 @@ ObjectGraphicsProxy *SelectTool::boneEndAt(const QPointF &scenePos) const
     return nullptr;
 }
 
+bool SelectTool::isAlive(const ObjectGraphicsProxy *proxy) const
+{
+    // A refresh during the gesture (an undo from the keyboard) may have
+    // replaced the scene's proxies.
+    for (int i = 0; i < scene()->instTimelineProxyCount(); ++i) {
+        if (scene()->instTimelineProxyFromIndex(i) == proxy)
+            return proxy->isShownInPose();
+    }
+    return false;
+}
+
 void SelectTool::applyIk(const QPointF &pos)
 {
+    if (!isAlive(mIkBone) || (mIkBone->parentProxy() && !mStart.contains(mIkBone->parentProxy()))) {
+        cancelGesture();
+        return;
+    }
     ObjectGraphicsProxy *bone = mIkBone;
     ObjectGraphicsProxy *parent = bone->parentProxy();
     if (parent && !parent->isBone())
@@ -397,6 +412,10 @@ void SelectTool::mouseReleased(QGraphicsSceneMouseEvent *event)
         record(tr("objects rotated"));
         break;
     case Mode::Ik: {
+        if (!isAlive(mIkBone)) {
+            mIkBone = nullptr;
+            break;
+        }
         QList<ObjectGraphicsProxy *> chain;
         if (ObjectGraphicsProxy *parent = mIkBone->parentProxy(); parent && parent->isBone())
             chain.append(parent);
@@ -467,8 +486,10 @@ void SelectTool::record(const QString &label, const QList<ObjectGraphicsProxy *>
 void SelectTool::cancelGesture()
 {
     if (mMode != Mode::Idle && !mStart.isEmpty()) {
-        for (auto it = mStart.constBegin(); it != mStart.constEnd(); ++it)
-            it.key()->setDisplayInfo(it.value());
+        for (auto it = mStart.constBegin(); it != mStart.constEnd(); ++it) {
+            if (isAlive(it.key()))
+                it.key()->setDisplayInfo(it.value());
+        }
     }
     mMode = Mode::Idle;
     mIkBone = nullptr;

@@ -53,6 +53,7 @@ private:
     void applyRotate(const QPointF &pos);
     void applyIk(const QPointF &pos);
     ObjectGraphicsProxy *boneEndAt(const QPointF &scenePos) const;
+    bool isAlive(const ObjectGraphicsProxy *proxy) const;
     void record(const QString &label, const QList<ObjectGraphicsProxy *> &changed = {});
     void cancelGesture();
 
