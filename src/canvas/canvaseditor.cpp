@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QSettings>
+#include <QPainter>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -66,6 +67,34 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     smooth->setCheckable(true);
     smooth->setChecked(mScene->smoothTransform());
     connect(smooth, &QAction::toggled, mScene, &MorvaneCanvasScene::setSmoothTransform);
+    // Pixel art: no smoothing of images, whatever Smooth Sampling says.
+    QAction *pixelArt = addAction(QStringLiteral("actionPixel_Art_Mode"), tr("Pixel Art Mode"));
+    pixelArt->setCheckable(true);
+    connect(pixelArt, &QAction::toggled, this, [this, smooth](bool on) {
+        mScene->setSmoothTransform(!on && smooth->isChecked());
+        mView->setRenderHint(QPainter::SmoothPixmapTransform, !on);
+        smooth->setEnabled(!on);
+    });
+    const struct
+    {
+        const char *name;
+        QString text;
+        QColor color;
+    } backgrounds[] = {
+        {"actionLight_Background", tr("Light Background"), QColor(0xa0, 0xa0, 0xa4)},
+        {"actionDark_Background", tr("Dark Background"), QColor(0x30, 0x30, 0x34)},
+        {"actionWhite_Background", tr("White Background"), QColor(Qt::white)},
+    };
+    const QColor savedBackground(
+        QSettings().value(QStringLiteral("Canvas/background"), backgrounds[0].color.name()).toString());
+    mView->setBackgroundBrush(savedBackground.isValid() ? savedBackground : backgrounds[0].color);
+    for (const auto &b : backgrounds) {
+        const QColor color = b.color;
+        connect(addAction(QLatin1String(b.name), b.text), &QAction::triggered, this, [this, color] {
+            mView->setBackgroundBrush(color);
+            QSettings().setValue(QStringLiteral("Canvas/background"), color.name());
+        });
+    }
     connect(addAction(QStringLiteral("actionSelect_All"), tr("Select All"), QKeySequence::SelectAll),
             &QAction::triggered, this, &CanvasEditor::selectAll);
     connect(addAction(QStringLiteral("actionClone"), tr("Clone"), QKeySequence(Qt::CTRL | Qt::Key_D)),

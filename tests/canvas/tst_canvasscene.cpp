@@ -124,6 +124,7 @@ private slots:
     void rotationSnapping_data();
     void rotationSnapping();
     void drawsBonesAndSelection();
+    void viewActions();
     void randomGesturesUndoToTheSavedBytes();
 };
 
@@ -817,12 +818,42 @@ void TestCanvasScene::drawsBonesAndSelection()
     }
     for (int zoom : {200, 800}) {
         c.view()->setZoom(zoom);
+        c.view()->centerOn(box->box().center());
+        if (qEnvironmentVariableIsSet("MORVANE_CANVAS_PNG"))
+            c.viewport()->grab().save(qEnvironmentVariable("MORVANE_CANVAS_PNG")
+                                      + QString::number(zoom) + QStringLiteral(".png"));
         const QPointF h = box->handlePosition(far);
         const QPointF outward(h.x() >= box->box().center().x() ? 1 : -1,
                               h.y() >= box->box().center().y() ? 1 : -1);
         QCOMPARE(box->handleAt(h + outward * 4.9 / (zoom / 100.0)), far);
         QVERIFY(box->handleAt(h + outward * 5.1 / (zoom / 100.0)) != far);
     }
+}
+
+void TestCanvasScene::viewActions()
+{
+    QSettings().remove(QStringLiteral("Canvas"));
+    {
+        Canvas c;
+        QVERIFY(c.scene()->smoothTransform());
+        c.editor.action(QStringLiteral("actionPixel_Art_Mode"))->trigger();
+        QVERIFY(!c.scene()->smoothTransform());
+        QVERIFY(!c.editor.action(QStringLiteral("actionSmooth_Sampling"))->isEnabled());
+        c.editor.action(QStringLiteral("actionPixel_Art_Mode"))->trigger();
+        QVERIFY(c.scene()->smoothTransform());
+        c.editor.action(QStringLiteral("actionDark_Background"))->trigger();
+        QCOMPARE(c.view()->backgroundBrush().color(), QColor(0x30, 0x30, 0x34));
+        c.view()->setZoom(350);
+        c.editor.action(QStringLiteral("actionRestore_Zoom"))->trigger();
+        QCOMPARE(c.view()->zoomPercent(), 100);
+        c.editor.action(QStringLiteral("actionZoom_In"))->trigger();
+        QCOMPARE(c.view()->zoomPercent(), 107);
+        c.editor.action(QStringLiteral("actionZoom_Out"))->trigger();
+        QVERIFY(c.view()->zoomPercent() < 107);
+    }
+    Canvas again; // the background persists
+    QCOMPARE(again.view()->backgroundBrush().color(), QColor(0x30, 0x30, 0x34));
+    QSettings().remove(QStringLiteral("Canvas"));
 }
 
 void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
