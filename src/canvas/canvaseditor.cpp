@@ -176,6 +176,7 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     connect(mScene, &MorvaneCanvasScene::statusTextChanged, mStatus, &QLabel::setText);
     for (AbstractTool *tool : mTools->tools())
         connect(tool, &AbstractTool::statusTextChanged, mStatus, &QLabel::setText);
+    mView->setAcceptDrops(true);
     mView->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(mView, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
         QMenu *menu = createContextMenu(this);

@@ -13,14 +13,20 @@
 #include "model/commands/objectcommands.h"
 #include "model/entity.h"
 #include "model/file.h"
+#include "model/timelinekey.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/objectref.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 
+#include <QDebug>
+#include <QGraphicsSceneDragDropEvent>
 #include <QGraphicsSceneMouseEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QtMath>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QTimer>
@@ -751,6 +757,86 @@ void MorvaneCanvasScene::createBone(const QPointF &from, const QPointF &to,
             setSelectedProxies({p});
     }
     endUndoWithSelection(false, false, false);
+}
+
+void MorvaneCanvasScene::createSprite(File *file, const QPointF &pos)
+{
+    Animation *anim = currentAnimation();
+    Entity *entity = currentEntity();
+    if (!anim || !entity || !undoStack() || !file || !file->isImage())
+        return;
+    const QString base = QFileInfo(file->name()).completeBaseName();
+    Object sprite(entity->uniqueObjectName(base.isEmpty() ? QStringLiteral("sprite") : base),
+                  Object::Sprite);
+    const Address fileAddress = file->address();
+    sprite.defaultState().setFileInfo(FileInfo(fileAddress));
+    startUndoWithSelection(tr("new sprite created"));
+    mDocument->pushUndo(new AppendObjectCommand(entity, sprite));
+    mDocument->pushUndo(new AppendTimelineCommand(anim, entity->objectCount() - 1, sprite.name()));
+    Timeline *tl = anim->timeline(anim->timelineCount() - 1);
+    if (tl && tl->object() && tl->object()->name() == sprite.name()) {
+        DisplayInfo info;
+        info.x = pos.x();
+        info.y = pos.y();
+        info.width = file->width();
+        info.height = file->height();
+        // The image's own pivot, until the user moves it.
+        info.setDefaultPivot(true, fileAddress);
+        TimelineKey key(FileInfo(fileAddress), info);
+        key.setCachedTime(currentTime());
+        tl->createUndoFromKey(key);
+        refresh();
+        if (ObjectGraphicsProxy *p = instTimelineProxyFromIndex(anim->indexOfTimeline(tl)))
+            setSelectedProxies({p});
+    }
+    endUndoWithSelection(false, false, false);
+    Q_EMIT newObjectDropped();
+}
+
+void MorvaneCanvasScene::dragEnterEvent(QGraphicsSceneDragDropEvent *event)
+{
+    if (!currentAnimation() || !currentEntity()) {
+        qDebug() << "drag enter event : no valid entity";
+        Q_EMIT recievedInvalidDrag();
+        event->ignore();
+        return;
+    }
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void MorvaneCanvasScene::dragMoveEvent(QGraphicsSceneDragDropEvent *event)
+{
+    if (currentAnimation() && event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void MorvaneCanvasScene::dropEvent(QGraphicsSceneDragDropEvent *event)
+{
+    if (!currentAnimation() || !mDocument) {
+        event->ignore();
+        return;
+    }
+    bool any = false;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        // Only images the project already holds: the project names its images
+        // by paths inside its folder.
+        File *file = url.isLocalFile() ? mDocument->file(url.toLocalFile()) : nullptr;
+        if (!file || !file->isImage()) {
+            startStatusText(tr("Only images inside the project folder can be dropped"));
+            continue;
+        }
+        createSprite(file, event->scenePos());
+        any = true;
+    }
+    if (any)
+        event->acceptProposedAction();
+    else
+        event->ignore();
 }
 
 void MorvaneCanvasScene::cloneSelection()

@@ -25,6 +25,7 @@ namespace Morvane {
 class Animation;
 class Entity;
 class EntityInstance;
+class File;
 class MainlineKey;
 class ObjectGraphicsProxy;
 class ObjectRef;
@@ -161,6 +162,9 @@ public:
     /// A new bone from `from` to `to` (scene coordinates) at the current time,
     /// a child of `parent` when that is a bone; selected afterwards.
     void createBone(const QPointF &from, const QPointF &to, ObjectGraphicsProxy *parent);
+    /// A new sprite showing `file` with its origin at `pos`, in front of
+    /// everything at the current time; selected afterwards.
+    void createSprite(File *file, const QPointF &pos);
     /// Copies of the selected items (new object infos with their own
     /// timelines), keyed here ten units down and right of the originals, with
     /// the same parents; the copies are selected afterwards.
@@ -209,6 +213,10 @@ protected:
     void mouseDoubleClickEvent(QGraphicsSceneMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    // Images dropped from the file palette or the desktop become sprites.
+    void dragEnterEvent(QGraphicsSceneDragDropEvent *event) override;
+    void dragMoveEvent(QGraphicsSceneDragDropEvent *event) override;
+    void dropEvent(QGraphicsSceneDragDropEvent *event) override;
 
 private:
     void syncProxies();

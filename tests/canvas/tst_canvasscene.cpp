@@ -17,6 +17,10 @@
 
 #include <QApplication>
 #include <QAction>
+#include <QGraphicsSceneDragDropEvent>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QUrl>
 #include <QMenu>
 #include <QRandomGenerator>
 #include <QSettings>
@@ -111,6 +115,8 @@ private slots:
     void undoDuringAGesture();
     void lockAndHide();
     void contextMenu();
+    void dropImage_data();
+    void dropImage();
     void cloneSelection();
     void boneTool_data();
     void boneTool();
@@ -509,6 +515,68 @@ void TestCanvasScene::contextMenu()
     QVERIFY(angle->isEnabled());
     angle->trigger();
     QCOMPARE(triggered, 1);
+}
+
+void TestCanvasScene::dropImage_data()
+{
+    QTest::addColumn<QString>("image"); // relative to the project folder; empty: none
+    QTest::addColumn<bool>("withAnimation");
+    QTest::addColumn<bool>("created");
+    QTest::newRow("an image of the project") << "props/flame.png" << true << true;
+    QTest::newRow("a file outside the project") << "../elsewhere.png" << true << false;
+    QTest::newRow("no entity to drop into") << "props/flame.png" << false << false;
+}
+
+void TestCanvasScene::dropImage()
+{
+    QFETCH(QString, image);
+    QFETCH(bool, withAnimation);
+    QFETCH(bool, created);
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), 100);
+    if (!withAnimation)
+        c.editor.setDocument(nullptr);
+    Animation *anim = c.hero.animation(QStringLiteral("walk"));
+    const QByteArray before = c.hero.savedBytes();
+    const int timelines = anim->timelineCount();
+    QSignalSpy refused(c.scene(), &MorvaneCanvasScene::recievedInvalidDrag);
+    QSignalSpy dropped(c.scene(), &MorvaneCanvasScene::newObjectDropped);
+
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(QFileInfo(c.hero.projectPath()).path() + '/' + image)});
+    const QPointF at(-220, -140);
+    QGraphicsSceneDragDropEvent enter(QEvent::GraphicsSceneDragEnter);
+    enter.setMimeData(&mime);
+    enter.setScenePos(at);
+    enter.setProposedAction(Qt::CopyAction);
+    enter.setPossibleActions(Qt::CopyAction);
+    enter.setAccepted(false);
+    QApplication::sendEvent(c.scene(), &enter);
+    QCOMPARE(refused.count(), withAnimation ? 0 : 1);
+    QGraphicsSceneDragDropEvent drop(QEvent::GraphicsSceneDrop);
+    drop.setMimeData(&mime);
+    drop.setScenePos(at);
+    drop.setProposedAction(Qt::CopyAction);
+    drop.setPossibleActions(Qt::CopyAction);
+    QApplication::sendEvent(c.scene(), &drop);
+
+    QCOMPARE(dropped.count(), created ? 1 : 0);
+    QCOMPARE(c.hero.stack.count(), created ? 1 : 0);
+    QCOMPARE(anim->timelineCount(), timelines + (created ? 1 : 0));
+    if (!created)
+        return;
+    QCOMPARE(c.hero.stack.undoText(), QStringLiteral("new sprite created"));
+    ObjectGraphicsProxy *sprite = c.scene()->instTimelineProxyFromIndex(timelines);
+    QVERIFY(sprite && sprite->isShownInPose());
+    QCOMPARE(sprite->name(), QStringLiteral("flame"));
+    QCOMPARE(QPointF(sprite->displayInfo().x, sprite->displayInfo().y), at);
+    QCOMPARE(c.scene()->selectedProxies(), QList<ObjectGraphicsProxy *>{sprite});
+    // Drawn with the image's size and its own pivot: 14 x 20, pivot written as
+    // (0.5, 0.1) with y upwards, so 0.9 of the height from the top.
+    QCOMPARE(sprite->localRect(), QRectF(-7, -18, 14, 20));
+    c.hero.stack.undo();
+    QCOMPARE(c.hero.savedBytes(), before);
 }
 
 void TestCanvasScene::cloneSelection()
