@@ -687,6 +687,7 @@ void TestCanvasScene::reparentWithB()
     QPointF over = Canvas::middle(bone);
     QCOMPARE(c.scene()->proxiesAt(over).value(0), bone);
     QTest::keyPress(c.view(), Qt::Key_B);
+    QTest::mouseMove(c.viewport(), c.at(over) + QPoint(1, 0));
     QTest::mouseMove(c.viewport(), c.at(over));
     QCOMPARE(c.scene()->hoveredProxy(), bone);
     QTest::keyRelease(c.view(), Qt::Key_B);
@@ -868,7 +869,10 @@ void TestCanvasScene::drawsBonesAndSelection()
         image.save(qEnvironmentVariable("MORVANE_CANVAS_PNG"));
     // The selected bone is drawn in the selection colour over the sprites.
     int selectionPixels = 0;
-    const QRect boneRect = c.view()->mapFromScene(bone->sceneBoundingRect()).boundingRect();
+    // The grab has device pixels: twice as many per side at a scale factor of 2.
+    const qreal dpr = image.devicePixelRatio();
+    const QRectF logical = c.view()->mapFromScene(bone->sceneBoundingRect()).boundingRect();
+    const QRect boneRect(QRectF(logical.topLeft() * dpr, logical.size() * dpr).toAlignedRect());
     for (int y = boneRect.top(); y <= boneRect.bottom(); ++y) {
         for (int x = boneRect.left(); x <= boneRect.right(); ++x) {
             if (image.rect().contains(x, y) && QColor(image.pixel(x, y)) == QColor(0xff, 0xa0, 0x2f))
