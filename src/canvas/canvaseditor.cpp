@@ -97,6 +97,8 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     }
     connect(addAction(QStringLiteral("actionSelect_All"), tr("Select All"), QKeySequence::SelectAll),
             &QAction::triggered, this, &CanvasEditor::selectAll);
+    connect(addAction(QStringLiteral("actionDelete"), tr("Delete"), QKeySequence::Delete),
+            &QAction::triggered, mScene, &MorvaneCanvasScene::deleteSelection);
     connect(addAction(QStringLiteral("actionClone"), tr("Clone"), QKeySequence(Qt::CTRL | Qt::Key_D)),
             &QAction::triggered, mScene, &MorvaneCanvasScene::cloneSelection);
     mToolBar->addSeparator();

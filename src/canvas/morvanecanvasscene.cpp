@@ -11,6 +11,7 @@
 #include "model/animation.h"
 #include "model/commands/mainlinekeycommands.h"
 #include "model/commands/objectcommands.h"
+#include "model/commands/timelinekeycommands.h"
 #include "model/entity.h"
 #include "model/file.h"
 #include "model/timelinekey.h"
@@ -837,6 +838,90 @@ void MorvaneCanvasScene::dropEvent(QGraphicsSceneDragDropEvent *event)
         event->acceptProposedAction();
     else
         event->ignore();
+}
+
+void MorvaneCanvasScene::deleteSelection()
+{
+    Animation *anim = currentAnimation();
+    if (!anim || !undoStack() || mSelection.isEmpty())
+        return;
+    const int time = currentTime();
+    const int sample = anim->sampleTime(time);
+    const QList<ObjectGraphicsProxy *> selection = mSelection;
+    // What the children are to keep, read before the first command.
+    QHash<ObjectGraphicsProxy *, DisplayInfo> childLocal;
+    for (ObjectGraphicsProxy *p : selection) {
+        const ObjectGraphicsProxy *grandparent = p->parentProxy();
+        while (grandparent && selection.contains(const_cast<ObjectGraphicsProxy *>(grandparent)))
+            grandparent = grandparent->parentProxy();
+        for (ObjectGraphicsProxy *child : p->childrenProxys()) {
+            if (selection.contains(child))
+                continue;
+            const DisplayInfo gw = grandparent ? grandparent->displayInfo() : DisplayInfo();
+            if (grandparent && (gw.xScale == 0.0 || gw.yScale == 0.0 || gw.alpha == 0.0))
+                continue;
+            childLocal.insert(child, grandparent ? child->displayInfo().mapToParentInfo(gw)
+                                                 : child->displayInfo());
+        }
+    }
+    startUndoWithSelection(tr("object(s) deleted"));
+    MainlineKey *mk = mainlineKeyHere();
+    for (auto it = childLocal.constBegin(); it != childLocal.constEnd(); ++it) {
+        Timeline *tl = anim->timeline(it.key()->timelineIndex());
+        if (!tl)
+            continue;
+        TimelineKey key = tl->keyFromTime(sample);
+        DisplayInfo info = key.info();
+        info.x = it.value().x;
+        info.y = it.value().y;
+        info.angle = it.value().angle;
+        info.xScale = it.value().xScale;
+        info.yScale = it.value().yScale;
+        info.alpha = it.value().alpha;
+        key.setInfo(info);
+        key.setCachedTime(time);
+        tl->createUndoFromKey(key);
+        mChangedTimelines.insert(it.key()->timelineIndex());
+    }
+    for (ObjectGraphicsProxy *p : selection) {
+        Timeline *tl = anim->timeline(p->timelineIndex());
+        ObjectRef *ref = mk && tl ? mk->refFromTimeline(tl) : nullptr;
+        if (!ref)
+            continue;
+        TimelineKey *key = ref->key();
+        const bool keyedHere = key && key->time(true) == time && key->mainKey() == mk;
+        if (keyedHere && tl->keyCount() == 1) {
+            startStatusText(tr("%1 has no other key: delete its timeline instead").arg(p->name()));
+            continue;
+        }
+        if (keyedHere) {
+            // Later mainline keys that show this key get keys of their own.
+            for (int i = 0; i < anim->mainlineKeyCount(); ++i) {
+                MainlineKey *other = anim->mainlineKey(i);
+                ObjectRef *r = other != mk ? other->refFromTimeline(tl) : nullptr;
+                if (r && r->key() == key) {
+                    TimelineKey state = tl->keyFromTime(other->currentTime());
+                    state.setCachedTime(other->currentTime());
+                    tl->createUndoFromKey(state);
+                }
+            }
+        }
+        mDocument->pushUndo(new RemoveRefCommand(mk, tl));
+        if (keyedHere) {
+            key = tl->actualKeyFromTime(time);
+            bool shown = false;
+            for (int i = 0; key && i < anim->mainlineKeyCount(); ++i) {
+                const ObjectRef *r = anim->mainlineKey(i)->refFromTimeline(tl);
+                shown |= r && r->key() == key;
+            }
+            if (key && !shown) {
+                mDocument->pushUndo(new RemoveTimelineKeyCommand(key));
+                mChangedTimelines.insert(p->timelineIndex());
+            }
+        }
+    }
+    setSelectedProxies({});
+    endUndoWithSelection(false, false, true);
 }
 
 void MorvaneCanvasScene::cloneSelection()

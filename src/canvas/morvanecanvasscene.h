@@ -165,6 +165,11 @@ public:
     /// A new sprite showing `file` with its origin at `pos`, in front of
     /// everything at the current time; selected afterwards.
     void createSprite(File *file, const QPointF &pos);
+    /// Takes the selected items out of the mainline key at the current time
+    /// ("object(s) deleted"); their children keep their place on the canvas and
+    /// other mainline keys keep showing what they showed. An item whose only
+    /// key stands here is left (deleting it would delete its whole timeline).
+    void deleteSelection();
     /// Copies of the selected items (new object infos with their own
     /// timelines), keyed here ten units down and right of the originals, with
     /// the same parents; the copies are selected afterwards.

@@ -117,6 +117,8 @@ private slots:
     void contextMenu();
     void dropImage_data();
     void dropImage();
+    void deleteSelection_data();
+    void deleteSelection();
     void cloneSelection();
     void boneTool_data();
     void boneTool();
@@ -579,6 +581,68 @@ void TestCanvasScene::dropImage()
     QCOMPARE(c.hero.savedBytes(), before);
 }
 
+void TestCanvasScene::deleteSelection_data()
+{
+    QTest::addColumn<QString>("object");
+    QTest::addColumn<int>("time");
+    QTest::addColumn<QList<int>>("neighbours"); // mainline key times whose poses must stay
+    QTest::newRow("a sprite keyed here") << "head" << 200 << QList<int>{0, 400};
+    QTest::newRow("a bone with children, between keys") << "arm_front_upper" << 100
+                                                         << QList<int>{0, 200};
+    QTest::newRow("a bone with children, at a key") << "arm_back_upper" << 400
+                                                    << QList<int>{200, 600};
+}
+
+void TestCanvasScene::deleteSelection()
+{
+    QFETCH(QString, object);
+    QFETCH(int, time);
+    QFETCH(QList<int>, neighbours);
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("walk"), time);
+    Animation *anim = c.hero.animation(QStringLiteral("walk"));
+    Entity *entity = c.hero.document.entity(0);
+    const QByteArray before = c.hero.savedBytes();
+    ObjectGraphicsProxy *target = c.scene()->idProxy(object);
+    QVERIFY(target);
+    const int timeline = target->timelineIndex();
+    QMap<int, QMap<int, QList<double>>> poses;
+    for (int t : neighbours)
+        poses.insert(t, worldPose(entity, anim, t));
+    QMap<int, QList<double>> here = worldPose(entity, anim, time);
+    here.remove(timeline);
+
+    c.scene()->setSelectedProxies({target});
+    c.editor.action(QStringLiteral("actionDelete"))->trigger();
+    QCOMPARE(c.hero.stack.count(), 1);
+    QCOMPARE(c.hero.stack.undoText(), QStringLiteral("object(s) deleted"));
+    const MainlineKey *mk = anim->mainlineKeyAtExactTime(time);
+    QVERIFY(mk);
+    QVERIFY(!mk->refFromTimeline(anim->timeline(timeline)));
+    QVERIFY(!anim->timeline(timeline)->actualKeyFromTime(time));
+    QVERIFY(!c.scene()->instTimelineProxyFromIndex(timeline)->isShownInPose());
+    QVERIFY(c.scene()->selectedProxies().isEmpty());
+    // Everything else stays where it was, here and at the neighbouring keys.
+    QVERIFY(samePose(here, worldPose(entity, anim, time)));
+    for (int t : neighbours)
+        QVERIFY2(samePose(poses.value(t), worldPose(entity, anim, t)),
+                 qPrintable(QStringLiteral("pose at %1 changed").arg(t)));
+    // Saved and read again, the item stays deleted there.
+    const QString saved = QFileInfo(c.hero.projectPath()).path() + QStringLiteral("/deleted.rigx");
+    QVERIFY(ProjectFile::save(&c.hero.document, saved));
+    RigxData reread;
+    QVERIFY(ProjectFile::open(&reread, saved));
+    const Animation *again = reread.entity(0)->animation(QStringLiteral("walk"));
+    const MainlineKey *againKey = again->mainlineKeyAtExactTime(time);
+    QVERIFY(againKey);
+    const Timeline *againLine = again->timelineFromObjectName(object);
+    QVERIFY(againLine);
+    QVERIFY(!againKey->refFromTimeline(againLine));
+    c.hero.stack.undo();
+    QCOMPARE(c.hero.savedBytes(), before);
+}
+
 void TestCanvasScene::cloneSelection()
 {
     Canvas c;
@@ -947,7 +1011,7 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
         const QPointF from = Canvas::middle(target);
         const int before = c.hero.stack.count();
         const double zoom = c.scene()->zoom();
-        switch (random.bounded(10)) {
+        switch (random.bounded(11)) {
         case 0: // move
             c.drag(from, from + QPointF(random.bounded(60) - 30, random.bounded(60) - 30));
             break;
@@ -1002,6 +1066,10 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
             QTest::keyClick(c.view(), Qt::Key_1);
             break;
         }
+        case 10: // delete
+            c.scene()->setSelectedProxies({target});
+            c.editor.action(QStringLiteral("actionDelete"))->trigger();
+            break;
         case 9: // clone
             c.scene()->setSelectedProxies({target});
             c.editor.action(QStringLiteral("actionClone"))->trigger();

@@ -194,10 +194,13 @@ void TestKeyCommands::unresolvedTargetsAreNoOps()
     AppendMainlineKeyCommand mainline(anim, 300);
     ChangeZOrderCommand z(anim->mainlineKey(0), 0, 1);
     OverwriteZOrderCommand overwrite(anim->mainlineKey(0));
+    RemoveRefCommand removeRef(anim->mainlineKey(0), tl);
+    RemoveTimelineKeyCommand removeKey(tl->key(0));
     // Every animation goes: nothing resolves any more.
     while (entity->animationCount() > 0)
         entity->deleteAnimation(0);
-    for (QUndoCommand *c : std::initializer_list<QUndoCommand *>{&change, &append, &mainline, &z, &overwrite}) {
+    for (QUndoCommand *c : std::initializer_list<QUndoCommand *>{&change, &append, &mainline, &z,
+                                                                &overwrite, &removeRef, &removeKey}) {
         c->redo();
         c->undo();
     }

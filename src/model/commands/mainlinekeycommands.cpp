@@ -300,3 +300,53 @@ void OverwriteZOrderCommand::undo()
 }
 
 } // namespace Morvane
+
+namespace Morvane {
+
+RemoveRefCommand::RemoveRefCommand(MainlineKey *key, Timeline *timeline, QUndoCommand *parent)
+    : QUndoCommand(parent)
+    , mKey(key ? freshAddress(key->address()) : Address())
+    , mTimeline(timeline && timeline->parentAnimation()
+                    ? timeline->parentAnimation()->indexOfTimeline(timeline)
+                    : -1)
+{}
+
+void RemoveRefCommand::redo()
+{
+    mRemoved = false;
+    MainlineKey *mk = freshAddress(mKey).mainlineKey();
+    ObjectRef *ref = refForTimeline(mk, mTimeline);
+    if (!ref)
+        return;
+    mParents.clear();
+    for (int i = 0; i < mk->refCount(); ++i)
+        mParents.append({timelineIndexOf(mk->ref(i)), timelineIndexOf(mk->ref(i)->parentRef())});
+    mBone = ref->isBoneRef();
+    mPosition = mBone ? mk->indexOfBoneRef(ref) : mk->indexOfZRef(ref);
+    mKeyIndex = ref->keyIndex();
+    mk->deleteRef(ref, true, false);
+    mRemoved = true;
+}
+
+void RemoveRefCommand::undo()
+{
+    MainlineKey *mk = freshAddress(mKey).mainlineKey();
+    const Animation *anim = mk ? mk->parentAnimation() : nullptr;
+    Timeline *tl = anim ? anim->timeline(mTimeline) : nullptr;
+    if (!mRemoved || !tl || mk->refFromTimeline(tl))
+        return;
+    TimelineKey *key = tl->key(mKeyIndex);
+    if (mBone)
+        mk->appendBoneRef(new BoneRef(key), mPosition);
+    else
+        mk->appendZRef(new ZRef(key), mPosition);
+    for (const auto &[timeline, parent] : std::as_const(mParents)) {
+        ObjectRef *r = refForTimeline(mk, timeline);
+        ObjectRef *p = parent >= 0 ? refForTimeline(mk, parent) : nullptr;
+        if (r && (!p || p->isBoneRef()))
+            r->setParentRef(static_cast<BoneRef *>(p));
+    }
+    mRemoved = false;
+}
+
+} // namespace Morvane

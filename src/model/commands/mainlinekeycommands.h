@@ -88,6 +88,28 @@ private:
     DisplayInfo mNewInfo;
 };
 
+/// Takes the reference to a timeline out of a mainline key. Children of a bone
+/// reference fall to its parent. Undo puts it back where it was, pointing at
+/// the same key, with every parent as before.
+class RemoveRefCommand : public QUndoCommand
+{
+public:
+    RemoveRefCommand(MainlineKey *key, Timeline *timeline, QUndoCommand *parent = nullptr);
+
+    void redo() override;
+    void undo() override;
+
+private:
+    Address mKey;
+    int mTimeline;
+    // What redo found, for undo.
+    bool mRemoved = false;
+    bool mBone = false;
+    int mPosition = -1;
+    int mKeyIndex = -1;
+    QList<QPair<int, int>> mParents;
+};
+
 /// Moves an object reference within a mainline key's z-order from position
 /// `from` to position `to` (0 at the back).
 class ChangeZOrderCommand : public QUndoCommand

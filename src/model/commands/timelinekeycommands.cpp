@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "model/commands/timelinekeycommands.h"
 
+#include "model/animation.h"
+#include "model/mainlinekey.h"
 #include "model/timeline.h"
 
 namespace Morvane {
@@ -41,6 +43,41 @@ void AppendTimelineKeyCommand::undo()
     if (!key || key->time(true) != mTime)
         return;
     timeline->removeKey(key, true);
+}
+
+RemoveTimelineKeyCommand::RemoveTimelineKeyCommand(TimelineKey *key, QUndoCommand *parent)
+    : QUndoCommand(parent)
+    , mKey(key ? freshAddress(key->address()) : Address())
+    , mTimeline(key && key->parentTimeline() ? freshAddress(key->parentTimeline()->address())
+                                              : Address())
+    , mCopy(key ? *key : TimelineKey())
+{}
+
+void RemoveTimelineKeyCommand::redo()
+{
+    mRemoved = false;
+    TimelineKey *key = freshAddress(mKey).key();
+    Timeline *tl = key ? key->parentTimeline() : nullptr;
+    if (!tl)
+        return;
+    mCopy = *key;
+    mCopy.setCachedTime(key->time(true));
+    mOwnerTime = key->mainKey() ? key->mainKey()->currentTime() : -1;
+    mRemoved = tl->removeKey(key, true);
+}
+
+void RemoveTimelineKeyCommand::undo()
+{
+    Timeline *tl = freshAddress(mTimeline).timeline();
+    if (!mRemoved || !tl)
+        return;
+    auto *key = new TimelineKey(mCopy);
+    key->setCachedTime(mCopy.cachedTime());
+    tl->appendTimelineKey(key, true, false);
+    const Animation *anim = tl->parentAnimation();
+    if (MainlineKey *owner = anim && mOwnerTime >= 0 ? anim->mainlineKeyAtExactTime(mOwnerTime) : nullptr)
+        owner->addChildTimelineKey(key);
+    mRemoved = false;
 }
 
 TimeKeyDisplayInfoChangeCommand::TimeKeyDisplayInfoChangeCommand(TimelineKey *key,

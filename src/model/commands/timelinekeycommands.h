@@ -34,6 +34,25 @@ private:
     int mAddedIndex = -1; // where the key landed, set by redo
 };
 
+/// Takes a key out of its timeline (and its mainline key); undo puts a copy of
+/// it back at the same place, a child of the same mainline key. References
+/// that pointed at it are not repaired: callers re-point them first.
+class RemoveTimelineKeyCommand : public QUndoCommand
+{
+public:
+    explicit RemoveTimelineKeyCommand(TimelineKey *key, QUndoCommand *parent = nullptr);
+
+    void redo() override;
+    void undo() override;
+
+private:
+    Address mKey;
+    Address mTimeline;
+    TimelineKey mCopy;
+    int mOwnerTime = -1;
+    bool mRemoved = false;
+};
+
 /// Writes a key's spatial state; undo writes the state it had before.
 class TimeKeyDisplayInfoChangeCommand : public QUndoCommand
 {
