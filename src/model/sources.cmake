@@ -32,6 +32,12 @@ list(APPEND MORVANE_CORE_SOURCES
     model/timelinekey.h
     model/commands/changevalue.h
     model/commands/commandids.h
+    model/commands/mainlinekeycommands.cpp
+    model/commands/mainlinekeycommands.h
+    model/commands/objectcommands.cpp
+    model/commands/objectcommands.h
+    model/commands/timelinekeycommands.cpp
+    model/commands/timelinekeycommands.h
     model/charactermap.cpp
     model/charactermap.h
     model/displayinfo.cpp

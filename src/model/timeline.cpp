@@ -3,10 +3,13 @@
 #include "model/timeline.h"
 
 #include "model/animation.h"
+#include "model/commands/mainlinekeycommands.h"
+#include "model/commands/timelinekeycommands.h"
 #include "model/entity.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/ownedlist.h"
+#include "model/rigxdata.h"
 #include "model/timelinekey.h"
 #include "model/entityinfo.h"
 
@@ -174,6 +177,47 @@ void Timeline::appendTimelineKey(TimelineKey *key, bool sort, bool linkToMainlin
         return;
     if (MainlineKey *mk = anim->mainlineKeyFromTime(key->time(true), true))
         mk->addChildTimelineKey(key);
+}
+
+void Timeline::createUndoFromKey(const TimelineKey &key, bool flagA, bool,
+                                 bool withoutMainline)
+{
+    RigxData *doc = document();
+    Animation *anim = parentAnimation();
+    if (!doc || !anim)
+        return;
+    const int t = key.time(true);
+    if (TimelineKey *existing = actualKeyFromTime(t)) {
+        doc->pushUndo(new TimeKeyDisplayInfoChangeCommand(existing, key.info(), flagA));
+        if (isSubEntity())
+            doc->pushUndo(new TimelineKeyEntityInfoChangeCommand(existing, key.entityInfo(), flagA));
+        return;
+    }
+    if (!withoutMainline && !anim->mainlineKeyAtExactTime(t) && !isSound() && !isEvent())
+        doc->pushUndo(new AppendMainlineKeyCommand(anim, t));
+
+    TimelineKey added(key);
+    added.setCachedTime(t);
+    if (isBone() || isSubEntity())
+        added.info().setPivotX(0.5, false);
+    if ((isSprite() || isSkin()) && !added.fileInfo().isValid()) {
+        // The image comes from the key in force before this time.
+        const TimelineKey *before = nullptr;
+        for (const auto &k : mKeys) {
+            if (k->time(true) < t)
+                before = k.get();
+        }
+        if (before)
+            added.setFileInfo(before->fileInfo());
+    }
+    doc->pushUndo(new AppendTimelineKeyCommand(added, this, !withoutMainline, nullptr));
+
+    if (withoutMainline)
+        return;
+    MainlineKey *mk = anim->mainlineKeyAtExactTime(t);
+    TimelineKey *now = actualKeyFromTime(t);
+    if (mk && now)
+        doc->pushUndo(new AssignChildKeyToMainlineKeyCommand(now, mk));
 }
 
 bool Timeline::removeKey(TimelineKey *key, bool destroy)

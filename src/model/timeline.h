@@ -81,6 +81,16 @@ public:
     /// the key that was at `followedPosition` is now (-1 in, -1 out).
     int sortKeysByTime(int followedPosition = -1);
 
+    /// Records `key` (detached, its cached time in milliseconds) as this
+    /// timeline's state at that time, as commands pushed on the document's undo
+    /// stack: a key already standing there gets the new display info (and, on a
+    /// sub-entity, entity info); otherwise a copy of `key` is added, after a
+    /// mainline key at that time when none stands there (unless
+    /// `withoutMainline`), and the mainline key's reference is pointed at it.
+    /// `flagA` and `flagB` are handed to the commands unchanged.
+    void createUndoFromKey(const TimelineKey &key, bool flagA = false, bool flagB = false,
+                           bool withoutMainline = false);
+
     // Evaluation.
     /// The keys in force at `time` (milliseconds): the last key at or before it
     /// and the key it blends towards, with the ratio eased by the first key's

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QPointer>
+#include <QWidget>
+
+class QAction;
+class QLabel;
+class QMenu;
+class QToolBar;
+
+namespace Morvane {
+
+class Animation;
+class MorvaneCanvasScene;
+class MorvaneGraphicsView;
+class RigxData;
+class ToolManager;
+
+/// The canvas editor: the view, the scene, the tools and the canvas actions,
+/// in one widget the window docks. The document and its undo stack are the
+/// window's; every edit goes through that stack.
+class CanvasEditor : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit CanvasEditor(QWidget *parent = nullptr);
+    ~CanvasEditor() override;
+
+    /// Shows the document's first entity and animation; null shows nothing.
+    /// Call with null before the document is cleared or deleted.
+    void setDocument(RigxData *document);
+    void setCurrentAnimation(Animation *animation);
+    void setCurrentTime(int ms);
+
+    MorvaneCanvasScene *scene() const { return mScene; }
+    MorvaneGraphicsView *view() const { return mView; }
+    ToolManager *toolManager() const { return mTools; }
+    /// Every action of the canvas (tools, view and edit actions), for the
+    /// window's menus and shortcut lists.
+    QList<QAction *> editorActions() const { return mActions; }
+    QAction *action(const QString &objectName) const;
+    /// The canvas's right-click menu (owned by the caller). The copy entries
+    /// stay disabled until the window gives them actions to call.
+    QMenu *createContextMenu(QWidget *parent = nullptr);
+    /// The window's copy-to-all-frames actions, by their entry text ("x", "y",
+    /// "x scale", "y scale", "angle", "alpha", or "items" for the whole items).
+    void setCopyToAllFramesAction(const QString &entry, QAction *action);
+
+private:
+    QAction *addAction(const QString &objectName, const QString &text,
+                       const QKeySequence &shortcut = QKeySequence());
+    void selectAll();
+
+    MorvaneCanvasScene *mScene;
+    MorvaneGraphicsView *mView;
+    ToolManager *mTools;
+    QToolBar *mToolBar;
+    QLabel *mStatus;
+    QList<QAction *> mActions;
+    QHash<QString, QPointer<QAction>> mCopyActions; // the window's, not owned
+};
+
+} // namespace Morvane
