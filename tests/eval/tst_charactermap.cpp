@@ -76,8 +76,6 @@ private slots:
     void editKeepsIdAndPlace();
     void hiddenImageStandsIn();
     void poseFollowsMapsWithoutRebuild();
-    void uniqueNames_data();
-    void uniqueNames();
     void entityKnowsItsFiles();
     void unknownNamesChangeNothing();
     void setToCopiesMaps();
@@ -175,6 +173,9 @@ void TstCharacterMap::deletingActiveMapReappliesOthers()
     QCOMPARE(m.shown(), (QStringList{"b", "c", "c", "d"}));
     QCOMPARE(m.rig.entity->charMapNames(), (QStringList{"red", "blue", "next"}));
     QVERIFY(!m.rig.entity->deleteCharMap(QStringLiteral("hide")));
+    // New names are made unique against the maps left.
+    QCOMPARE(m.rig.entity->uniqueCharMapName(QStringLiteral("hide")), QStringLiteral("hide"));
+    QCOMPARE(m.rig.entity->uniqueCharMapName(QStringLiteral("red")), QStringLiteral("red_000"));
 }
 
 void TstCharacterMap::editKeepsIdAndPlace()
@@ -228,33 +229,6 @@ void TstCharacterMap::poseFollowsMapsWithoutRebuild()
     evaluator.evaluate(0, pose);
     QCOMPARE(pose.objects.front().file, m.files.at(0));
     QCOMPARE(pose.objects.front().shownFile, nullptr);
-}
-
-void TstCharacterMap::uniqueNames_data()
-{
-    QTest::addColumn<QStringList>("existing");
-    QTest::addColumn<QString>("proposed");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("free") << QStringList{"skin"} << QStringLiteral("armour")
-                          << QStringLiteral("armour");
-    QTest::newRow("taken") << QStringList{"skin"} << QStringLiteral("skin")
-                           << QStringLiteral("skin_000");
-    QTest::newRow("taken twice") << QStringList{"skin", "skin_000"} << QStringLiteral("skin")
-                                 << QStringLiteral("skin_001");
-    QTest::newRow("suffixed and taken") << QStringList{"skin", "skin_000"}
-                                        << QStringLiteral("skin_000") << QStringLiteral("skin_001");
-}
-
-void TstCharacterMap::uniqueNames()
-{
-    QFETCH(QStringList, existing);
-    QFETCH(QString, proposed);
-    QFETCH(QString, expected);
-    Rig rig;
-    for (const QString &name : std::as_const(existing))
-        rig.entity->appendCharMap(CharacterMap(name));
-    QCOMPARE(rig.entity->uniqueCharMapName(proposed), expected);
 }
 
 void TstCharacterMap::entityKnowsItsFiles()
