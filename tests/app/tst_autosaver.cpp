@@ -78,7 +78,7 @@ void TestAutoSaver::writesAnXmlCopy()
     QFETCH(QString, expected);
     openDocument(name);
     const QString pathBefore = mDocument->filePath();
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QSignalSpy finished(mSaver.get(), &AutoSaver::finished);
     QVERIFY(mSaver->start());
     QVERIFY(MorvaneSettings::suppressAutoSave());
@@ -107,7 +107,7 @@ void TestAutoSaver::restartsAfterChange()
     QVERIFY(mSaver->start());
     // A change while the copy is being written makes that copy stale.
     mDocument->entity(0)->setName(QStringLiteral("changed"));
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QTRY_COMPARE(finished.count(), 2);
     QTest::qWait(50);
     QCOMPARE(finished.count(), 2);

@@ -84,16 +84,16 @@ void TestMorvaneWindow::identityAndTitle()
         QVERIFY(window.autoSaver()->timer()->isActive());
         QCOMPARE(window.autoSaver()->timer()->interval(), 5 * 60000);
         // Hidden for good by this build.
-        for (QAction *hidden : {window.ui()->actionAlways_Play_Subentities,
-                                window.ui()->actionExport_Baked_Project,
-                                window.ui()->actionBatch_Export_To_PNG_GIF,
-                                window.ui()->actionSave_Project_As_Legacy})
+        for (QAction *hidden :
+             {window.ui()->actionAlways_Play_Subentities, window.ui()->actionExport_Baked_Project,
+              window.ui()->actionBatch_Export_To_PNG_GIF,
+              window.ui()->actionSave_Project_As_Legacy})
             QVERIFY(!hidden->isVisible());
         QVERIFY(window.ui()->actionSave_New_Version->isVisible());
         // Commands reach the window's stack, and macros group them.
         MorvaneSettings::beginUndoMacro(QStringLiteral("both"));
-        MorvaneSettings::pushUndo(new Test::DirtyCommand);
-        MorvaneSettings::pushUndo(new Test::DirtyCommand);
+        MorvaneSettings::pushUndo(Test::dirtyCommand());
+        MorvaneSettings::pushUndo(Test::dirtyCommand());
         MorvaneSettings::endUndoMacro();
         QCOMPARE(window.undoStack()->count(), 1);
         QCOMPARE(window.undoStack()->text(0), QString("both"));
@@ -219,7 +219,7 @@ void TestMorvaneWindow::cancelKeepsWindowAndSettings()
 {
     auto *window = new MorvaneWindow(QStringLiteral("r4.1"), {});
     window->project()->addRecentFile(QStringLiteral("/p/a.rigx"));
-    window->undoStack()->push(new Test::DirtyCommand);
+    window->undoStack()->push(Test::dirtyCommand());
     QString seen;
     Test::ModalAnswerer answerer(
         [&](QWidget *modal) { seen = Test::clickInMessageBox(modal, QMessageBox::Cancel); });
@@ -301,7 +301,7 @@ void TestMorvaneWindow::saveActionFollowsProject()
     const QString path = mFixture.path("walk.rigx");
     QVERIFY(writeProject(path));
     MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
-    window.undoStack()->push(new Test::DirtyCommand);
+    window.undoStack()->push(Test::dirtyCommand());
     QVERIFY(window.ui()->actionSave_Project->isEnabled());
     window.ui()->actionSave_New_Version->trigger();
     QCOMPARE(window.windowTitle(), windowTitle(mFixture.path("walk_000.rigx")));
@@ -390,7 +390,8 @@ void TestMorvaneWindow::absolutePoseOption()
     // A copy of the example, so its images resolve and nothing is written
     // into the source tree.
     const QString source = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero");
-    for (const QString &sub : {QStringLiteral("body"), QStringLiteral("costume"), QStringLiteral("props")}) {
+    for (const QString &sub :
+         {QStringLiteral("body"), QStringLiteral("costume"), QStringLiteral("props")}) {
         QVERIFY(QDir(mFixture.folder()).mkpath(sub));
         for (const QString &image : QDir(source + QLatin1Char('/') + sub).entryList({"*.png"}))
             QVERIFY(QFile::copy(source + QLatin1Char('/') + sub + QLatin1Char('/') + image,
@@ -403,7 +404,7 @@ void TestMorvaneWindow::absolutePoseOption()
     QSettings().setValue("saveAbsoluteAnimationPoseData", absolute);
     MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
     QCOMPARE(window.projectFilePath(), path);
-    window.undoStack()->push(new Test::DirtyCommand);
+    window.undoStack()->push(Test::dirtyCommand());
     window.ui()->actionSave_Project->trigger();
     QVERIFY(window.undoStack()->isClean());
 

@@ -4,9 +4,8 @@
 
 // Builds small rigs in a document for the evaluation tests.
 
-#include "model/displayinfo.h"
-#include "model/tweeninfo.h"
 #include "model/animation.h"
+#include "model/displayinfo.h"
 #include "model/entity.h"
 #include "model/file.h"
 #include "model/folder.h"
@@ -16,6 +15,7 @@
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "model/tweeninfo.h"
 
 #include <QHash>
 #include <QList>

@@ -123,7 +123,8 @@ void TstCharacterMap::applyInOrder_data()
 
     const QStringList none{"a", "b", "c", "d"};
     QTest::newRow("none") << QStringList{} << QStringList{} << none;
-    QTest::newRow("red") << QStringList{"+red"} << QStringList{"red"} << QStringList{"b", "b", "c", "d"};
+    QTest::newRow("red") << QStringList{"+red"} << QStringList{"red"}
+                         << QStringList{"b", "b", "c", "d"};
     QTest::newRow("later wins") << QStringList{"+red", "+blue"} << QStringList{"red", "blue"}
                                 << QStringList{"c", "d", "c", "d"};
     QTest::newRow("other order") << QStringList{"+blue", "+red"} << QStringList{"blue", "red"}
@@ -135,9 +136,9 @@ void TstCharacterMap::applyInOrder_data()
     // a -> b and b -> c: a shows b, not c.
     QTest::newRow("followed once") << QStringList{"+red", "+next"} << QStringList{"red", "next"}
                                    << QStringList{"b", "c", "c", "d"};
-    QTest::newRow("activating twice does not move") << QStringList{"+red", "+blue", "+red"}
-                                                    << QStringList{"red", "blue"}
-                                                    << QStringList{"c", "d", "c", "d"};
+    QTest::newRow("activating twice does not move")
+        << QStringList{"+red", "+blue", "+red"} << QStringList{"red", "blue"}
+        << QStringList{"c", "d", "c", "d"};
     QTest::newRow("deactivating shows the earlier map")
         << QStringList{"+red", "+blue", "-blue", "-blue"} << QStringList{"red"}
         << QStringList{"b", "b", "c", "d"};

@@ -40,8 +40,8 @@ using namespace Morvane;
 using Morvane::Testing::differs;
 using Morvane::Testing::info;
 using Morvane::Testing::near;
-using Morvane::Testing::sameAngle;
 using Morvane::Testing::Rig;
+using Morvane::Testing::sameAngle;
 
 Q_DECLARE_METATYPE(Morvane::DisplayInfo)
 Q_DECLARE_METATYPE(Morvane::TweenInfo)
@@ -258,17 +258,16 @@ void TstPose::blendedKeyCarriesFirstKeysData()
 
 void TstPose::chain_data()
 {
-    QTest::addColumn<DisplayInfo>("upper"); // bone
-    QTest::addColumn<DisplayInfo>("lower"); // bone under upper
-    QTest::addColumn<DisplayInfo>("sprite"); // under lower
+    QTest::addColumn<DisplayInfo>("upper");    // bone
+    QTest::addColumn<DisplayInfo>("lower");    // bone under upper
+    QTest::addColumn<DisplayInfo>("sprite");   // under lower
     QTest::addColumn<DisplayInfo>("expected"); // the sprite in the world
 
     QTest::newRow("turned and stretched")
         << info(100, 100, 90, 2, 1) << info(0, 0) << info(10, 0) << info(100, 120, 90, 2, 1);
-    QTest::newRow("alpha multiplies down the chain") << info(0, 0, 0, 1, 1, 0.5)
-                                                      << info(0, 0, 0, 1, 1, 0.5)
-                                                      << info(0, 0, 0, 1, 1, 0.8)
-                                                      << info(0, 0, 0, 1, 1, 0.2);
+    QTest::newRow("alpha multiplies down the chain")
+        << info(0, 0, 0, 1, 1, 0.5) << info(0, 0, 0, 1, 1, 0.5) << info(0, 0, 0, 1, 1, 0.8)
+        << info(0, 0, 0, 1, 1, 0.2);
     // Still mirrored one level down: 360 - 10 + 330.
     QTest::newRow("mirror reverses angles below it")
         << info(0, 0, 0, -1, 1) << info(10, 0, 30) << info(0, 0, 10) << info(-10, 0, 320, -1, 1);
@@ -295,8 +294,8 @@ void TstPose::chain()
     QCOMPARE(pose.objects.size(), size_t(1));
     const PoseItem &hand = pose.objects.front();
     QCOMPARE(hand.parent, 1);
-    QString wrong = differs(info(hand.x, hand.y, hand.angle, hand.xScale, hand.yScale, hand.alpha),
-                            expected);
+    QString wrong =
+        differs(info(hand.x, hand.y, hand.angle, hand.xScale, hand.yScale, hand.alpha), expected);
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
 
     // The model's cached world infos agree, and the keys keep their local values.
