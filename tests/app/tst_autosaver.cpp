@@ -22,7 +22,6 @@ private slots:
     void writesAnXmlCopy();
     void restartsAfterChange();
     void waitsWhileSuppressedOrRunning();
-    void needsProjectFolder();
     void timerFollowsSettings_data();
     void timerFollowsSettings();
     void statusText();
@@ -119,6 +118,10 @@ void TestAutoSaver::restartsAfterChange()
 
 void TestAutoSaver::waitsWhileSuppressedOrRunning()
 {
+    // Nothing to save into before the project has a folder.
+    QVERIFY(!mSaver->start());
+    QVERIFY(!mSaver->isRunning());
+    QVERIFY(!MorvaneSettings::suppressAutoSave());
     openDocument(QStringLiteral("hero.rigx"));
     MorvaneSettings::startSuppressAutoSave();
     QVERIFY(!mSaver->start());
@@ -129,13 +132,6 @@ void TestAutoSaver::waitsWhileSuppressedOrRunning()
     QVERIFY(!mSaver->start());
     QTRY_VERIFY(!mSaver->isRunning());
     QVERIFY(QFile::exists(mFixture.path("hero.autosave.rigx")));
-}
-
-void TestAutoSaver::needsProjectFolder()
-{
-    QVERIFY(!mSaver->start());
-    QVERIFY(!mSaver->isRunning());
-    QVERIFY(!MorvaneSettings::suppressAutoSave());
 }
 
 void TestAutoSaver::timerFollowsSettings_data()

@@ -26,7 +26,6 @@ private slots:
     void blendAngles_data();
     void blendAngles();
     void blendFields();
-    void blendPivotAndFlag();
     void compose_data();
     void compose();
     void identityParentLeavesChild();
@@ -94,18 +93,12 @@ void TstDisplayInfo::blendFields()
     QCOMPARE(quarter.width, 125.0);
     QCOMPARE(quarter.height, 37.5);
     QCOMPARE(quarter.color, QColor(Qt::red));
-}
 
-void TstDisplayInfo::blendPivotAndFlag()
-{
     Testing::Rig rig;
     File *image = rig.file(QStringLiteral("arm.png"), 0.25, 0.75);
-
-    DisplayInfo a;
     a.setPivotX(0.1);
     a.setPivotY(0.2);
     a.setDefaultPivot(true, image->address());
-    DisplayInfo b;
     b.setPivotX(0.9);
     b.setPivotY(0.8);
 
