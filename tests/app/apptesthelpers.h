@@ -60,14 +60,10 @@ private:
 };
 
 // Makes the undo stack dirty without touching any document.
-class DirtyCommand : public QUndoCommand
+inline QUndoCommand *dirtyCommand()
 {
-public:
-    DirtyCommand()
-        : QUndoCommand(QStringLiteral("dirty"))
-    {
-    }
-};
+    return new QUndoCommand(QStringLiteral("dirty"));
+}
 
 // Writes a small valid project (one entity named `entityName`) to `path`.
 inline bool writeProject(const QString &path, const QString &entityName = QStringLiteral("hero"))

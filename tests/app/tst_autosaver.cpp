@@ -22,7 +22,6 @@ private slots:
     void writesAnXmlCopy();
     void restartsAfterChange();
     void waitsWhileSuppressedOrRunning();
-    void needsProjectFolder();
     void timerFollowsSettings_data();
     void timerFollowsSettings();
     void statusText();
@@ -78,7 +77,7 @@ void TestAutoSaver::writesAnXmlCopy()
     QFETCH(QString, expected);
     openDocument(name);
     const QString pathBefore = mDocument->filePath();
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QSignalSpy finished(mSaver.get(), &AutoSaver::finished);
     QVERIFY(mSaver->start());
     QVERIFY(MorvaneSettings::suppressAutoSave());
@@ -107,7 +106,7 @@ void TestAutoSaver::restartsAfterChange()
     QVERIFY(mSaver->start());
     // A change while the copy is being written makes that copy stale.
     mDocument->entity(0)->setName(QStringLiteral("changed"));
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QTRY_COMPARE(finished.count(), 2);
     QTest::qWait(50);
     QCOMPARE(finished.count(), 2);
@@ -119,6 +118,10 @@ void TestAutoSaver::restartsAfterChange()
 
 void TestAutoSaver::waitsWhileSuppressedOrRunning()
 {
+    // Nothing to save into before the project has a folder.
+    QVERIFY(!mSaver->start());
+    QVERIFY(!mSaver->isRunning());
+    QVERIFY(!MorvaneSettings::suppressAutoSave());
     openDocument(QStringLiteral("hero.rigx"));
     MorvaneSettings::startSuppressAutoSave();
     QVERIFY(!mSaver->start());
@@ -129,13 +132,6 @@ void TestAutoSaver::waitsWhileSuppressedOrRunning()
     QVERIFY(!mSaver->start());
     QTRY_VERIFY(!mSaver->isRunning());
     QVERIFY(QFile::exists(mFixture.path("hero.autosave.rigx")));
-}
-
-void TestAutoSaver::needsProjectFolder()
-{
-    QVERIFY(!mSaver->start());
-    QVERIFY(!mSaver->isRunning());
-    QVERIFY(!MorvaneSettings::suppressAutoSave());
 }
 
 void TestAutoSaver::timerFollowsSettings_data()

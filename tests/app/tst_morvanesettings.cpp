@@ -25,8 +25,6 @@ class TestMorvaneSettings : public QObject
 
 private slots:
     void init();
-    void defaultsBeforeReading();
-    void absentKeysTakeDefaults();
     void storedValuesAreRead_data();
     void storedValuesAreRead();
     void suppressionNests();
@@ -46,74 +44,52 @@ void TestMorvaneSettings::init()
     MorvaneSettings::resetToDefaults();
 }
 
-void TestMorvaneSettings::defaultsBeforeReading()
-{
-    QCOMPARE(MorvaneSettings::autoSaveInterval, 1);
-    QCOMPARE(MorvaneSettings::autoSaveEnabled, true);
-    QCOMPARE(MorvaneSettings::updateCheckSettings, 0);
-    QCOMPARE(MorvaneSettings::canvasSmoothSampling, true);
-    QCOMPARE(MorvaneSettings::tessellationLevel, 25);
-    QCOMPARE(MorvaneSettings::lastSnappingInterval, 100.0);
-}
-
-void TestMorvaneSettings::absentKeysTakeDefaults()
-{
-    QSettings store;
-    MorvaneSettings::readAll(store);
-    QCOMPARE(MorvaneSettings::saveAbsoluteAnimationPoseData, false);
-    QCOMPARE(MorvaneSettings::saveSpriteFrameData, false);
-    QCOMPARE(MorvaneSettings::saveObjInfoNamesUniqueToFile, false);
-    QCOMPARE(MorvaneSettings::prettifyXML, true);
-    QCOMPARE(MorvaneSettings::prettifyJson, true);
-    QCOMPARE(MorvaneSettings::openGLEnabled, true);
-    QCOMPARE(MorvaneSettings::updateCheckSettings, 0);
-    QCOMPARE(MorvaneSettings::autoSaveInterval, 5);
-    QCOMPARE(MorvaneSettings::autoSaveEnabled, true);
-    QCOMPARE(MorvaneSettings::texturePackerPath, QString());
-    QCOMPARE(MorvaneSettings::alwaysPlaySubEntities, true);
-}
-
 void TestMorvaneSettings::storedValuesAreRead_data()
 {
     QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("absent"); // what an empty store gives
     QTest::addColumn<QVariant>("value");
-    QTest::newRow("saveAbsoluteAnimationPoseData") << "saveAbsoluteAnimationPoseData" << QVariant(true);
-    QTest::newRow("saveSpriteFrameData") << "saveSpriteFrameData" << QVariant(true);
-    QTest::newRow("saveObjInfoNamesUniqueToFile") << "saveObjInfoNamesUniqueToFile" << QVariant(true);
-    QTest::newRow("prettifyXML") << "prettifyXML" << QVariant(false);
-    QTest::newRow("prettifyJson") << "prettifyJson" << QVariant(false);
-    QTest::newRow("openGLEnabled") << "openGLEnabled" << QVariant(false);
-    QTest::newRow("updateCheckSettings") << "updateCheckSettings" << QVariant(2);
-    QTest::newRow("autoSaveInterval") << "autoSaveInterval" << QVariant(17);
-    QTest::newRow("autoSaveEnabled") << "autoSaveEnabled" << QVariant(false);
-    QTest::newRow("texturePackerPath") << "texturePackerPath" << QVariant(QString("/opt/tp"));
-    QTest::newRow("alwaysPlaySubEntities") << "alwaysPlaySubEntities" << QVariant(false);
+    auto row = [](const char *key, const QVariant &absent, const QVariant &value) {
+        QTest::newRow(key) << QString::fromLatin1(key) << absent << value;
+    };
+    row("saveAbsoluteAnimationPoseData", false, true);
+    row("saveSpriteFrameData", false, true);
+    row("saveObjInfoNamesUniqueToFile", false, true);
+    row("prettifyXML", true, false);
+    row("prettifyJson", true, false);
+    row("openGLEnabled", true, false);
+    row("updateCheckSettings", 0, 2);
+    row("autoSaveInterval", 5, 17);
+    row("autoSaveEnabled", true, false);
+    row("texturePackerPath", QString(), QString("/opt/tp"));
+    row("alwaysPlaySubEntities", true, false);
 }
 
 void TestMorvaneSettings::storedValuesAreRead()
 {
     QFETCH(QString, key);
+    QFETCH(QVariant, absent);
     QFETCH(QVariant, value);
-    {
+    const auto read = [] {
         QSettings store;
-        store.setValue(key, value);
-    }
-    QSettings store;
-    MorvaneSettings::readAll(store);
-    const QHash<QString, QVariant> read = {
-        {"saveAbsoluteAnimationPoseData", MorvaneSettings::saveAbsoluteAnimationPoseData},
-        {"saveSpriteFrameData", MorvaneSettings::saveSpriteFrameData},
-        {"saveObjInfoNamesUniqueToFile", MorvaneSettings::saveObjInfoNamesUniqueToFile},
-        {"prettifyXML", MorvaneSettings::prettifyXML},
-        {"prettifyJson", MorvaneSettings::prettifyJson},
-        {"openGLEnabled", MorvaneSettings::openGLEnabled},
-        {"updateCheckSettings", MorvaneSettings::updateCheckSettings},
-        {"autoSaveInterval", MorvaneSettings::autoSaveInterval},
-        {"autoSaveEnabled", MorvaneSettings::autoSaveEnabled},
-        {"texturePackerPath", MorvaneSettings::texturePackerPath},
-        {"alwaysPlaySubEntities", MorvaneSettings::alwaysPlaySubEntities},
+        MorvaneSettings::readAll(store);
+        return QHash<QString, QVariant>{
+            {"saveAbsoluteAnimationPoseData", MorvaneSettings::saveAbsoluteAnimationPoseData},
+            {"saveSpriteFrameData", MorvaneSettings::saveSpriteFrameData},
+            {"saveObjInfoNamesUniqueToFile", MorvaneSettings::saveObjInfoNamesUniqueToFile},
+            {"prettifyXML", MorvaneSettings::prettifyXML},
+            {"prettifyJson", MorvaneSettings::prettifyJson},
+            {"openGLEnabled", MorvaneSettings::openGLEnabled},
+            {"updateCheckSettings", MorvaneSettings::updateCheckSettings},
+            {"autoSaveInterval", MorvaneSettings::autoSaveInterval},
+            {"autoSaveEnabled", MorvaneSettings::autoSaveEnabled},
+            {"texturePackerPath", MorvaneSettings::texturePackerPath},
+            {"alwaysPlaySubEntities", MorvaneSettings::alwaysPlaySubEntities},
+        };
     };
-    QCOMPARE(read.value(key), value);
+    QCOMPARE(read().value(key), absent);
+    QSettings().setValue(key, value);
+    QCOMPARE(read().value(key), value);
 }
 
 void TestMorvaneSettings::suppressionNests()

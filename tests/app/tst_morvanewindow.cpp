@@ -2,11 +2,18 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "apptesthelpers.h"
 #include "autosaver.h"
+#include "eval/entityinstance.h"
 #include "keyshortcutdockwidget.h"
+#include "model/animation.h"
+#include "model/charactermap.h"
+#include "model/file.h"
+#include "model/object.h"
 #include "morvanewindow.h"
+#include "posepreview.h"
 #include "projectcontroller.h"
 #include "ui_morvanewindow.h"
 
+#include <QDir>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -15,6 +22,8 @@
 #include <QUndoStack>
 
 using namespace Morvane;
+using Test::windowTitle;
+using Test::writeProject;
 
 class TestMorvaneWindow : public QObject
 {
@@ -29,11 +38,15 @@ private slots:
     void menusAndShortcutList();
     void unopenedArguments_data();
     void unopenedArguments();
-    void recentFilesRestoredAtStart();
     void cancelKeepsWindowAndSettings();
-    void closeWritesSettings();
+    void settingsRoundTrip();
     void backgroundColours();
-    void settingsLocatorsFollowWindow();
+    void reopeningMovesToTop();
+    void saveActionFollowsProject();
+    void exampleOpens_data();
+    void exampleOpens();
+    void absolutePoseOption_data();
+    void absolutePoseOption();
 
 private:
     Test::AppFixture mFixture;
@@ -51,29 +64,46 @@ void TestMorvaneWindow::cleanup()
 
 void TestMorvaneWindow::identityAndTitle()
 {
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    QCOMPARE(MorvaneSettings::mainWindow, &window);
-    QVERIFY(MorvaneWindow::rigx);
-    QVERIFY(MorvaneSettings::mainScene);
-    QCOMPARE(window.windowTitle(), QString("Morvane          [Unsaved Project]"));
-    QVERIFY(window.isMaximized());
-    // No project yet: project actions are off.
-    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
-    QVERIFY(!window.ui()->actionSave_Project_As->isEnabled());
-    QVERIFY(window.ui()->actionNew_Project->isEnabled());
-    QVERIFY(window.ui()->actionLoad_Project->isEnabled());
-    // No GL context exists on the offscreen platform.
-    QCOMPARE(window.ui()->graphicsView->property("openGLViewport").toBool(), false);
-    // Autosave is on every five minutes by default.
-    QVERIFY(window.autoSaver()->timer()->isActive());
-    QCOMPARE(window.autoSaver()->timer()->interval(), 5 * 60000);
-    // Hidden for good by this build.
-    for (QAction *hidden : {window.ui()->actionAlways_Play_Subentities,
-                            window.ui()->actionExport_Baked_Project,
-                            window.ui()->actionBatch_Export_To_PNG_GIF,
-                            window.ui()->actionSave_Project_As_Legacy})
-        QVERIFY(!hidden->isVisible());
-    QVERIFY(window.ui()->actionSave_New_Version->isVisible());
+    {
+        MorvaneWindow window(QStringLiteral("r4.1"), {});
+        QCOMPARE(MorvaneSettings::mainWindow, &window);
+        QVERIFY(MorvaneWindow::rigx);
+        QCOMPARE(MorvaneSettings::mainRigx(), MorvaneWindow::rigx);
+        QVERIFY(MorvaneSettings::mainScene);
+        QVERIFY(MorvaneSettings::tagManager());
+        QCOMPARE(window.windowTitle(), QString("Morvane          [Unsaved Project]"));
+        QVERIFY(window.isMaximized());
+        // No project yet: project actions are off.
+        QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+        QVERIFY(!window.ui()->actionSave_Project_As->isEnabled());
+        QVERIFY(window.ui()->actionNew_Project->isEnabled());
+        QVERIFY(window.ui()->actionLoad_Project->isEnabled());
+        // No GL context exists on the offscreen platform.
+        QCOMPARE(window.ui()->graphicsView->property("openGLViewport").toBool(), false);
+        // Autosave is on every five minutes by default.
+        QVERIFY(window.autoSaver()->timer()->isActive());
+        QCOMPARE(window.autoSaver()->timer()->interval(), 5 * 60000);
+        // Hidden for good by this build.
+        for (QAction *hidden :
+             {window.ui()->actionAlways_Play_Subentities, window.ui()->actionExport_Baked_Project,
+              window.ui()->actionBatch_Export_To_PNG_GIF,
+              window.ui()->actionSave_Project_As_Legacy})
+            QVERIFY(!hidden->isVisible());
+        QVERIFY(window.ui()->actionSave_New_Version->isVisible());
+        // Commands reach the window's stack, and macros group them.
+        MorvaneSettings::beginUndoMacro(QStringLiteral("both"));
+        MorvaneSettings::pushUndo(Test::dirtyCommand());
+        MorvaneSettings::pushUndo(Test::dirtyCommand());
+        MorvaneSettings::endUndoMacro();
+        QCOMPARE(window.undoStack()->count(), 1);
+        QCOMPARE(window.undoStack()->text(0), QString("both"));
+        QVERIFY(window.ui()->actionSave_Project->isEnabled());
+        window.undoStack()->setClean();
+    }
+    // Gone with the window.
+    QCOMPARE(MorvaneSettings::mainWindow, nullptr);
+    QCOMPARE(MorvaneSettings::mainRigx(), nullptr);
+    QCOMPARE(MorvaneSettings::tagManager(), nullptr);
 }
 
 void TestMorvaneWindow::actions_data()
@@ -185,22 +215,11 @@ void TestMorvaneWindow::unopenedArguments()
     QCOMPARE(window.statusBar()->currentMessage(), QString());
 }
 
-void TestMorvaneWindow::recentFilesRestoredAtStart()
-{
-    QSettings().setValue("recentFiles", QStringList({"/a.rigx", "/b.rigj"}));
-    MorvaneWindow window(QStringLiteral("r4.1"), {});
-    QCOMPARE(window.project()->recentFiles(), QStringList({"/a.rigx", "/b.rigj"}));
-    const QList<QAction *> actions = window.ui()->menuOpen_Recent_Project->actions();
-    QCOMPARE(actions.size(), 7);
-    QCOMPARE(actions.at(1)->text(), QString("/b.rigj"));
-    QVERIFY(!actions.at(2)->isVisible());
-}
-
 void TestMorvaneWindow::cancelKeepsWindowAndSettings()
 {
     auto *window = new MorvaneWindow(QStringLiteral("r4.1"), {});
     window->project()->addRecentFile(QStringLiteral("/p/a.rigx"));
-    window->undoStack()->push(new Test::DirtyCommand);
+    window->undoStack()->push(Test::dirtyCommand());
     QString seen;
     Test::ModalAnswerer answerer(
         [&](QWidget *modal) { seen = Test::clickInMessageBox(modal, QMessageBox::Cancel); });
@@ -214,55 +233,185 @@ void TestMorvaneWindow::cancelKeepsWindowAndSettings()
     delete window;
 }
 
-void TestMorvaneWindow::closeWritesSettings()
+// What a closed window stores, the next one reads.
+void TestMorvaneWindow::settingsRoundTrip()
 {
     {
         MorvaneWindow window(QStringLiteral("r4.1"), {});
         window.project()->addRecentFile(QStringLiteral("/p/a.rigx"));
-        window.project()->addRecentFile(QStringLiteral("/p/b.rigx"));
+        window.project()->addRecentFile(QStringLiteral("/p/b.rigj"));
         QVERIFY(window.close());
     }
     QSettings store;
-    QCOMPARE(store.value("recentFiles").toStringList(), QStringList({"/p/b.rigx", "/p/a.rigx"}));
+    QCOMPARE(store.value("recentFiles").toStringList(), QStringList({"/p/b.rigj", "/p/a.rigx"}));
     QVERIFY(!store.value("morvaneWindowGeometry").toByteArray().isEmpty());
     QVERIFY(!store.value("morvaneWindowState").toByteArray().isEmpty());
     QVERIFY(store.contains("lastDirectory"));
+
+    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    QCOMPARE(window.project()->recentFiles(), QStringList({"/p/b.rigj", "/p/a.rigx"}));
+    const QList<QAction *> actions = window.ui()->menuOpen_Recent_Project->actions();
+    QCOMPARE(actions.at(1)->text(), QString("/p/a.rigx"));
+    QVERIFY(!actions.at(2)->isVisible());
 }
 
 void TestMorvaneWindow::backgroundColours()
 {
     MorvaneWindow window(QStringLiteral("r4.1"), {});
-    window.ui()->actionBlack->setEnabled(true);
-    window.ui()->actionBlack->trigger();
-    QCOMPARE(window.canvasBackground(), QColor(Qt::black));
-    window.ui()->actionWhite->setEnabled(true);
-    window.ui()->actionWhite->trigger();
-    QCOMPARE(window.canvasBackground(), QColor(Qt::white));
-    window.ui()->actionGrey->setEnabled(true);
-    window.ui()->actionGrey->trigger();
-    QCOMPARE(window.canvasBackground(), QColor(Qt::lightGray));
+    const QList<QPair<QAction *, QColor>> choices = {{window.ui()->actionBlack, Qt::black},
+                                                     {window.ui()->actionWhite, Qt::white},
+                                                     {window.ui()->actionGrey, Qt::lightGray}};
+    for (const auto &[action, colour] : choices) {
+        action->setEnabled(true);
+        action->trigger();
+        QCOMPARE(window.canvasBackground(), colour);
+    }
 }
 
-void TestMorvaneWindow::settingsLocatorsFollowWindow()
+void TestMorvaneWindow::reopeningMovesToTop()
 {
-    {
-        MorvaneWindow window(QStringLiteral("r4.1"), {});
-        QCOMPARE(MorvaneSettings::mainRigx(), MorvaneWindow::rigx);
-        QVERIFY(MorvaneSettings::tagManager());
-        // Commands reach the window's stack, and macros group them.
-        MorvaneSettings::beginUndoMacro(QStringLiteral("both"));
-        MorvaneSettings::pushUndo(new Test::DirtyCommand);
-        MorvaneSettings::pushUndo(new Test::DirtyCommand);
-        MorvaneSettings::endUndoMacro();
-        QCOMPARE(window.undoStack()->count(), 1);
-        QCOMPARE(window.undoStack()->text(0), QString("both"));
-        QVERIFY(window.ui()->actionSave_Project->isEnabled());
-        window.undoStack()->setClean();
+    const QString a = mFixture.path("a.rigx");
+    const QString b = mFixture.path("b.rigx");
+    const QString bad = mFixture.path("bad.rigx");
+    QVERIFY(writeProject(a));
+    QVERIFY(writeProject(b));
+    QVERIFY(Test::writeFile(bad, "<?xml version=\"1.0\"?>\n<other_root/>\n"));
+    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    RigxData *document = MorvaneWindow::rigx;
+    window.project()->loadOnOpen(a);
+    window.project()->loadOnOpen(b);
+    QCOMPARE(window.project()->recentFiles(), QStringList({b, a}));
+    // A file that fails to open leaves the project and its title alone.
+    Test::ModalAnswerer answerer([](QWidget *modal) { Test::clickInMessageBox(modal); });
+    window.project()->loadOnOpen(bad);
+    QVERIFY(answerer.answered());
+    QCOMPARE(window.windowTitle(), windowTitle(b));
+    // One document for the whole run: opening reads into it.
+    QCOMPARE(MorvaneWindow::rigx, document);
+    QCOMPARE(MorvaneSettings::mainRigx(), document);
+    // Opening through the recent menu's second entry moves it up again.
+    window.ui()->menuOpen_Recent_Project->actions().at(1)->trigger();
+    QCOMPARE(window.projectFilePath(), a);
+    QCOMPARE(window.windowTitle(), windowTitle(a));
+    QCOMPARE(window.project()->recentFiles(), QStringList({a, b}));
+}
+
+void TestMorvaneWindow::saveActionFollowsProject()
+{
+    const QString path = mFixture.path("walk.rigx");
+    QVERIFY(writeProject(path));
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    window.undoStack()->push(Test::dirtyCommand());
+    QVERIFY(window.ui()->actionSave_Project->isEnabled());
+    window.ui()->actionSave_New_Version->trigger();
+    QCOMPARE(window.windowTitle(), windowTitle(mFixture.path("walk_000.rigx")));
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+}
+
+void TestMorvaneWindow::exampleOpens_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("xml") << "hero.rigx";
+    QTest::newRow("json") << "hero.rigj";
+}
+
+void TestMorvaneWindow::exampleOpens()
+{
+    QFETCH(QString, name);
+    const QString path = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero/") + name;
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QCOMPARE(window.projectFilePath(), path);
+    QCOMPARE(window.windowTitle(), windowTitle(path));
+    QCOMPARE(window.project()->recentFiles(), QStringList(path));
+    // A freshly loaded project is clean: nothing to save, but it can be saved as.
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    QVERIFY(window.ui()->actionSave_Project_As->isEnabled());
+    RigxData *document = MorvaneWindow::rigx;
+    QVERIFY(!document->hasMissingImages());
+    Entity *hero = document->entity(QStringLiteral("hero"));
+    Entity *lantern = document->entity(QStringLiteral("lantern"));
+    QVERIFY(hero);
+    QVERIFY(lantern);
+    QVERIFY(hero->animationCount() >= 2);
+    QVERIFY(hero->animation(0)->mainlineKeyCount() >= 2);
+    // The hero carries the lantern as a sub-entity playing its animation.
+    bool carriesLantern = false;
+    for (int i = 0; i < hero->objectCount(); ++i) {
+        const Object *object = hero->object(i);
+        if (object->isSubEntity() && object->name() == QLatin1String("lantern"))
+            carriesLantern = true;
     }
-    // Gone with the window.
-    QCOMPARE(MorvaneSettings::mainWindow, nullptr);
-    QCOMPARE(MorvaneSettings::mainRigx(), nullptr);
-    QCOMPARE(MorvaneSettings::tagManager(), nullptr);
+    QVERIFY(carriesLantern);
+
+    // The knight map swaps the head and torso images while it is active.
+    const CharacterMap *knight = hero->charMapFromName(QStringLiteral("knight"));
+    QVERIFY(knight);
+    QCOMPARE(knight->instructionCount(), 2);
+    const auto shownFor = [hero](const QString &fileName) {
+        EntityInstance instance(hero);
+        instance.setCurrentTime(0);
+        instance.refresh();
+        for (const PoseItem &item : instance.pose().objects) {
+            if (item.file && item.file->name() == fileName)
+                return item.shownFile ? item.shownFile->name() : QStringLiteral("(hidden)");
+        }
+        return QString();
+    };
+    QCOMPARE(shownFor(QStringLiteral("body/head.png")), QString("body/head.png"));
+    hero->makeCharMapActive(QStringLiteral("knight"), true);
+    QCOMPARE(shownFor(QStringLiteral("body/head.png")), QString("costume/head_knight.png"));
+    QCOMPARE(shownFor(QStringLiteral("body/torso.png")), QString("costume/torso_knight.png"));
+    hero->makeCharMapActive(QStringLiteral("knight"), false);
+
+    // The preview plays every animation of the first entity in turn.
+    QCOMPARE(window.preview()->currentAnimationName(), QString("idle"));
+    QStringList seen{window.preview()->currentAnimationName()};
+    for (int step = 0; step < 400 && seen.size() < 3; ++step) {
+        window.preview()->advance(50);
+        if (seen.last() != window.preview()->currentAnimationName())
+            seen << window.preview()->currentAnimationName();
+    }
+    QCOMPARE(seen, QStringList({"idle", "walk", "idle"}));
+    // A project without entities shows nothing.
+    window.project()->newProject(mFixture.folder());
+    QCOMPARE(window.preview()->currentAnimationName(), QString());
+}
+
+void TestMorvaneWindow::absolutePoseOption_data()
+{
+    QTest::addColumn<bool>("absolute");
+    QTest::newRow("off") << false;
+    QTest::newRow("on") << true;
+}
+
+void TestMorvaneWindow::absolutePoseOption()
+{
+    QFETCH(bool, absolute);
+    // A copy of the example, so its images resolve and nothing is written
+    // into the source tree.
+    const QString source = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero");
+    for (const QString &sub :
+         {QStringLiteral("body"), QStringLiteral("costume"), QStringLiteral("props")}) {
+        QVERIFY(QDir(mFixture.folder()).mkpath(sub));
+        for (const QString &image : QDir(source + QLatin1Char('/') + sub).entryList({"*.png"}))
+            QVERIFY(QFile::copy(source + QLatin1Char('/') + sub + QLatin1Char('/') + image,
+                                mFixture.path(sub + QLatin1Char('/') + image)));
+    }
+    const QString path = mFixture.path("hero.rigx");
+    QVERIFY(QFile::copy(source + QStringLiteral("/hero.rigx"), path));
+
+    // Read from the store at start-up, as the Custom Save Options dialog leaves it.
+    QSettings().setValue("saveAbsoluteAnimationPoseData", absolute);
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QCOMPARE(window.projectFilePath(), path);
+    window.undoStack()->push(Test::dirtyCommand());
+    window.ui()->actionSave_Project->trigger();
+    QVERIFY(window.undoStack()->isClean());
+
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray saved = file.readAll();
+    QCOMPARE(saved.contains("abs_x="), absolute);
 }
 
 QTEST_MAIN(TestMorvaneWindow)

@@ -95,7 +95,7 @@ void TestProjectController::verifySaveChanged()
     QFETCH(int, button);
     QFETCH(bool, expected);
     if (dirty)
-        mStack->push(new Test::DirtyCommand);
+        mStack->push(Test::dirtyCommand());
     QString seen;
     Test::ModalAnswerer answerer([&](QWidget *modal) {
         seen = Test::clickInMessageBox(modal, QMessageBox::StandardButton(button));
@@ -120,7 +120,7 @@ void TestProjectController::openKeepsTheDocumentObject()
     QSignalSpy changed(mProject, &ProjectController::projectChanged);
 
     QVERIFY(mProject->open(good));
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QString shown;
     Test::ModalAnswerer answerer([&](QWidget *modal) { shown = Test::clickInMessageBox(modal); });
     QVERIFY(!mProject->open(bad));
@@ -197,7 +197,7 @@ void TestProjectController::saveNewVersion()
     QVERIFY(Test::writeProject(path));
     QVERIFY(Test::writeProject(mFixture.path("walk_008.rigx"), QStringLiteral("other")));
     QVERIFY(mProject->open(path));
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QVERIFY(mProject->saveNewVersion());
     QCOMPARE(mProject->filePath(), target);
     QCOMPARE(mProject->recentFiles().first(), target);
@@ -222,7 +222,7 @@ void TestProjectController::saveErrorShowsTheIoText()
     QVERIFY(!ProjectFile::save(&copy, path, ProjectSaveOptions(), nullptr, &ioError));
     QVERIFY(ioError.contains(path));
 
-    mStack->push(new Test::DirtyCommand);
+    mStack->push(Test::dirtyCommand());
     QString shown;
     Test::ModalAnswerer answerer([&](QWidget *modal) { shown = Test::clickInMessageBox(modal); });
     QVERIFY(!mProject->save());

@@ -4,9 +4,8 @@
 
 // Builds small rigs in a document for the evaluation tests.
 
-#include "model/displayinfo.h"
-#include "model/tweeninfo.h"
 #include "model/animation.h"
+#include "model/displayinfo.h"
 #include "model/entity.h"
 #include "model/file.h"
 #include "model/folder.h"
@@ -16,11 +15,51 @@
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "model/tweeninfo.h"
 
 #include <QHash>
 #include <QList>
+#include <QString>
+
+#include <cmath>
 
 namespace Morvane::Testing {
+
+inline bool near(double a, double b, double tolerance = 1e-9)
+{
+    return std::abs(a - b) <= tolerance;
+}
+
+/// Equal angles up to whole turns (0 and 360 are the same direction).
+inline bool sameAngle(double a, double b, double tolerance = 1e-9)
+{
+    const double d = std::fmod(std::abs(a - b), 360.0);
+    return d <= tolerance || 360.0 - d <= tolerance;
+}
+
+inline QString describe(const DisplayInfo &d)
+{
+    return QStringLiteral("(x %1, y %2, angle %3, scale %4 %5, alpha %6)")
+        .arg(d.x)
+        .arg(d.y)
+        .arg(d.angle)
+        .arg(d.xScale)
+        .arg(d.yScale)
+        .arg(d.alpha);
+}
+
+/// Empty when `actual` has `expected`'s place, turn, scales and alpha within
+/// `tolerance` (scales and alpha within 1e-12), else both described.
+inline QString differs(const DisplayInfo &actual, const DisplayInfo &expected,
+                       double tolerance = 1e-9)
+{
+    if (near(actual.x, expected.x, tolerance) && near(actual.y, expected.y, tolerance) &&
+        sameAngle(actual.angle, expected.angle, tolerance) &&
+        near(actual.xScale, expected.xScale, 1e-12) &&
+        near(actual.yScale, expected.yScale, 1e-12) && near(actual.alpha, expected.alpha, 1e-12))
+        return QString();
+    return describe(actual) + QStringLiteral(", want ") + describe(expected);
+}
 
 inline DisplayInfo info(double x, double y, double angle = 0.0, double xScale = 1.0,
                         double yScale = 1.0, double alpha = 1.0)
@@ -78,10 +117,13 @@ public:
         return tl;
     }
 
+    /// A timeline key at `time`, with a mainline key there unless `withMainlineKey` is false.
     TimelineKey *key(Timeline *tl, int time, const DisplayInfo &state,
-                     const TweenInfo &curve = TweenInfo(), File *image = nullptr)
+                     const TweenInfo &curve = TweenInfo(), File *image = nullptr,
+                     bool withMainlineKey = true)
     {
-        mainlineKey(time);
+        if (withMainlineKey)
+            mainlineKey(time);
         auto *k = new TimelineKey(image ? FileInfo(image->address()) : FileInfo(), state, curve);
         k->setCachedTime(time);
         tl->appendTimelineKey(k);

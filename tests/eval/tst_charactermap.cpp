@@ -69,134 +69,94 @@ class TstCharacterMap : public QObject
     Q_OBJECT
 
 private slots:
-    void addMapReplacesPerSource();
-    void removeMapAndClear();
-    void containsFileAndMapFromOriginal();
-    void idsCountUpAndCopiesKeepThem();
+    void instructions();
     void applyInOrder_data();
     void applyInOrder();
-    void activatingTwiceDoesNotMove();
-    void deactivatingShowsEarlierMap();
     void deletingActiveMapReappliesOthers();
     void editKeepsIdAndPlace();
     void hiddenImageStandsIn();
     void poseFollowsMapsWithoutRebuild();
-    void uniqueNames_data();
-    void uniqueNames();
     void entityKnowsItsFiles();
     void unknownNamesChangeNothing();
     void setToCopiesMaps();
 };
 
-void TstCharacterMap::addMapReplacesPerSource()
+void TstCharacterMap::instructions()
 {
     CharacterMap map(QStringLiteral("m"));
     const Address one(nullptr, {0, 1});
     const Address two(nullptr, {0, 2});
-    const Address three(nullptr, {0, 3});
+    const Address three(nullptr, {1, 3});
     map.addMap(one, two);
     map.addMap(two, three);
+    // A second map of one source replaces the first in its place.
     MapInstruction &replaced = map.addMap(one, three);
     QCOMPARE(map.instructionCount(), 2);
     QVERIFY(replaced.target == three);
-    QVERIFY(map.instruction(0)->source == one); // stays in its place
+    QVERIFY(map.instruction(0)->source == one);
     QVERIFY(map.instruction(0)->target == three);
     QCOMPARE(map.instruction(2), nullptr);
-    QVERIFY(map.addMap(three).hidesImage());
-}
+    QVERIFY(map.containsFile(three)); // a target only
+    QVERIFY(!map.containsFile(Address(nullptr, {0, 3})));
+    QVERIFY(map.mapFromOriginal(1)->target == three);
+    QCOMPARE(map.mapFromOriginal(3), nullptr);
 
-void TstCharacterMap::removeMapAndClear()
-{
-    CharacterMap map;
-    const Address one(nullptr, {0, 1});
-    const Address two(nullptr, {0, 2});
-    map.addMap(one, two);
-    map.addMap(two, one);
+    const Address hidden(nullptr, {0, 13});
+    QVERIFY(map.addMap(hidden).hidesImage());
+    QVERIFY(map.containsFile(hidden));
+    QVERIFY(map.mapFromOriginal(13)->hidesImage());
+
     map.removeMap(Address(nullptr, {5, 5}));
-    QCOMPARE(map.instructionCount(), 2);
+    QCOMPARE(map.instructionCount(), 3);
     map.removeMap(one);
-    QCOMPARE(map.instructionCount(), 1);
+    QCOMPARE(map.instructionCount(), 2);
     QVERIFY(map.instruction(0)->source == two);
     map.clear();
     QCOMPARE(map.instructionCount(), 0);
 }
 
-void TstCharacterMap::containsFileAndMapFromOriginal()
-{
-    CharacterMap map;
-    map.addMap(Address(nullptr, {0, 11}), Address(nullptr, {1, 12}));
-    map.addMap(Address(nullptr, {0, 13}));
-    QVERIFY(map.containsFile(Address(nullptr, {0, 11})));
-    QVERIFY(map.containsFile(Address(nullptr, {1, 12})));
-    QVERIFY(!map.containsFile(Address(nullptr, {0, 12})));
-    QVERIFY(map.containsFile(Address(nullptr, {0, 13})));
-    QVERIFY(map.mapFromOriginal(11));
-    QVERIFY(map.mapFromOriginal(11)->target == Address(nullptr, {1, 12}));
-    QCOMPARE(map.mapFromOriginal(12), nullptr);
-    QVERIFY(map.mapFromOriginal(13)->hidesImage());
-}
-
-void TstCharacterMap::idsCountUpAndCopiesKeepThem()
-{
-    const CharacterMap first;
-    const CharacterMap second;
-    QCOMPARE(second.id(), first.id() + 1);
-    const CharacterMap copy = second;
-    QCOMPARE(copy.id(), second.id());
-    QVERIFY(copy == second);
-    CharacterMap renamed = copy;
-    renamed.setName(QStringLiteral("other"));
-    QVERIFY(renamed != copy);
-}
-
 void TstCharacterMap::applyInOrder_data()
 {
+    QTest::addColumn<QStringList>("steps"); // "+name" activates, "-name" deactivates
     QTest::addColumn<QStringList>("active");
     QTest::addColumn<QStringList>("expected"); // what a, b, c, d show
 
-    QTest::newRow("none") << QStringList{} << QStringList{"a", "b", "c", "d"};
-    QTest::newRow("red") << QStringList{"red"} << QStringList{"b", "b", "c", "d"};
-    QTest::newRow("later wins") << QStringList{"red", "blue"} << QStringList{"c", "d", "c", "d"};
-    QTest::newRow("other order") << QStringList{"blue", "red"} << QStringList{"b", "d", "c", "d"};
-    QTest::newRow("hidden") << QStringList{"red", "hide"} << QStringList{"-", "b", "c", "d"};
-    QTest::newRow("shown again") << QStringList{"hide", "red"} << QStringList{"b", "b", "c", "d"};
+    const QStringList none{"a", "b", "c", "d"};
+    QTest::newRow("none") << QStringList{} << QStringList{} << none;
+    QTest::newRow("red") << QStringList{"+red"} << QStringList{"red"}
+                         << QStringList{"b", "b", "c", "d"};
+    QTest::newRow("later wins") << QStringList{"+red", "+blue"} << QStringList{"red", "blue"}
+                                << QStringList{"c", "d", "c", "d"};
+    QTest::newRow("other order") << QStringList{"+blue", "+red"} << QStringList{"blue", "red"}
+                                 << QStringList{"b", "d", "c", "d"};
+    QTest::newRow("hidden") << QStringList{"+red", "+hide"} << QStringList{"red", "hide"}
+                            << QStringList{"-", "b", "c", "d"};
+    QTest::newRow("shown again") << QStringList{"+hide", "+red"} << QStringList{"hide", "red"}
+                                 << QStringList{"b", "b", "c", "d"};
     // a -> b and b -> c: a shows b, not c.
-    QTest::newRow("followed once") << QStringList{"red", "next"} << QStringList{"b", "c", "c", "d"};
+    QTest::newRow("followed once") << QStringList{"+red", "+next"} << QStringList{"red", "next"}
+                                   << QStringList{"b", "c", "c", "d"};
+    QTest::newRow("activating twice does not move")
+        << QStringList{"+red", "+blue", "+red"} << QStringList{"red", "blue"}
+        << QStringList{"c", "d", "c", "d"};
+    QTest::newRow("deactivating shows the earlier map")
+        << QStringList{"+red", "+blue", "-blue", "-blue"} << QStringList{"red"}
+        << QStringList{"b", "b", "c", "d"};
+    QTest::newRow("names match in case only") << QStringList{"+Red"} << QStringList{} << none;
 }
 
 void TstCharacterMap::applyInOrder()
 {
+    QFETCH(QStringList, steps);
     QFETCH(QStringList, active);
     QFETCH(QStringList, expected);
     MapRig m;
-    for (const QString &name : std::as_const(active))
-        m.rig.entity->makeCharMapActive(name, true);
+    for (const QString &step : std::as_const(steps))
+        m.rig.entity->makeCharMapActive(step.mid(1), step.startsWith(QLatin1Char('+')));
     QCOMPARE(m.activeNames(), active);
     QCOMPARE(m.shown(), expected);
-}
-
-void TstCharacterMap::activatingTwiceDoesNotMove()
-{
-    MapRig m;
-    m.rig.entity->makeCharMapActive(QStringLiteral("red"), true);
-    m.rig.entity->makeCharMapActive(QStringLiteral("blue"), true);
-    m.rig.entity->makeCharMapActive(QStringLiteral("red"), true);
-    QCOMPARE(m.activeNames(), (QStringList{"red", "blue"}));
-    QCOMPARE(m.shown().first(), QStringLiteral("c"));
-    QVERIFY(m.rig.entity->isCharMapActive(QStringLiteral("red")));
-    QVERIFY(!m.rig.entity->isCharMapActive(QStringLiteral("hide")));
-}
-
-void TstCharacterMap::deactivatingShowsEarlierMap()
-{
-    MapRig m;
-    m.rig.entity->makeCharMapActive(QStringLiteral("red"), true);
-    m.rig.entity->makeCharMapActive(QStringLiteral("blue"), true);
-    m.rig.entity->makeCharMapActive(QStringLiteral("blue"), false);
-    QCOMPARE(m.activeNames(), QStringList{"red"});
-    QCOMPARE(m.shown(), (QStringList{"b", "b", "c", "d"}));
-    m.rig.entity->makeCharMapActive(QStringLiteral("blue"), false); // not active: nothing
-    QCOMPARE(m.activeNames(), QStringList{"red"});
+    for (const QString &name : m.rig.entity->charMapNames())
+        QCOMPARE(m.rig.entity->isCharMapActive(name), active.contains(name));
 }
 
 void TstCharacterMap::deletingActiveMapReappliesOthers()
@@ -214,6 +174,9 @@ void TstCharacterMap::deletingActiveMapReappliesOthers()
     QCOMPARE(m.shown(), (QStringList{"b", "c", "c", "d"}));
     QCOMPARE(m.rig.entity->charMapNames(), (QStringList{"red", "blue", "next"}));
     QVERIFY(!m.rig.entity->deleteCharMap(QStringLiteral("hide")));
+    // New names are made unique against the maps left.
+    QCOMPARE(m.rig.entity->uniqueCharMapName(QStringLiteral("hide")), QStringLiteral("hide"));
+    QCOMPARE(m.rig.entity->uniqueCharMapName(QStringLiteral("red")), QStringLiteral("red_000"));
 }
 
 void TstCharacterMap::editKeepsIdAndPlace()
@@ -269,33 +232,6 @@ void TstCharacterMap::poseFollowsMapsWithoutRebuild()
     QCOMPARE(pose.objects.front().shownFile, nullptr);
 }
 
-void TstCharacterMap::uniqueNames_data()
-{
-    QTest::addColumn<QStringList>("existing");
-    QTest::addColumn<QString>("proposed");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("free") << QStringList{"skin"} << QStringLiteral("armour")
-                          << QStringLiteral("armour");
-    QTest::newRow("taken") << QStringList{"skin"} << QStringLiteral("skin")
-                           << QStringLiteral("skin_000");
-    QTest::newRow("taken twice") << QStringList{"skin", "skin_000"} << QStringLiteral("skin")
-                                 << QStringLiteral("skin_001");
-    QTest::newRow("suffixed and taken") << QStringList{"skin", "skin_000"}
-                                        << QStringLiteral("skin_000") << QStringLiteral("skin_001");
-}
-
-void TstCharacterMap::uniqueNames()
-{
-    QFETCH(QStringList, existing);
-    QFETCH(QString, proposed);
-    QFETCH(QString, expected);
-    Rig rig;
-    for (const QString &name : std::as_const(existing))
-        rig.entity->appendCharMap(CharacterMap(name));
-    QCOMPARE(rig.entity->uniqueCharMapName(proposed), expected);
-}
-
 void TstCharacterMap::entityKnowsItsFiles()
 {
     MapRig m;
@@ -309,8 +245,6 @@ void TstCharacterMap::entityKnowsItsFiles()
 void TstCharacterMap::unknownNamesChangeNothing()
 {
     MapRig m;
-    m.rig.entity->makeCharMapActive(QStringLiteral("Red"), true);
-    QVERIFY(m.rig.entity->activeMap().isEmpty());
     QCOMPARE(m.rig.entity->charMapFromId(-5), nullptr);
     QCOMPARE(m.rig.entity->charMap(4), nullptr);
 
@@ -330,6 +264,9 @@ void TstCharacterMap::setToCopiesMaps()
     QCOMPARE(copy.charMapNames(), m.rig.entity->charMapNames());
     QCOMPARE(copy.activeMap(), m.rig.entity->activeMap());
     QVERIFY(*copy.charMap(1) == *m.rig.entity->charMap(1));
+    // Copies keep their ids, which stay distinct.
+    QCOMPARE(copy.charMap(1)->id(), m.rig.entity->charMap(1)->id());
+    QVERIFY(copy.charMap(0)->id() != copy.charMap(1)->id());
 }
 
 QTEST_GUILESS_MAIN(TstCharacterMap)
