@@ -56,7 +56,8 @@ int NumberFormat::writeReal6(char *buffer, double value)
         if (std::fabs(fraction - 0.5) > 0.01) {
             const std::uint64_t millionths = fraction > 0.5 ? whole + 1 : whole;
             char *out = buffer;
-            if (std::signbit(value) && millionths != 0)
+            // The sign stays on a value that rounds to zero ("-0"), as the fixed form has it.
+            if (std::signbit(value))
                 *out++ = '-';
             out = std::to_chars(out, buffer + BufferSize, millionths / 1000000).ptr;
             auto decimals = std::uint32_t(millionths % 1000000);
@@ -84,8 +85,6 @@ int NumberFormat::writeReal6(char *buffer, double value)
         --length;
     if (length > 0 && buffer[length - 1] == '.')
         --length;
-    if (length == 2 && buffer[0] == '-' && buffer[1] == '0')
-        return writeZero(buffer);
     return length;
 }
 

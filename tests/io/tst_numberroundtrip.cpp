@@ -93,13 +93,6 @@ QByteArray convert(const QString &from, const QString &to)
     return readAll(to);
 }
 
-// Every number token "-0" (not -0.5, -0e1 or -01).
-bool hasNegativeZero(const QByteArray &text)
-{
-    static const QRegularExpression token(QStringLiteral("(?<![\\w.])-0(?![\\w.])"));
-    return token.match(QString::fromUtf8(text)).hasMatch();
-}
-
 // The attributes of the keys of the timeline of `kind` ("object" of the sprite timeline,
 // "bone"), key by key, from a written XML file.
 QList<Attributes> xmlKeyAttributes(const QByteArray &text, const QByteArray &kind, int timelineId)
@@ -204,7 +197,7 @@ void TestNumberRoundTrip::roundedNumbersSaveStably_data()
 void TestNumberRoundTrip::roundedNumbersSaveStably()
 {
     // The value in every number of a key, the file pivots and a variable: whatever the
-    // writer rounds, the saved file holds no "-0" and saves again to the same bytes.
+    // writer rounds, the saved file saves again to the same bytes.
     QFETCH(QByteArray, value);
     QFETCH(QString, form);
     KeyNumbers key;
@@ -222,7 +215,6 @@ void TestNumberRoundTrip::roundedNumbersSaveStably()
     const QString second = dir.filePath(QStringLiteral("second.") + form);
     const QByteArray saved = convert(source, first);
     QVERIFY2(saved.startsWith(form == QLatin1String("rigx") ? "<?xml" : "{"), saved.constData());
-    QVERIFY2(!hasNegativeZero(saved), saved.constData());
     QCOMPARE(convert(first, second), saved);
 }
 
