@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "model/rigxdata.h"
 
-#include "io/projectfile.h"
 #include "model/ownedlist.h"
 
 #include "model/animation.h"
@@ -449,19 +448,5 @@ void RigxData::clearAllLinksAndChildren()
     mMissingImages.clear();
 }
 
-bool RigxData::openFile(const QString &path)
-{
-    return ProjectFile::open(this, path);
-}
-
-bool RigxData::saveFile(const QString &path)
-{
-    return ProjectFile::save(this, path, ProjectFile::defaultSaveOptions());
-}
-
-bool RigxData::importFileIntoCurrentProject(const QString &path)
-{
-    return ProjectFile::importInto(this, path);
-}
 
 } // namespace Morvane

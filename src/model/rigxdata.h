@@ -145,14 +145,6 @@ public:
     /// The project's decoded images: each once, within a pixel budget.
     ImageCache &imageCache() { return mImageCache; }
 
-    // Files. These forward to ProjectFile (src/io) with its default host and save options;
-    // the form follows the extension ("rigx" or "rigj", any case).
-    /// Replaces the document with the project at `path`; on failure it stays as it was.
-    bool openFile(const QString &path);
-    /// Writes the document to `path` through a temporary file; the old file survives failures.
-    bool saveFile(const QString &path);
-    /// Merges the project at `path` into this one (images copied, entities appended).
-    bool importFileIntoCurrentProject(const QString &path);
     /// All files in the file palette's order: case-insensitive by name, ties
     /// in folder order. Computed on demand, so it never holds a stale file.
     QList<File *> flattenedFiles() const;
