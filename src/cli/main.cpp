@@ -90,6 +90,9 @@ int runCommand(const CliCommand &command, const QStringList &arguments)
         print(stdout, usageLine(command) + text.mid(text.indexOf(QLatin1Char('\n')) + 1));
         return CliSuccess;
     }
+    // A command with a list of arguments ("PATH...") counts them itself.
+    if (QLatin1String(command.arguments).contains(QLatin1String("...")))
+        return command.run(parser);
     const QStringList wanted = QString::fromLatin1(command.arguments).split(QLatin1Char(' '));
     const QStringList given = parser.positionalArguments();
     if (given.size() < wanted.size())
