@@ -3,6 +3,7 @@
 #include "clicommand.h"
 #include "convertcommand.h"
 #include "infocommand.h"
+#include "packcommand.h"
 #include "posecommand.h"
 #include "valuescommand.h"
 
@@ -21,6 +22,8 @@ const CliCommand sCommands[] = {
      &ConvertCommand::run},
     {"info", InfoCommand::Arguments, InfoCommand::Summary, &InfoCommand::addOptions,
      &InfoCommand::run},
+    {"pack", PackCommand::Arguments, PackCommand::Summary, &PackCommand::addOptions,
+     &PackCommand::run},
     {"pose", PoseCommand::Arguments, PoseCommand::Summary, &PoseCommand::addOptions,
      &PoseCommand::run},
     {"values", ValuesCommand::Arguments, ValuesCommand::Summary, &ValuesCommand::addOptions,
