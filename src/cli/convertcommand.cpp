@@ -10,6 +10,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QThread>
@@ -21,6 +22,8 @@
 #include <mutex>
 #include <thread>
 #include <vector>
+
+#include <sys/stat.h>
 
 namespace Morvane {
 
@@ -109,8 +112,13 @@ int runBatch(const QCommandLineParser &parser, bool pretty)
     for (const QString &file : ConvertCommand::batchFiles(paths, target)) {
         BatchItem item{file, ConvertCommand::targetPath(file, target), {}, {}, false};
         const QFileInfo info(file);
-        if (!info.exists()) {
+        struct stat status;
+        if (::stat(QFile::encodeName(file).constData(), &status) != 0) {
             item.error = QStringLiteral("No such file or directory");
+        } else if (!S_ISREG(status.st_mode)) {
+            // A FIFO or a device would keep the converter waiting for ever.
+            item.error = QStringLiteral("not a regular file");
+            item.out.clear();
         } else if (info.suffix().compare(otherSuffix(target), Qt::CaseInsensitive) != 0) {
             item.error = QStringLiteral("not a .%1 project file").arg(otherSuffix(target));
             item.out.clear();

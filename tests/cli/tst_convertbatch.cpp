@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 using Morvane::Testing::CliRun;
 using Morvane::Testing::runCli;
 
@@ -148,6 +150,9 @@ void TestConvertBatch::singleFiles_data()
                                               << QList<bool>{false};
     QTest::newRow("a file already of the target form")
         << QStringList{"--to", "rigx", "@good.rigx"} << 2 << QList<bool>{false};
+    QTest::newRow("a FIFO named like a project, then a good file")
+        << QStringList{"--to", "rigj", "@fifo.rigx", "@good.rigx"} << 2
+        << QList<bool>{false, true};
     QTest::newRow("a directory without projects") << QStringList{"--to", "rigj", "@empty"} << 0
                                                   << QList<bool>{};
     QTest::newRow("options after the files, compact")
@@ -169,6 +174,7 @@ void TestConvertBatch::singleFiles()
     QVERIFY(writeFile(path(QStringLiteral("other.rigx")), mProject));
     QVERIFY(writeFile(path(QStringLiteral("notes.txt")), "text"));
     QVERIFY(QDir(mDir->path()).mkpath(QStringLiteral("empty")));
+    QVERIFY(::mkfifo(QFile::encodeName(path(QStringLiteral("fifo.rigx"))).constData(), 0600) == 0);
     for (QString &argument : arguments) {
         if (argument.startsWith(QLatin1Char('@')))
             argument = path(argument.mid(1));
