@@ -105,6 +105,7 @@ private slots:
     void brokenSheet_data();
     void brokenSheet();
     void savesBackBound();
+    void sharesThePixelBudget();
     void commandLine_data();
     void commandLine();
 
@@ -204,6 +205,19 @@ void TestAtlasProject::savesBackBound()
         QVERIFY(folder->file(1)->imageLoaded());
         QCOMPARE(QSize(folder->file(0)->width(), folder->file(0)->height()), QSize(10, 20));
     }
+}
+
+void TestAtlasProject::sharesThePixelBudget()
+{
+    // The 3 x 3 sheet and the 1 x 1 frame fit into 10 pixels; the 10 x 20 frame does not.
+    RigxData document;
+    document.imageCache().setPixelBudget(10);
+    QVERIFY(document.openFile(path(QStringLiteral("hero.rigx"))));
+    const Folder *folder = document.folder(0);
+    QVERIFY(!folder->file(0)->imageLoaded());
+    QVERIFY(folder->file(1)->imageLoaded());
+    QCOMPARE(document.imageCache().pixels(), 10);
+    QVERIFY(!document.imageCache().warnings().isEmpty());
 }
 
 void TestAtlasProject::commandLine_data()
