@@ -23,8 +23,8 @@ qint32 intMember(const QVariantMap &map, const QString &key)
 {
     const QVariant value = map.value(key);
     const int type = value.metaType().id();
-    if (type != QMetaType::Double && type != QMetaType::LongLong && type != QMetaType::Int
-        && type != QMetaType::ULongLong)
+    if (type != QMetaType::Double && type != QMetaType::LongLong && type != QMetaType::Int &&
+        type != QMetaType::ULongLong)
         return 0;
     const double number = value.toDouble();
     if (!std::isfinite(number))
@@ -51,8 +51,8 @@ bool pointMember(const QVariantMap &entry, const QString &key, QPointF *point)
     bool okY = false;
     const double px = x.toDouble(&okX);
     const double py = y.toDouble(&okY);
-    if (x.metaType().id() == QMetaType::QString || y.metaType().id() == QMetaType::QString
-        || !okX || !okY || !std::isfinite(px) || !std::isfinite(py))
+    if (x.metaType().id() == QMetaType::QString || y.metaType().id() == QMetaType::QString ||
+        !okX || !okY || !std::isfinite(px) || !std::isfinite(py))
         return false;
     *point = QPointF(px, py);
     return true;
@@ -199,8 +199,8 @@ bool JsonSpriteSheet::loadOne(const QString &path, QVariantMap *meta)
         }
         mFrames.insert(it.key(), pixmap);
         QPointF pivot;
-        if (pointMember(it.value(), QStringLiteral("pivot"), &pivot)
-            || pointMember(it.value(), QStringLiteral("anchor"), &pivot))
+        if (pointMember(it.value(), QStringLiteral("pivot"), &pivot) ||
+            pointMember(it.value(), QStringLiteral("anchor"), &pivot))
             mPivots.insert(it.key(), pivot);
     }
     if (mFrames.isEmpty())
@@ -243,8 +243,8 @@ bool JsonSpriteSheet::loadImage(const QString &path)
     if (image.size() != size) {
         // The header did not tell the size, or not the truth.
         mPixels = 0;
-        if (tooLarge(image.size())
-            || !reserve(qint64(image.width()) * image.height(), QStringLiteral("image")))
+        if (tooLarge(image.size()) ||
+            !reserve(qint64(image.width()) * image.height(), QStringLiteral("image")))
             return false;
     }
     // One known layout, so frames copy with plain memory copies and keep exact pixels.
@@ -287,8 +287,8 @@ JsonFrame JsonSpriteSheet::frameFromJson(const QVariantMap &entry)
 
 QImage JsonSpriteSheet::pixmapFromJsonFrame(const JsonFrame &frame)
 {
-    if (mImage.isNull() || frame.width <= 0 || frame.height <= 0 || frame.sourceWidth < 1
-        || frame.sourceHeight < 1)
+    if (mImage.isNull() || frame.width <= 0 || frame.height <= 0 || frame.sourceWidth < 1 ||
+        frame.sourceHeight < 1)
         return QImage();
     const qint64 area = qint64(frame.sourceWidth) * frame.sourceHeight;
     if (area > MaxImagePixels || !reserve(area, QStringLiteral("frame")))
@@ -334,9 +334,9 @@ QImage JsonSpriteSheet::pixmapFromJsonFrame(const JsonFrame &frame)
         warn(QStringLiteral("Sprite sheet \"%1\": a frame reaches outside the sheet; it is "
                             "clipped.")
                  .arg(mFileName));
-    if (frame.offsetX < 0 || frame.offsetY < 0
-        || qint64(frame.offsetX) + frame.width > frame.sourceWidth
-        || qint64(frame.offsetY) + frame.height > frame.sourceHeight)
+    if (frame.offsetX < 0 || frame.offsetY < 0 ||
+        qint64(frame.offsetX) + frame.width > frame.sourceWidth ||
+        qint64(frame.offsetY) + frame.height > frame.sourceHeight)
         warn(QStringLiteral("Sprite sheet \"%1\": a frame lies outside its source size; it is "
                             "clipped.")
                  .arg(mFileName));
@@ -376,8 +376,8 @@ void JsonSpriteSheet::warn(const QString &line)
         qWarning("%s", qPrintable(line));
         mWarnings.append(line);
     } else if (mWarnings.size() == MaxWarnings) {
-        mWarnings.append(QStringLiteral("Sprite sheet \"%1\": further problems are not listed.")
-                             .arg(mFileName));
+        mWarnings.append(
+            QStringLiteral("Sprite sheet \"%1\": further problems are not listed.").arg(mFileName));
     }
 }
 

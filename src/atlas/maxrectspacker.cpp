@@ -68,13 +68,13 @@ void MaxRectsPacker::place(const QRect &node)
         if (node.left() > free.left())
             next.append(QRect(free.left(), free.top(), node.left() - free.left(), free.height()));
         if (node.right() < free.right())
-            next.append(QRect(node.right() + 1, free.top(), free.right() - node.right(),
-                              free.height()));
+            next.append(
+                QRect(node.right() + 1, free.top(), free.right() - node.right(), free.height()));
         if (node.top() > free.top())
             next.append(QRect(free.left(), free.top(), free.width(), node.top() - free.top()));
         if (node.bottom() < free.bottom())
-            next.append(QRect(free.left(), node.bottom() + 1, free.width(),
-                              free.bottom() - node.bottom()));
+            next.append(
+                QRect(free.left(), node.bottom() + 1, free.width(), free.bottom() - node.bottom()));
     }
     mFree = next;
     prune();

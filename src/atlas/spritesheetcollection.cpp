@@ -20,9 +20,8 @@ QString SpriteSheetCollection::sheetName(const QString &path) const
     QString name = path;
     name.replace(QLatin1Char('\\'), QLatin1Char('/'));
     if (!mDirectory.isEmpty()) {
-        const QString prefix = mDirectory.endsWith(QLatin1Char('/'))
-                                   ? mDirectory
-                                   : mDirectory + QLatin1Char('/');
+        const QString prefix =
+            mDirectory.endsWith(QLatin1Char('/')) ? mDirectory : mDirectory + QLatin1Char('/');
         if (name.startsWith(prefix))
             name.remove(0, prefix.size());
     }

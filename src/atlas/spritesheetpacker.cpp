@@ -29,7 +29,9 @@ struct Item
 
 QVariantMap rectMap(int x, int y, int w, int h)
 {
-    return {{QStringLiteral("x"), x}, {QStringLiteral("y"), y}, {QStringLiteral("w"), w},
+    return {{QStringLiteral("x"), x},
+            {QStringLiteral("y"), y},
+            {QStringLiteral("w"), w},
             {QStringLiteral("h"), h}};
 }
 
@@ -133,8 +135,8 @@ QStringList SpriteSheetPacker::pack(const QMap<QString, QImage> &images, const O
         const int sideB = qMax(b.image.width(), b.image.height());
         if (sideA != sideB)
             return sideA > sideB;
-        return qint64(a.image.width()) * a.image.height()
-               > qint64(b.image.width()) * b.image.height();
+        return qint64(a.image.width()) * a.image.height() >
+               qint64(b.image.width()) * b.image.height();
     });
 
     // Fill one sheet after the other with what is left.
@@ -172,8 +174,8 @@ QStringList SpriteSheetPacker::pack(const QMap<QString, QImage> &images, const O
     QStringList descriptions;
     QStringList imageNames;
     for (size_t s = 0; s < bins.size(); ++s) {
-        const QString base = s == 0 ? options.baseName
-                                    : options.baseName + QLatin1Char('-') + QString::number(s);
+        const QString base =
+            s == 0 ? options.baseName : options.baseName + QLatin1Char('-') + QString::number(s);
         descriptions.append(base + QStringLiteral(".json"));
         imageNames.append(base + QStringLiteral(".png"));
     }
@@ -195,8 +197,8 @@ QStringList SpriteSheetPacker::pack(const QMap<QString, QImage> &images, const O
             const QRect &trim = item.trimRect;
             QVariantMap frame;
             // The frame's size is the upright one, also for a frame stored turned.
-            frame.insert(QStringLiteral("frame"), rectMap(item.placed.x(), item.placed.y(),
-                                                          trim.width(), trim.height()));
+            frame.insert(QStringLiteral("frame"),
+                         rectMap(item.placed.x(), item.placed.y(), trim.width(), trim.height()));
             frame.insert(QStringLiteral("rotated"), item.rotated);
             frame.insert(QStringLiteral("trimmed"), trim.size() != item.source);
             frame.insert(QStringLiteral("spriteSourceSize"),
@@ -214,8 +216,7 @@ QStringList SpriteSheetPacker::pack(const QMap<QString, QImage> &images, const O
             {QStringLiteral("scale"), QStringLiteral("1")},
         };
         if (s == 0 && bins.size() > 1)
-            meta.insert(QStringLiteral("related_multi_packs"),
-                        QStringList(descriptions.mid(1)));
+            meta.insert(QStringLiteral("related_multi_packs"), QStringList(descriptions.mid(1)));
         const QString imagePath = directory + QLatin1Char('/') + imageNames.at(qsizetype(s));
         QSaveFile png(imagePath);
         if (!png.open(QIODevice::WriteOnly) || !sheet.save(&png, "PNG") || !png.commit()) {

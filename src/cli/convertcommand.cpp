@@ -20,10 +20,9 @@
 #include <condition_variable>
 #include <cstdio>
 #include <mutex>
+#include <sys/stat.h>
 #include <thread>
 #include <vector>
-
-#include <sys/stat.h>
 
 namespace Morvane {
 
@@ -33,7 +32,7 @@ struct BatchItem
 {
     QString file;
     QString out;
-    QString error; // empty when converted
+    QString error;       // empty when converted
     QByteArray messages; // the conversion's warnings, passed on to stderr
     bool done = false;
 };
@@ -102,8 +101,8 @@ int runBatch(const QCommandLineParser &parser, bool pretty)
 {
     const QString target = parser.value(QStringLiteral("to"));
     if (target != QLatin1String("rigj") && target != QLatin1String("rigx"))
-        return cliUsageError(
-            "convert", QStringLiteral("--to takes rigj or rigx, not \"%1\"").arg(target));
+        return cliUsageError("convert",
+                             QStringLiteral("--to takes rigj or rigx, not \"%1\"").arg(target));
     const QStringList paths = parser.positionalArguments();
     if (paths.isEmpty())
         return cliUsageError("convert", QStringLiteral("missing PATH"));
@@ -189,9 +188,9 @@ int ConvertCommand::run(const QCommandLineParser &parser)
         return runBatch(parser, pretty);
 
     if (paths.size() < 2)
-        return cliUsageError("convert", QStringLiteral("missing ")
-                                            + (paths.isEmpty() ? QStringLiteral("INPUT")
-                                                               : QStringLiteral("OUTPUT")));
+        return cliUsageError(
+            "convert", QStringLiteral("missing ") +
+                           (paths.isEmpty() ? QStringLiteral("INPUT") : QStringLiteral("OUTPUT")));
     if (paths.size() > 2)
         return cliUsageError("convert",
                              QStringLiteral("unexpected argument \"%1\"").arg(paths.at(2)));

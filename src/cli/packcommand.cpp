@@ -21,8 +21,7 @@ namespace Morvane {
 
 namespace {
 
-bool number(const QCommandLineParser &parser, const QString &option, int low, int high,
-            int *value)
+bool number(const QCommandLineParser &parser, const QString &option, int low, int high, int *value)
 {
     if (!parser.isSet(option))
         return true;
@@ -73,11 +72,9 @@ int PackCommand::run(const QCommandLineParser &parser)
                                                     "to %1")
                                          .arg(SpriteSheetPacker::MaxSheetSide));
     if (!number(parser, QStringLiteral("padding"), 0, 64, &options.padding))
-        return cliUsageError("pack",
-                             QStringLiteral("--padding takes a whole number from 0 to 64"));
+        return cliUsageError("pack", QStringLiteral("--padding takes a whole number from 0 to 64"));
     if (!number(parser, QStringLiteral("extrude"), 0, 16, &options.extrude))
-        return cliUsageError("pack",
-                             QStringLiteral("--extrude takes a whole number from 0 to 16"));
+        return cliUsageError("pack", QStringLiteral("--extrude takes a whole number from 0 to 16"));
     options.trim = parser.isSet(QStringLiteral("trim"));
     options.rotate = parser.isSet(QStringLiteral("rotate"));
 
@@ -121,8 +118,8 @@ int PackCommand::run(const QCommandLineParser &parser)
         if (QFileInfo(path).absolutePath() != outputDirectory)
             return cliUsageError("pack", QStringLiteral("--bind must name a project in the "
                                                         "directory of FILE"));
-        const QString atlas = QDir(outputDirectory)
-                                  .relativeFilePath(QDir(out).absoluteFilePath(sheets.first()));
+        const QString atlas =
+            QDir(outputDirectory).relativeFilePath(QDir(out).absoluteFilePath(sheets.first()));
         if (atlas.startsWith(QLatin1String("../")))
             return cliUsageError("pack", QStringLiteral("--out must lie inside the directory "
                                                         "of FILE when binding"));

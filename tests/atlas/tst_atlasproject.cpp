@@ -226,13 +226,13 @@ void TestAtlasProject::commandLine_data()
     QTest::addColumn<QStringList>("path");
     QTest::addColumn<QJsonValue>("expected");
 
-    const QStringList arm{QStringLiteral("folders"), QStringLiteral("0"),
-                          QStringLiteral("files"), QStringLiteral("0")};
+    const QStringList arm{QStringLiteral("folders"), QStringLiteral("0"), QStringLiteral("files"),
+                          QStringLiteral("0")};
     QTest::newRow("info: frame width") << "info" << (arm + QStringList{"width"}) << QJsonValue(10);
-    QTest::newRow("info: frame height") << "info" << (arm + QStringList{"height"})
-                                        << QJsonValue(20);
-    QTest::newRow("info: frame found") << "info" << (arm + QStringList{"missing"})
-                                       << QJsonValue(false);
+    QTest::newRow("info: frame height")
+        << "info" << (arm + QStringList{"height"}) << QJsonValue(20);
+    QTest::newRow("info: frame found")
+        << "info" << (arm + QStringList{"missing"}) << QJsonValue(false);
     QTest::newRow("info: frame not in the sheet")
         << "info" << QStringList{"folders", "0", "files", "2", "missing"} << QJsonValue(true);
     QTest::newRow("pose: width") << "pose" << QStringList{"objects", "0", "width"}

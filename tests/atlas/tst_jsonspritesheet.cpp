@@ -71,8 +71,8 @@ QByteArray frameJson(int x, int y, int w, int h, bool rotated, int offsetX, int 
 
 QByteArray description(const QByteArray &frames, const QByteArray &image = "sheet.png")
 {
-    return "{\"frames\":{" + frames + "},\"meta\":{\"image\":\"" + image
-           + "\",\"size\":{\"w\":4,\"h\":4}}}";
+    return "{\"frames\":{" + frames + "},\"meta\":{\"image\":\"" + image +
+           "\",\"size\":{\"w\":4,\"h\":4}}}";
 }
 
 int visiblePixels(const QImage &image)
@@ -127,14 +127,12 @@ void TestJsonSpriteSheet::frames_data()
         << frameJson(2, 3, 2, 1, false, 1, 2, 4, 4) << QSize(4, 4)
         << QList<QRgb>{Z, Z, Z, Z, Z, Z, Z, Z, Z, G, A, Z, Z, Z, Z, Z};
     QTest::newRow("rotated comes out upright")
-        << frameJson(0, 0, 3, 2, true, 0, 0, 3, 2) << QSize(3, 2)
-        << QList<QRgb>{A, B, C, D, E, F};
+        << frameJson(0, 0, 3, 2, true, 0, 0, 3, 2) << QSize(3, 2) << QList<QRgb>{A, B, C, D, E, F};
     QTest::newRow("rotated and trimmed at (1, 1)")
         << frameJson(0, 0, 3, 2, true, 1, 1, 5, 4) << QSize(5, 4)
         << QList<QRgb>{Z, Z, Z, Z, Z, Z, A, B, C, Z, Z, D, E, F, Z, Z, Z, Z, Z, Z};
     QTest::newRow("rotated, reaching past the sheet's left edge: clipped")
-        << frameJson(-1, 0, 3, 2, true, 0, 0, 3, 2) << QSize(3, 2)
-        << QList<QRgb>{D, E, F, Z, Z, Z};
+        << frameJson(-1, 0, 3, 2, true, 0, 0, 3, 2) << QSize(3, 2) << QList<QRgb>{D, E, F, Z, Z, Z};
 }
 
 void TestJsonSpriteSheet::frames()
@@ -158,9 +156,10 @@ void TestJsonSpriteSheet::frames()
 void TestJsonSpriteSheet::frameNamesMatchExactly()
 {
     // A trimmed 2 x 1 frame in a 64 x 64 source at (3, 5).
-    QVERIFY(writeFile(path(QStringLiteral("a.json")),
-                      description("\"arm/upper.png\":" + frameJson(2, 3, 2, 1, false, 3, 5, 64, 64)
-                                  + ",\"upper.png\":" + frameJson(0, 0, 3, 2, true, 0, 0, 3, 2))));
+    QVERIFY(
+        writeFile(path(QStringLiteral("a.json")),
+                  description("\"arm/upper.png\":" + frameJson(2, 3, 2, 1, false, 3, 5, 64, 64) +
+                              ",\"upper.png\":" + frameJson(0, 0, 3, 2, true, 0, 0, 3, 2))));
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")));
     QCOMPARE(sheet.frameNames(),
              QStringList({QStringLiteral("arm/upper.png"), QStringLiteral("upper.png")}));
@@ -189,8 +188,8 @@ void TestJsonSpriteSheet::hostile_data()
     QTest::newRow("sheet image is a directory") << good << 3 << QSize() << 0;
     QTest::newRow("not JSON") << QByteArray("{\"frames\":") << 0 << QSize() << 0;
     QTest::newRow("top level is an array") << QByteArray("[1,2]") << 0 << QSize() << 0;
-    QTest::newRow("no meta") << QByteArray("{\"frames\":{\"f\":" + frameJson(2, 3, 2, 1, false, 0,
-                                                                              0, 2, 1) + "}}")
+    QTest::newRow("no meta") << QByteArray("{\"frames\":{\"f\":" +
+                                           frameJson(2, 3, 2, 1, false, 0, 0, 2, 1) + "}}")
                              << 0 << QSize() << 0;
     QTest::newRow("image escapes upward")
         << description("\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1), "../../../nothing.png")
@@ -203,9 +202,8 @@ void TestJsonSpriteSheet::hostile_data()
         << description("\"f\":{\"frame\":{\"x\":\"0\",\"y\":0,\"w\":\"2\",\"h\":1},"
                        "\"sourceSize\":{\"w\":2,\"h\":1}}")
         << 0 << QSize() << 0;
-    QTest::newRow("negative size") << description("\"f\":" + frameJson(0, 0, -2, 1, false, 0, 0,
-                                                                         2, 1))
-                                   << 0 << QSize() << 0;
+    QTest::newRow("negative size")
+        << description("\"f\":" + frameJson(0, 0, -2, 1, false, 0, 0, 2, 1)) << 0 << QSize() << 0;
     QTest::newRow("negative source size")
         << description("\"f\":" + frameJson(0, 0, 2, 1, false, 0, 0, -2, 1)) << 0 << QSize() << 0;
     QTest::newRow("huge source size")
@@ -224,12 +222,12 @@ void TestJsonSpriteSheet::hostile_data()
         << description("\"f\":" + frameJson(100, 100, 2, 1, false, 0, 0, 2, 1)) << 0 << QSize(2, 1)
         << 0;
     QTest::newRow("offset far outside the source")
-        << description("\"f\":" + frameJson(2, 3, 2, 1, false, 2147483647, -2147483647, 2, 1))
-        << 0 << QSize(2, 1) << 0;
+        << description("\"f\":" + frameJson(2, 3, 2, 1, false, 2147483647, -2147483647, 2, 1)) << 0
+        << QSize(2, 1) << 0;
     QTest::newRow("related sheets name itself and nothing")
-        << QByteArray("{\"frames\":{\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1)
-                      + "},\"meta\":{\"image\":\"sheet.png\",\"related_multi_packs\":[\"a.json\","
-                        "\"none.json\",7,null]}}")
+        << QByteArray("{\"frames\":{\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1) +
+                      "},\"meta\":{\"image\":\"sheet.png\",\"related_multi_packs\":[\"a.json\","
+                      "\"none.json\",7,null]}}")
         << 0 << QSize(2, 1) << 2;
 }
 
@@ -266,8 +264,8 @@ void TestJsonSpriteSheet::budget()
     // Ten frames of 10 x 10 pixels each; the budget holds the sheet and three of them.
     QByteArray frames;
     for (int i = 0; i < 10; ++i)
-        frames += (i ? "," : "") + QByteArray("\"f") + QByteArray::number(i)
-                  + "\":" + frameJson(2, 3, 2, 1, false, 0, 0, 10, 10);
+        frames += (i ? "," : "") + QByteArray("\"f") + QByteArray::number(i) +
+                  "\":" + frameJson(2, 3, 2, 1, false, 0, 0, 10, 10);
     QVERIFY(writeFile(path(QStringLiteral("a.json")), description(frames)));
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")), 16 + 3 * 100 + 50);
     QCOMPARE(sheet.frameNames(),
@@ -282,15 +280,15 @@ void TestJsonSpriteSheet::relatedSheets()
     second.setPixel(0, 0, B);
     QVERIFY(second.save(path(QStringLiteral("sheet-1.png"))));
     QVERIFY(writeFile(path(QStringLiteral("a.json")),
-                      "{\"frames\":{\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1)
-                          + "},\"meta\":{\"image\":\"sheet.png\","
-                            "\"related_multi_packs\":[\"a-1.json\"]}}"));
+                      "{\"frames\":{\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1) +
+                          "},\"meta\":{\"image\":\"sheet.png\","
+                          "\"related_multi_packs\":[\"a-1.json\"]}}"));
     // The sibling also names a frame "f": the first sheet's wins.
     QVERIFY(writeFile(path(QStringLiteral("a-1.json")),
-                      "{\"frames\":{\"f\":" + frameJson(0, 0, 1, 1, false, 0, 0, 1, 1)
-                          + ",\"g\":" + frameJson(0, 0, 1, 1, false, 0, 0, 1, 1)
-                          + "},\"meta\":{\"image\":\"sheet-1.png\","
-                            "\"related_multi_packs\":[\"a.json\"]}}"));
+                      "{\"frames\":{\"f\":" + frameJson(0, 0, 1, 1, false, 0, 0, 1, 1) +
+                          ",\"g\":" + frameJson(0, 0, 1, 1, false, 0, 0, 1, 1) +
+                          "},\"meta\":{\"image\":\"sheet-1.png\","
+                          "\"related_multi_packs\":[\"a.json\"]}}"));
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")));
     QCOMPARE(sheet.frameNames(), QStringList({QStringLiteral("f"), QStringLiteral("g")}));
     QCOMPARE(sheet.pixmapFromFileName(QStringLiteral("f")).size(), QSize(2, 1));
@@ -315,8 +313,7 @@ void TestJsonSpriteSheet::collectionNames()
              relative->imageFileName());
     QCOMPARE(QFileInfo(relative->imageFileName()).canonicalFilePath(),
              QFileInfo(path(QStringLiteral("art/sheet.png"))).canonicalFilePath());
-    QCOMPARE(sheets.spriteSheetImageFromFileName(QStringLiteral("art/a.json")).size(),
-             QSize(4, 4));
+    QCOMPARE(sheets.spriteSheetImageFromFileName(QStringLiteral("art/a.json")).size(), QSize(4, 4));
     QVERIFY(sheets.spriteSheetImageFromFileName(QStringLiteral("art/b.json")).isNull());
     QCOMPARE(sheets.spriteSheetImageFileNameFromSheetFileName(QStringLiteral("art/b.json")),
              QString());

@@ -28,8 +28,8 @@ void TestMaxRectsPacker::properties_data()
     for (const int spacing : {0, 1, 3})
         for (const bool rotate : {false, true})
             for (const quint32 seed : {1u, 2u, 3u})
-                QTest::addRow("spacing %d, %s, seed %u", spacing,
-                              rotate ? "rotating" : "upright", seed)
+                QTest::addRow("spacing %d, %s, seed %u", spacing, rotate ? "rotating" : "upright",
+                              seed)
                     << spacing << rotate << seed;
 }
 

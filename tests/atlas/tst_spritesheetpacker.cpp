@@ -123,9 +123,8 @@ void TestSpriteSheetPacker::readsBackExactly()
     QVERIFY2(!sheets.isEmpty(), qPrintable(error));
     QCOMPARE(sheets.size() > 1, maxSize < 128);
     for (const QString &sheet : sheets) {
-        const QImage image(path(QStringLiteral("out/")) + QString(sheet).replace(
-                                                              QLatin1String(".json"),
-                                                              QLatin1String(".png")));
+        const QImage image(path(QStringLiteral("out/")) +
+                           QString(sheet).replace(QLatin1String(".json"), QLatin1String(".png")));
         QVERIFY(image.width() <= maxSize && image.height() <= maxSize);
     }
 
@@ -146,8 +145,8 @@ void TestSpriteSheetPacker::tooLarge()
     SpriteSheetPacker::Options options;
     options.maxSize = 32;
     QString error;
-    QVERIFY(SpriteSheetPacker::pack(images, options, path(QStringLiteral("out")), &error)
-                .isEmpty());
+    QVERIFY(
+        SpriteSheetPacker::pack(images, options, path(QStringLiteral("out")), &error).isEmpty());
     QVERIFY(!error.isEmpty());
     // Exactly the maximum size fits, however much padding is asked for.
     images.insert(QStringLiteral("big.png"), big.copy(0, 0, 32, 32));
@@ -170,22 +169,24 @@ void TestSpriteSheetPacker::bindUndo()
     for (int f = 0; f < document.folderCount(); ++f) {
         folders.append(f);
         for (int i = 0; i < document.folder(f)->fileCount(); ++i)
-            images.insert(document.folder(f)->file(i)->name(), document.folder(f)->file(i)->image());
+            images.insert(document.folder(f)->file(i)->name(),
+                          document.folder(f)->file(i)->image());
     }
     QString error;
     QVERIFY(!SpriteSheetPacker::pack(images, options, path(QStringLiteral("hero/sheets")), &error)
                  .isEmpty());
     QVERIFY(document.saveFile(path(QStringLiteral("hero/before.rigx"))));
 
-    document.pushUndo(new BindAtlasCommand(&document, folders, QStringLiteral("sheets/atlas.json")));
+    document.pushUndo(
+        new BindAtlasCommand(&document, folders, QStringLiteral("sheets/atlas.json")));
     QCOMPARE(stack.count(), 1);
     for (int f = 0; f < document.folderCount(); ++f) {
         QVERIFY(document.folder(f)->spriteSheet());
         for (int i = 0; i < document.folder(f)->fileCount(); ++i) {
             const File *file = document.folder(f)->file(i);
             QVERIFY2(file->imageLoaded(), qPrintable(file->name()));
-            QVERIFY(argb(file->image())
-                    == argb(images.value(RigxData::removeBeginningBracketDirectory(file->name()))));
+            QVERIFY(argb(file->image()) ==
+                    argb(images.value(RigxData::removeBeginningBracketDirectory(file->name()))));
         }
     }
     QVERIFY(document.saveFile(path(QStringLiteral("hero/bound.rigx"))));
@@ -229,8 +230,8 @@ void TestSpriteSheetPacker::packAndBindFromCommandLine()
     QCOMPARE(bound.folderCount(), original.folderCount());
     for (int f = 0; f < bound.folderCount(); ++f)
         for (int i = 0; i < bound.folder(f)->fileCount(); ++i)
-            QVERIFY(argb(bound.folder(f)->file(i)->image())
-                    == argb(original.folder(f)->file(i)->image()));
+            QVERIFY(argb(bound.folder(f)->file(i)->image()) ==
+                    argb(original.folder(f)->file(i)->image()));
     QVERIFY(bound.imageCache().spriteSheets().count() == 1);
 }
 

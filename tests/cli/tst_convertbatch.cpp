@@ -91,11 +91,10 @@ void TestConvertBatch::tree()
     QCOMPARE(got.size(), files.size());
     for (int i = 0; i < files.size(); ++i) {
         const QJsonObject &line = got.at(i);
-        QCOMPARE(QDir::cleanPath(line.value(QStringLiteral("file")).toString()),
-                 path(files.at(i)));
-        QCOMPARE(QDir::cleanPath(line.value(QStringLiteral("out")).toString()),
-                 path(QString(files.at(i)).replace(QLatin1String(".rigx"),
-                                                   QLatin1String(".rigj"))));
+        QCOMPARE(QDir::cleanPath(line.value(QStringLiteral("file")).toString()), path(files.at(i)));
+        QCOMPARE(
+            QDir::cleanPath(line.value(QStringLiteral("out")).toString()),
+            path(QString(files.at(i)).replace(QLatin1String(".rigx"), QLatin1String(".rigj"))));
         QCOMPARE(line.value(QStringLiteral("ok")).toBool(), ok.at(i));
         QCOMPARE(line.value(QStringLiteral("error")).isNull(), ok.at(i));
         QVERIFY(ok.at(i) || !line.value(QStringLiteral("error")).toString().isEmpty());
@@ -122,10 +121,10 @@ void TestConvertBatch::roundTrip()
     // The fixture is our own writer's output: there and back gives its bytes again.
     QVERIFY(QDir(mDir->path()).mkpath(QStringLiteral("x")));
     QVERIFY(writeFile(path(QStringLiteral("x/p.rigx")), mProject));
-    QCOMPARE(runCli({QStringLiteral("convert"), QStringLiteral("--to=rigj"),
-                     path(QStringLiteral("x"))})
-                 .exitCode,
-             0);
+    QCOMPARE(
+        runCli({QStringLiteral("convert"), QStringLiteral("--to=rigj"), path(QStringLiteral("x"))})
+            .exitCode,
+        0);
     QVERIFY(QFile::remove(path(QStringLiteral("x/p.rigx"))));
     const CliRun back = runCli({QStringLiteral("convert"), QStringLiteral("--to"),
                                 QStringLiteral("rigx"), path(QStringLiteral("x/p.rigj"))});
@@ -141,27 +140,25 @@ void TestConvertBatch::singleFiles_data()
     // One entry per expected line: whether it converted.
     QTest::addColumn<QList<bool>>("ok");
 
-    QTest::newRow("one good file") << QStringList{"--to", "rigj", "@good.rigx"} << 0
-                                   << QList<bool>{true};
+    QTest::newRow("one good file")
+        << QStringList{"--to", "rigj", "@good.rigx"} << 0 << QList<bool>{true};
     QTest::newRow("good, missing, good")
         << QStringList{"--to", "rigj", "@good.rigx", "@none.rigx", "@other.rigx"} << 2
         << QList<bool>{true, false, true};
-    QTest::newRow("a file of another suffix") << QStringList{"--to", "rigj", "@notes.txt"} << 2
-                                              << QList<bool>{false};
+    QTest::newRow("a file of another suffix")
+        << QStringList{"--to", "rigj", "@notes.txt"} << 2 << QList<bool>{false};
     QTest::newRow("a file already of the target form")
         << QStringList{"--to", "rigx", "@good.rigx"} << 2 << QList<bool>{false};
     QTest::newRow("a FIFO named like a project, then a good file")
-        << QStringList{"--to", "rigj", "@fifo.rigx", "@good.rigx"} << 2
-        << QList<bool>{false, true};
-    QTest::newRow("a directory without projects") << QStringList{"--to", "rigj", "@empty"} << 0
-                                                  << QList<bool>{};
+        << QStringList{"--to", "rigj", "@fifo.rigx", "@good.rigx"} << 2 << QList<bool>{false, true};
+    QTest::newRow("a directory without projects")
+        << QStringList{"--to", "rigj", "@empty"} << 0 << QList<bool>{};
     QTest::newRow("options after the files, compact")
         << QStringList{"@good.rigx", "--compact", "--to", "rigj"} << 0 << QList<bool>{true};
-    QTest::newRow("unknown form") << QStringList{"--to", "xml", "@good.rigx"} << 1
-                                  << QList<bool>{};
+    QTest::newRow("unknown form") << QStringList{"--to", "xml", "@good.rigx"} << 1 << QList<bool>{};
     QTest::newRow("no path") << QStringList{"--to", "rigj"} << 1 << QList<bool>{};
-    QTest::newRow("two-argument form with three") << QStringList{"@good.rigx", "a.rigj", "b"}
-                                                  << 1 << QList<bool>{};
+    QTest::newRow("two-argument form with three")
+        << QStringList{"@good.rigx", "a.rigj", "b"} << 1 << QList<bool>{};
 }
 
 void TestConvertBatch::singleFiles()
