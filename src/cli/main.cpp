@@ -3,6 +3,7 @@
 #include "clicommand.h"
 #include "convertcommand.h"
 #include "infocommand.h"
+#include "packcommand.h"
 #include "posecommand.h"
 #include "valuescommand.h"
 
@@ -21,6 +22,8 @@ const CliCommand sCommands[] = {
      &ConvertCommand::run},
     {"info", InfoCommand::Arguments, InfoCommand::Summary, &InfoCommand::addOptions,
      &InfoCommand::run},
+    {"pack", PackCommand::Arguments, PackCommand::Summary, &PackCommand::addOptions,
+     &PackCommand::run},
     {"pose", PoseCommand::Arguments, PoseCommand::Summary, &PoseCommand::addOptions,
      &PoseCommand::run},
     {"values", ValuesCommand::Arguments, ValuesCommand::Summary, &ValuesCommand::addOptions,
@@ -90,6 +93,9 @@ int runCommand(const CliCommand &command, const QStringList &arguments)
         print(stdout, usageLine(command) + text.mid(text.indexOf(QLatin1Char('\n')) + 1));
         return CliSuccess;
     }
+    // A command with a list of arguments ("PATH...") counts them itself.
+    if (QLatin1String(command.arguments).contains(QLatin1String("...")))
+        return command.run(parser);
     const QStringList wanted = QString::fromLatin1(command.arguments).split(QLatin1Char(' '));
     const QStringList given = parser.positionalArguments();
     if (given.size() < wanted.size())

@@ -99,6 +99,13 @@ void writeObjectTail(JsonWriter &w, const EntityInstance &instance, const PoseIt
     const bool sprite = object.timeline && object.timeline->isSprite();
     writeStringOrNull(w, "image", object.shownFile ? object.shownFile->name() : QString(),
                       sprite && object.shownFile);
+    if (sprite && object.shownFile) {
+        // The size the canvas draws the image at: an atlas frame's source size.
+        w.key("width");
+        w.value(object.shownFile->width());
+        w.key("height");
+        w.value(object.shownFile->height());
+    }
     if (!object.timeline || !object.timeline->isSubEntity())
         return;
     const SubEntityInstance *sub = instance.subEntityForTimeline(object.timelineIndex);

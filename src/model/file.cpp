@@ -62,7 +62,12 @@ const QImage &File::image() const
     if (!mImage.isNull())
         return mImage;
     RigxData *doc = document();
-    if (mLoaded) {
+    if (mLoaded && isAtlasFrame()) {
+        if (doc)
+            mImage = atlasFrame(doc);
+        if (!mImage.isNull())
+            return mImage;
+    } else if (mLoaded) {
         if (doc) {
             mImage = doc->imageCache().image(mImagePath, mName);
         } else {
@@ -89,6 +94,31 @@ bool File::refreshPixmapToFile(const QString &fullPath)
     if (!isImage())
         return false;
     mImage = QImage();
+    if (isAtlasFrame()) {
+        mImagePath.clear();
+        mProblem.clear();
+        // Outside a document there is no project directory to find the sheet in;
+        // joining one binds the file.
+        RigxData *doc = document();
+        const QImage frame = doc ? atlasFrame(doc) : QImage();
+        mLoaded = !frame.isNull();
+        if (mLoaded) {
+            mWidth = frame.width();
+            mHeight = frame.height();
+            // Packers may give a frame its pivot; it stands in for a default pivot the
+            // project never set, once, when the file is first bound.
+            QPointF framePivot;
+            if (!mAtlasBound && mPivotX == 0.0 && mPivotY == 0.0
+                && doc->imageCache().atlasFramePivot(
+                    doc->projectDirectory(), RigxData::extractNameFromBrackets(mName),
+                    RigxData::removeBeginningBracketDirectory(mName), &framePivot)) {
+                mPivotX = framePivot.x();
+                mPivotY = framePivot.y();
+            }
+            mAtlasBound = true;
+        }
+        return mLoaded;
+    }
     mImagePath = ImageCache::cleanPath(fullPath);
     QString why;
     const QSize size = ImageCache::imageSize(mImagePath, &why);
@@ -107,8 +137,24 @@ bool File::refreshPixmapToFile(const QString &fullPath)
     return true;
 }
 
+bool File::isAtlasFrame() const
+{
+    return mName.startsWith(QLatin1Char('<')) && mName.contains(QLatin1String(">/"));
+}
+
+QImage File::atlasFrame(RigxData *document) const
+{
+    return document->imageCache().atlasFrame(document->projectDirectory(),
+                                             RigxData::extractNameFromBrackets(mName),
+                                             RigxData::removeBeginningBracketDirectory(mName));
+}
+
 bool File::fileStillValid() const
 {
+    if (isAtlasFrame()) {
+        RigxData *doc = document();
+        return doc && !atlasFrame(doc).isNull();
+    }
     struct stat status;
     return ::stat(QFile::encodeName(fullPath()).constData(), &status) == 0 &&
            S_ISREG(status.st_mode);

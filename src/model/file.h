@@ -12,6 +12,7 @@
 namespace Morvane {
 
 class Folder;
+class RigxData;
 
 /// One image or sound of the project, named by its path relative to the
 /// project directory. Holds the default pivot (0..1, y from the top edge) and
@@ -21,6 +22,11 @@ class Folder;
 /// Loading a file reads only its image's size from the header; the pixels are
 /// decoded when something asks for `image()`, through the document's
 /// `ImageCache` (once per image and within its pixel budget).
+///
+/// A file of an atlas folder ("<sheet.json>/arm.png") shows the frame "arm.png"
+/// of that sprite sheet instead: its size is the frame's source size. It is
+/// bound once it belongs to a document, as the sheet is found through the
+/// document's project directory.
 class File : public MorvaneModelItem
 {
 public:
@@ -71,8 +77,11 @@ public:
     bool refreshPixmapToFile(const QString &fullPath);
     /// Reads again from the file's own full path.
     bool refreshPixmap() { return refreshPixmapToFile(fullPath()); }
-    /// Whether the image is still on disk as a regular file (links followed).
+    /// Whether the image is still on disk as a regular file (links followed), or
+    /// for an atlas file whether its sheet still holds the frame.
     bool fileStillValid() const;
+    /// Whether the name starts with an atlas bracket directory.
+    bool isAtlasFrame() const;
     /// Shows the placeholder from now on.
     void setPlaceholderImage();
 
@@ -94,6 +103,8 @@ public:
     bool checkFileIndexed(const QString &path) const;
 
 private:
+    QImage atlasFrame(RigxData *document) const;
+
     double mPivotX = 0.0;
     double mPivotY = 0.0;
     int mWidth = PlaceholderWidth;
@@ -103,6 +114,7 @@ private:
     AddressWrapper mLinked;
     mutable QImage mImage; // null until asked for
     bool mLoaded = false;
+    bool mAtlasBound = false; // an atlas frame was found for this file before
     QString mImagePath; // clean absolute path the image is read from
     QString mProblem;
     QString mName;

@@ -55,6 +55,9 @@ void Folder::appendFile(File *file)
         return;
     file->setParentItem(this);
     mFiles.emplace_back(file);
+    // An atlas file finds its sheet through the document it now belongs to.
+    if (file->isImage() && file->isAtlasFrame() && !file->imageLoaded() && document())
+        file->refreshPixmap();
 }
 
 void Folder::deleteFile(int index)

@@ -148,7 +148,7 @@ QImage ImageCache::decode(const QString &path, const QString &name)
         return QImage();
     }
     const auto overBudget = [&](QSize size) {
-        if (mPixels + area(size) <= mBudget)
+        if (pixels() + area(size) <= mBudget)
             return false;
         warn(QStringLiteral("Image \"%1\" (%2 x %3 pixels) is not loaded: the project's images "
                             "would take more than %4 megapixels. A placeholder is shown in its "
@@ -190,10 +190,31 @@ QImage ImageCache::placeholder(QSize size)
     return made;
 }
 
+QImage ImageCache::atlasFrame(const QString &projectDirectory, const QString &sheet,
+                              const QString &frame)
+{
+    mSpriteSheets.setProjectDirectory(projectDirectory);
+    const int known = int(mSpriteSheets.warnings().size());
+    mSpriteSheets.setPixelBudget(qMax<qint64>(0, mBudget - mPixels));
+    const JsonSpriteSheet *loaded = mSpriteSheets.spriteSheet(sheet, true);
+    // The sheet printed its own warnings while loading; keep them with ours.
+    mWarnings += mSpriteSheets.warnings().mid(known);
+    return loaded ? loaded->pixmapFromFileName(frame) : QImage();
+}
+
+bool ImageCache::atlasFramePivot(const QString &projectDirectory, const QString &sheet,
+                                 const QString &frame, QPointF *pivot)
+{
+    mSpriteSheets.setProjectDirectory(projectDirectory);
+    const JsonSpriteSheet *loaded = mSpriteSheets.spriteSheet(sheet, false);
+    return loaded && loaded->framePivot(frame, pivot);
+}
+
 void ImageCache::clear()
 {
     mImages.clear();
     mPlaceholders.clear();
+    mSpriteSheets.clear();
     mPixels = 0;
     mDecodes = 0;
     mWarnings.clear();

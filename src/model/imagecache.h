@@ -2,8 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "atlas/spritesheetcollection.h"
+
 #include <QHash>
 #include <QImage>
+#include <QPointF>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -23,7 +26,8 @@ namespace Morvane {
 /// (the key is the file's canonical path), and the decoded images together stay
 /// within a pixel budget: an image beyond it is not decoded, a warning names it
 /// once, and its files show the placeholder. Placeholders are shared per size,
-/// for at most `MaxPlaceholderSizes` sizes.
+/// for at most `MaxPlaceholderSizes` sizes. The project's sprite sheets live here
+/// too and share the budget: a file of an atlas folder shows a frame of its sheet.
 class ImageCache
 {
 public:
@@ -60,11 +64,21 @@ public:
     QImage image(const QString &path, const QString &name);
     /// A shared placeholder for an image of `size`.
     QImage placeholder(QSize size);
+    /// The frame named `frame` of the sprite sheet whose description is `sheet`
+    /// (relative to `projectDirectory`), the sheet loaded on its first request;
+    /// a null image when the sheet or the frame is not there.
+    QImage atlasFrame(const QString &projectDirectory, const QString &sheet,
+                      const QString &frame);
+    /// The frame's own pivot when its sheet is loaded and gives one.
+    bool atlasFramePivot(const QString &projectDirectory, const QString &sheet,
+                         const QString &frame, QPointF *pivot);
+    /// The sprite sheets loaded so far.
+    SpriteSheetCollection &spriteSheets() { return mSpriteSheets; }
 
     qint64 pixelBudget() const { return mBudget; }
     void setPixelBudget(qint64 pixels) { mBudget = pixels; }
-    /// Pixels of the images decoded now.
-    qint64 pixels() const { return mPixels; }
+    /// Pixels of the images decoded and the sprite sheets loaded now.
+    qint64 pixels() const { return mPixels + mSpriteSheets.pixels(); }
     /// How many images were decoded since the last `clear`.
     int decodeCount() const { return mDecodes; }
     /// One line per image that was left out, in order.
@@ -78,6 +92,7 @@ private:
 
     QHash<QString, QImage> mImages; // a null image for one that could not be used
     QHash<QSize, QImage> mPlaceholders;
+    SpriteSheetCollection mSpriteSheets;
     qint64 mBudget = DefaultPixelBudget;
     qint64 mPixels = 0;
     int mDecodes = 0;

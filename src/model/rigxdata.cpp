@@ -90,6 +90,12 @@ void RigxData::appendFolder(Folder *folder)
         return;
     folder->setParentItem(this);
     mFolders.emplace_back(folder);
+    // Atlas files built outside the document find their sheet now.
+    for (int i = 0; i < folder->fileCount(); ++i) {
+        File *file = folder->file(i);
+        if (file->isImage() && file->isAtlasFrame() && !file->imageLoaded())
+            file->refreshPixmap();
+    }
 }
 
 void RigxData::deleteFolder(int index)
