@@ -78,6 +78,27 @@ void syncDirectory(const QString &directory)
     ::close(fd);
 }
 
+// Why `target` is no regular file (after following links); empty when it is one or when
+// nothing stands there. A save never replaces such a thing (renaming over it would take
+// the name from what it is), and opening never reads one (a pipe would wait for ever).
+QString notRegularFile(const QString &target)
+{
+    struct stat status;
+    if (::stat(QFile::encodeName(target).constData(), &status) != 0)
+        return QString();
+    if (S_ISREG(status.st_mode))
+        return QString();
+    if (S_ISDIR(status.st_mode))
+        return QStringLiteral("it is a folder, not a regular file");
+    if (S_ISFIFO(status.st_mode))
+        return QStringLiteral("it is a pipe, not a regular file");
+    if (S_ISSOCK(status.st_mode))
+        return QStringLiteral("it is a socket, not a regular file");
+    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
+        return QStringLiteral("it is a device, not a regular file");
+    return QStringLiteral("it is not a regular file");
+}
+
 // The file a save is about to replace, held open (see `ProjectFile::save`), or -1. Only a
 // regular file is held; opening does not wait, even for a pipe under that name.
 int openReplacedFile(const QString &path)
@@ -139,6 +160,11 @@ bool ProjectFile::open(RigxData *document, const QString &path, ProjectIoHost *g
     ProjectIoHost *host = ProjectFile::host(givenHost);
     AutosaveGuard guard(host);
     {
+        const QString special = notRegularFile(path);
+        if (!special.isEmpty())
+            return fail(host, error,
+                        QStringLiteral("Error: Cannot read file-") + path + QStringLiteral(": ")
+                            + special);
         QFile probe(path);
         if (!probe.open(QIODevice::ReadOnly))
             return fail(host, error,
@@ -230,27 +256,6 @@ bool resolveSaveTarget(const QString &path, QString *target, QString *reason)
     }
     *reason = systemError(ELOOP);
     return false;
-}
-
-// Why an existing `target` cannot be replaced by a saved file; empty when it can (a
-// regular file, or nothing yet). A device, pipe, socket or folder is never replaced:
-// renaming over it would take the name from what it is.
-QString notReplaceable(const QString &target)
-{
-    struct stat status;
-    if (::stat(QFile::encodeName(target).constData(), &status) != 0)
-        return QString();
-    if (S_ISREG(status.st_mode))
-        return QString();
-    if (S_ISDIR(status.st_mode))
-        return QStringLiteral("it is a folder, not a regular file");
-    if (S_ISFIFO(status.st_mode))
-        return QStringLiteral("it is a pipe, not a regular file");
-    if (S_ISSOCK(status.st_mode))
-        return QStringLiteral("it is a socket, not a regular file");
-    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
-        return QStringLiteral("it is a device, not a regular file");
-    return QStringLiteral("it is not a regular file");
 }
 
 // Removes what earlier saves of `target` left behind when they were killed before the
@@ -393,7 +398,7 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
     QString written;
     if (!resolveSaveTarget(path, &written, &reason))
         return fail(host, error, prefix + reason);
-    reason = notReplaceable(written);
+    reason = notRegularFile(written);
     if (!reason.isEmpty())
         return fail(host, error, prefix + reason);
     // A file its owner made read-only is not replaced behind their back, though the folder

@@ -27,6 +27,12 @@
 
 #include <algorithm>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Morvane;
@@ -116,6 +122,8 @@ private slots:
     void extensionCaseIsIgnored();
     void errorLines_data();
     void errorLines();
+    void specialFilesAreNotRead_data();
+    void specialFilesAreNotRead();
     void failedOpenKeepsDocument();
     void readFailureKeepsDocument();
     void openReplacesOpenProject_data();
@@ -404,6 +412,53 @@ void TestProjectFile::errorLines()
     QCOMPARE(host.lines, QStringList{line.arg(path)});
     QCOMPARE(error, line.arg(path));
     QCOMPARE(host.suppressDepth, 0);
+}
+
+void TestProjectFile::specialFilesAreNotRead_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("pipe") << "pipe" << "it is a pipe, not a regular file";
+    QTest::newRow("folder") << "folder" << "it is a folder, not a regular file";
+    QTest::newRow("link to a device") << "device" << "it is a device, not a regular file";
+}
+
+// A pipe under a project's name would make opening wait for a writer for ever. While the
+// test runs, a thread keeps offering the pipe's other end, so that code which does open the
+// pipe finishes (and fails the comparison) instead of hanging the suite.
+void TestProjectFile::specialFilesAreNotRead()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, reason);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("special.rigx"));
+    const QByteArray encoded = QFile::encodeName(path);
+    if (kind == QLatin1String("pipe"))
+        QCOMPARE(::mkfifo(encoded.constData(), 0600), 0);
+    else if (kind == QLatin1String("folder"))
+        QVERIFY(QDir().mkdir(path));
+    else
+        QVERIFY(QFile::link(QStringLiteral("/dev/null"), path));
+    std::atomic<bool> done = false;
+    std::thread writer([&] {
+        while (!done && kind == QLatin1String("pipe")) {
+            const int fd = ::open(encoded.constData(), O_WRONLY | O_NONBLOCK);
+            if (fd >= 0)
+                ::close(fd);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    TestHost host;
+    RigxData document;
+    QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
+    const QByteArray before = writeXml(document);
+    QString error;
+    const bool opened = ProjectFile::open(&document, path, &host, &error);
+    done = true;
+    writer.join();
+    QVERIFY(!opened);
+    QCOMPARE(error, QStringLiteral("Error: Cannot read file-%1: %2").arg(path, reason));
+    QCOMPARE(writeXml(document), before);
 }
 
 void TestProjectFile::failedOpenKeepsDocument()
