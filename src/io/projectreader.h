@@ -153,7 +153,8 @@ inline QString notUtf8Reason(const char *text, qsizetype size)
 /// `bool real(const char *, double *)` (finite values only), `bool integer(const char *,
 /// int *)`, `Node first(const char *)` and `forEach(const char *, F)` over the children of
 /// one name, in order. A node reports a number it cannot use to `ReaderWarnings::badNumber`
-/// and answers as if it were absent.
+/// and answers as if it were absent. A node may also offer `void release()`, called on a
+/// timeline or mainline key once it is read, and on nothing read after it.
 template <typename Node>
 class ProjectReader
 {
@@ -192,6 +193,12 @@ private:
     };
 
     void warn(const QString &text) { mWarnings->add(text); }
+
+    static void release(const Node &node)
+    {
+        if constexpr (requires { node.release(); })
+            node.release();
+    }
 
     static double realOr(const Node &node, const char *name, double fallback)
     {
@@ -477,17 +484,23 @@ private:
         mTimelines.clear();
         node.forEach("timeline", [&](const Node &child) {
             readTimeline(entity, animation, child, 0);
+            release(child);
         });
         node.forEach("soundline", [&](const Node &child) {
             readTimeline(entity, animation, child, Object::Sound);
+            release(child);
         });
         node.forEach("eventline", [&](const Node &child) {
             readTimeline(entity, animation, child, Object::Event);
+            release(child);
         });
         mMainlineTimes.clear();
         const Node mainline = node.first("mainline");
         if (mainline.isValid())
-            mainline.forEach("key", [&](const Node &child) { readMainlineKey(animation, child); });
+            mainline.forEach("key", [&](const Node &child) {
+                readMainlineKey(animation, child);
+                release(child);
+            });
         animation->sortMainlineKeysByTime();
 
         // Each timeline key becomes a child of the mainline key at its time; keys without

@@ -74,8 +74,32 @@ public:
     template <typename F>
     void forEach(const char *name, F &&function) const
     {
-        for (pugi::xml_node child = mNode.child(name); child; child = child.next_sibling(name))
+        // The next one is found first: `function` may release the child.
+        for (pugi::xml_node child = mNode.child(name); child;) {
+            const pugi::xml_node next = child.next_sibling(name);
             function(XmlNode(child, mWarnings));
+            child = next;
+        }
+    }
+
+    // Drops the element once it is read. Its memory goes back to the heap page by page as
+    // the reading goes on, and the model built next takes it over instead of faulting in
+    // fresh pages.
+    void release() const
+    {
+        // Leaves first: pugixml frees a subtree recursively, and a hostile file may nest
+        // deeper than the stack goes.
+        pugi::xml_node node = mNode;
+        for (;;) {
+            while (pugi::xml_node child = node.first_child())
+                node = child;
+            pugi::xml_node parent = node.parent();
+            const bool done = node == mNode;
+            parent.remove_child(node);
+            if (done)
+                return;
+            node = parent;
+        }
     }
 
 private:
@@ -210,6 +234,8 @@ void XmlProjectReader::read(RigxData *document, QStringList *warnings,
     ProjectReader<XmlNode> reader(document, &list);
     reader.readRoot(XmlNode(d->document.document_element(), &list), progress);
     list.finish();
+    // The build released what it read: the tree is no longer whole.
+    d->reset();
 }
 
 } // namespace Morvane

@@ -35,6 +35,7 @@ public:
     /// from the parsed tree. Everything the reader drops or changes to make the project
     /// sound is listed in `warnings`, one line each. Does nothing without a successful
     /// parse; never fails after one. `progress` hears how far the build has come, 0..100.
+    /// The tree is used up: another `read` needs another parse.
     void read(RigxData *document, QStringList *warnings = nullptr,
               const std::function<void(int)> &progress = {});
 
