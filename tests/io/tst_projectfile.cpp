@@ -894,6 +894,17 @@ void TestProjectFile::hostileInput_data()
     QTest::newRow("deep unknown nesting")
         << QByteArray("<morvane_data><entity name=\"e\"/>" + deep.toLatin1() + "</morvane_data>") << 1
         << false;
+    // Read timelines are freed as the reader goes; a deep subtree must not be freed by
+    // recursion.
+    QString deepInTimeline;
+    for (int i = 0; i < 200000; ++i)
+        deepInTimeline += QStringLiteral("<x>");
+    QTest::newRow("deep nesting inside a timeline")
+        << QByteArray("<morvane_data><entity name=\"e\"><obj_info name=\"s\" type=\"sprite\"/>"
+                      "<animation><mainline><key/></mainline><timeline obj=\"0\"><key>"
+                      + deepInTimeline.toLatin1() + "</key></timeline></animation></entity>"
+                      "</morvane_data>")
+        << 1 << false;
     QTest::newRow("unknown object types") << QByteArray("<morvane_data><entity><obj_info type=\"dragon\"/>"
                                                         "<animation><timeline object_type=\"dragon\">"
                                                         "<key/></timeline></animation></entity>"
