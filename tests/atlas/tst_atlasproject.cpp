@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "clirunner.h"
+#include "io/projectfile.h"
 #include "model/file.h"
 #include "model/folder.h"
 #include "model/rigxdata.h"
@@ -127,7 +128,7 @@ void TestAtlasProject::init()
 void TestAtlasProject::filesShowFrames()
 {
     RigxData document;
-    QVERIFY(document.openFile(path(QStringLiteral("hero.rigx"))));
+    QVERIFY(ProjectFile::open(&document, path(QStringLiteral("hero.rigx"))));
     Folder *folder = document.folder(0);
     QVERIFY(folder && folder->spriteSheet());
     QCOMPARE(folder->spriteSheetName(), QStringLiteral("sheets/hero.json"));
@@ -179,7 +180,7 @@ void TestAtlasProject::brokenSheet()
         QVERIFY(writeFile(path(QStringLiteral("sheets/hero.png")), "not pixels"));
 
     RigxData document;
-    QVERIFY(document.openFile(path(QStringLiteral("hero.rigx"))));
+    QVERIFY(ProjectFile::open(&document, path(QStringLiteral("hero.rigx"))));
     const File *arm = document.folder(0)->file(0);
     QVERIFY(!arm->imageLoaded());
     QCOMPARE(QSize(arm->width(), arm->height()), QSize(7, 9));
@@ -193,10 +194,10 @@ void TestAtlasProject::savesBackBound()
     // Both forms keep the binding; the file nothing shows stays because its frame exists.
     for (const char *name : {"again.rigj", "again.rigx"}) {
         RigxData document;
-        QVERIFY(document.openFile(path(QStringLiteral("hero.rigx"))));
-        QVERIFY(document.saveFile(path(QString::fromLatin1(name))));
+        QVERIFY(ProjectFile::open(&document, path(QStringLiteral("hero.rigx"))));
+        QVERIFY(ProjectFile::save(&document, path(QString::fromLatin1(name))));
         RigxData again;
-        QVERIFY(again.openFile(path(QString::fromLatin1(name))));
+        QVERIFY(ProjectFile::open(&again, path(QString::fromLatin1(name))));
         QCOMPARE(again.folderCount(), 1);
         const Folder *folder = again.folder(0);
         QCOMPARE(folder->name(), QStringLiteral("<sheets/hero.json>/body"));
@@ -212,7 +213,7 @@ void TestAtlasProject::sharesThePixelBudget()
     // The 3 x 3 sheet and the 1 x 1 frame fit into 10 pixels; the 10 x 20 frame does not.
     RigxData document;
     document.imageCache().setPixelBudget(10);
-    QVERIFY(document.openFile(path(QStringLiteral("hero.rigx"))));
+    QVERIFY(ProjectFile::open(&document, path(QStringLiteral("hero.rigx"))));
     const Folder *folder = document.folder(0);
     QVERIFY(!folder->file(0)->imageLoaded());
     QVERIFY(folder->file(1)->imageLoaded());
