@@ -5,12 +5,16 @@
 #include "io/projectfile.h"
 #include "model/rigxdata.h"
 #include "actionicons.h"
+#include "canvas/canvaseditor.h"
+#include "canvas/morvanecanvasscene.h"
+#include "canvas/morvanegraphicsview.h"
+#include "canvas/tools/toolmanager.h"
+#include "canvashost.h"
 #include "autosaver.h"
 #include "imagecoderpath.h"
 #include "keyshortcutdockwidget.h"
 #include "morvanesettings.h"
 #include "morvanesettingsdialog.h"
-#include "posepreview.h"
 #include "projectcontroller.h"
 #include "projectnaming.h"
 #include "saveoptionsdialog.h"
@@ -28,8 +32,6 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFileInfo>
-#include <QGraphicsScene>
-#include <QGraphicsSimpleTextItem>
 #include <QMessageBox>
 #include <QNetworkAccessManager>
 #include <QOffscreenSurface>
@@ -75,10 +77,10 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
     setWindowIcon(QIcon(QStringLiteral(":/icons/morvane.svg")));
     if (windowIcon().isNull())
         setWindowIcon(ActionIcons::applicationIcon());
-    mPlaceholderScene = new QGraphicsScene(this);
-    mUi->graphicsView->installEventFilter(this);
-    mUi->graphicsView->setScene(mPlaceholderScene);
-    MorvaneSettings::mainScene = mUi->graphicsView->scene();
+    auto *editor = new CanvasEditor(this);
+    mUi->centralLayout->addWidget(editor);
+    mCanvas = new CanvasHost(editor, mUndoStack, statusBar(), this);
+    MorvaneSettings::mainScene = editor->scene();
 
     mKeyShortcutDock = new KeyShortcutDockWidget(this);
     addDockWidget(Qt::RightDockWidgetArea, mKeyShortcutDock);
@@ -140,8 +142,6 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
 
     mAutoSaver = new AutoSaver(mProject->document(), mUndoStack, statusBar(), this);
     mAutoSaver->setSaveOptions(&ProjectController::saveOptions);
-    connect(mAutoSaver, &AutoSaver::snapshotStarted, this, [this] { mPreview->setDocument(nullptr); });
-    connect(mAutoSaver, &AutoSaver::snapshotTaken, this, [this] { mPreview->setDocument(rigx); });
 
     // Kept with their handlers, but this build never shows them.
     mUi->actionAlways_Play_Subentities->setVisible(false);
@@ -161,15 +161,14 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
     if (store.value("showVideoHelpOnStartup", true).toBool())
         showTutorialDialog();
     // The view has its final size only once the window is shown.
-    QTimer::singleShot(0, this, [this] { mUi->graphicsView->centerOn(0, 0); });
+    QTimer::singleShot(0, this, [this] { canvas()->view()->centerView(); });
 }
 
 MorvaneWindow::~MorvaneWindow()
 {
-    // The preview reads the document and draws into the scene: it goes first,
-    // then a copy still being written, then the document.
-    delete mPreview;
-    mPreview = nullptr;
+    // The canvas reads the document: it lets go first, then a copy still being
+    // written goes, then the document.
+    mCanvas->setDocument(nullptr);
     if (MorvaneSettings::mainWindow == this) {
         MorvaneSettings::mainWindow = nullptr;
         MorvaneSettings::mainScene = nullptr;
@@ -242,17 +241,6 @@ void MorvaneWindow::setupWidgets()
                           mUi->canvasToolbar, mUi->snappingToolbar})
         mUi->menuWindow->addAction(bar->toggleViewAction());
 
-    auto *text = mPlaceholderScene->addSimpleText(
-        tr("Canvas editing is not part of this build yet."));
-    text->setBrush(QColor(0x50, 0x50, 0x50));
-    text->setPos(-text->boundingRect().width() / 2, 162);
-    mPreview = new PosePreview(mPlaceholderScene, this);
-    const QPen axisPen(QColor(0x70, 0x70, 0x70), 0);
-    mPlaceholderScene->addLine(-40, 0, 40, 0, axisPen);
-    mPlaceholderScene->addLine(0, -40, 0, 40, axisPen);
-    mPlaceholderScene->setSceneRect(-2000, -2000, 4000, 4000);
-    setCanvasBackground(QColor(0xa0, 0xa0, 0xa4));
-    mUi->graphicsView->centerOn(0, 0);
 }
 
 void MorvaneWindow::setupConnections()
@@ -265,10 +253,6 @@ void MorvaneWindow::setupConnections()
     mUi->actionRedo->setEnabled(false);
     connect(mUndoStack, &QUndoStack::cleanChanged, this,
             [this](bool clean) { mUi->actionSave_Project->setEnabled(!clean); });
-    connect(mUndoStack, &QUndoStack::indexChanged, this, [this] {
-        if (mPreview)
-            mPreview->setDocument(rigx);
-    });
     connect(mUi->actionUse_Multi_Threading, &QAction::toggled, mSettings,
             &MorvaneSettings::enableMultiThreading);
 
@@ -282,27 +266,19 @@ void MorvaneWindow::setupConnections()
     connect(mUi->actionImport_Another_Project_Into_Current, &QAction::triggered, project,
             &ProjectController::importFlow);
     connect(project, &ProjectController::documentAboutToChange, this,
-            [this] { mPreview->setDocument(nullptr); });
+            [this] { mCanvas->setDocument(nullptr); });
     connect(project, &ProjectController::documentChanged, this,
-            [this] { mPreview->setDocument(rigx); });
+            [this] { mCanvas->setDocument(rigx); });
     connect(project, &ProjectController::projectChanged, this, [this] {
         enableProjectActions(mProject->hasProject());
         setMorvaneWindowTitle();
     });
 
-    connect(mUi->actionWhite, &QAction::triggered, this, [this] { setCanvasBackground(Qt::white); });
     connect(mUi->actionBlack, &QAction::triggered, this, [this] { setCanvasBackground(Qt::black); });
     connect(mUi->actionGrey, &QAction::triggered, this,
             [this] { setCanvasBackground(Qt::lightGray); });
     connect(mUi->actionHelp, &QAction::triggered, this, &MorvaneWindow::showTutorialDialog);
     connect(mUi->actionExit, &QAction::triggered, this, &QWidget::close);
-    connect(mUi->actionCenterView, &QAction::triggered, this,
-            [this] { mUi->graphicsView->centerOn(0, 0); });
-    connect(mUi->actionZoom_In, &QAction::triggered, this,
-            [this] { setZoom(qMin(10000, mZoomPercent * 5 / 4 + 1)); });
-    connect(mUi->actionZoom_Out, &QAction::triggered, this,
-            [this] { setZoom(qMax(1, mZoomPercent * 4 / 5)); });
-    connect(mUi->actionRestore_Zoom, &QAction::triggered, this, [this] { setZoom(100); });
 }
 
 void MorvaneWindow::setupShorcuts()
@@ -316,6 +292,28 @@ void MorvaneWindow::setupShorcuts()
     mPendingActions = WindowActions::pending(mUi);
     for (QAction *action : std::as_const(mPendingActions))
         action->setEnabled(false);
+    for (const auto &[action, name] : WindowActions::canvasLinks(mUi))
+        mCanvas->link(action, name);
+    // The editor's other actions: tools on the canvas toolbar, the rest in
+    // the menus where an animator looks for them, so its own bar would only
+    // repeat them. Clone's usual key belongs
+    // to Copy Selection To All Frames here.
+    CanvasEditor *editor = canvas();
+    editor->toolBar()->hide();
+    QAction *clone = editor->action(QStringLiteral("actionClone"));
+    clone->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+D")));
+    const QList<QAction *> tools = editor->toolManager()->actions();
+    QAction *firstMode = mUi->canvasToolbar->actions().value(0);
+    mUi->canvasToolbar->insertActions(firstMode, tools);
+    mUi->canvasToolbar->insertSeparator(firstMode);
+    mUi->menuEdit->insertAction(mUi->actionSelect_All, clone);
+    mUi->menuBackground_Color->insertActions(
+        mUi->actionWhite, {editor->action(QStringLiteral("actionLight_Background")),
+                           editor->action(QStringLiteral("actionDark_Background"))});
+    mUi->menuView->addSeparator();
+    for (const char *name :
+         {"actionOnion_Skin", "actionOnion_Skin_By_Keys", "actionOnion_Skin_Selection_Only"})
+        mUi->menuView->addAction(editor->action(QLatin1String(name)));
     mKeyShortcutDock->fill(findChildren<QAction *>());
     mKeyShortcutDock->resize(420, 520);
 }
@@ -336,10 +334,8 @@ void MorvaneWindow::setupCanvasViewport()
             probe.doneCurrent();
     }
     if (useGl)
-        mUi->graphicsView->setViewport(new QOpenGLWidget);
-    else
-        mUi->graphicsView->setViewport(new QWidget);
-    mUi->graphicsView->setProperty("openGLViewport", useGl);
+        canvas()->view()->setViewport(new QOpenGLWidget);
+    canvas()->view()->setProperty("openGLViewport", useGl);
 }
 
 void MorvaneWindow::enableProjectActions(bool enabled)
@@ -348,7 +344,8 @@ void MorvaneWindow::enableProjectActions(bool enabled)
     for (QAction *action : projectActions)
         action->setEnabled(enabled && !mPendingActions.contains(action));
     mUi->actionSave_Project->setEnabled(enabled && !mUndoStack->isClean());
-    mUi->graphicsView->setEnabled(enabled);
+    mCanvas->setProjectOpen(enabled);
+    canvas()->setEnabled(enabled);
 }
 
 QString MorvaneWindow::projectFilePath() const
@@ -363,12 +360,9 @@ void MorvaneWindow::setMorvaneWindowTitle()
                    + (path.isEmpty() ? QStringLiteral("[Unsaved Project]") : path));
 }
 
-bool MorvaneWindow::eventFilter(QObject *watched, QEvent *event)
+CanvasEditor *MorvaneWindow::canvas() const
 {
-    // Keep the origin, where characters stand, in the middle of the view.
-    if (watched == mUi->graphicsView && event->type() == QEvent::Resize)
-        QTimer::singleShot(0, this, [this] { mUi->graphicsView->centerOn(0, 0); });
-    return QMainWindow::eventFilter(watched, event);
+    return mCanvas->editor();
 }
 
 void MorvaneWindow::closeEvent(QCloseEvent *event)
@@ -382,9 +376,7 @@ void MorvaneWindow::closeEvent(QCloseEvent *event)
     store.setValue("morvaneWindowState", saveState());
     store.setValue("lastDirectory", projectFilePath());
     store.setValue("recentFiles", mProject->recentFiles());
-    mPreview->detachFromScene();
-    if (MorvaneSettings::mainScene)
-        MorvaneSettings::mainScene->clear();
+    mCanvas->setDocument(nullptr);
     event->accept();
 }
 
@@ -409,12 +401,6 @@ void MorvaneWindow::on_actionSettings_triggered()
     delete dialog;
 }
 
-void MorvaneWindow::setZoom(int percent)
-{
-    mZoomPercent = percent;
-    mUi->graphicsView->setTransform(QTransform::fromScale(percent / 100.0, percent / 100.0));
-}
-
 void MorvaneWindow::on_actionDisable_Open_GL_requires_restart_triggered(bool checked)
 {
     MorvaneSettings::openGLEnabled = !checked;
@@ -423,12 +409,12 @@ void MorvaneWindow::on_actionDisable_Open_GL_requires_restart_triggered(bool che
 
 QColor MorvaneWindow::canvasBackground() const
 {
-    return mUi->graphicsView->backgroundBrush().color();
+    return canvas()->view()->backgroundBrush().color();
 }
 
 void MorvaneWindow::setCanvasBackground(const QColor &color)
 {
-    mUi->graphicsView->setBackgroundBrush(color);
+    canvas()->view()->setBackgroundBrush(color);
 }
 
 void MorvaneWindow::on_actionColorBackground_triggered()

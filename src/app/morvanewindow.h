@@ -8,7 +8,6 @@
 #include <QStringList>
 
 class QDockWidget;
-class QGraphicsScene;
 class QNetworkAccessManager;
 class QUndoStack;
 
@@ -19,9 +18,10 @@ class MorvaneWindow;
 namespace Morvane {
 
 class AutoSaver;
+class CanvasEditor;
+class CanvasHost;
 class KeyShortcutDockWidget;
 class MorvaneSettings;
-class PosePreview;
 class ProjectController;
 class RigxData;
 class UpdateChecker;
@@ -47,7 +47,7 @@ public:
     ProjectController *project() const { return mProject; }
     AutoSaver *autoSaver() const { return mAutoSaver; }
     UpdateChecker *updateChecker() const { return mUpdateChecker; }
-    PosePreview *preview() const { return mPreview; }
+    CanvasEditor *canvas() const;
 
     // The project file's absolute path; empty for a project never saved.
     QString projectFilePath() const;
@@ -63,7 +63,6 @@ public slots:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private slots:
     void on_actionCustom_Save_Options_triggered();
@@ -81,7 +80,6 @@ private:
     void setupShorcuts();
     void setupCanvasViewport();
     void openCommandLineProject(const QStringList &arguments);
-    void setZoom(int percent);
 
     Ui::MorvaneWindow *mUi;
     QNetworkAccessManager *mNetworkManager;
@@ -93,9 +91,7 @@ private:
     QString mVersion;
     KeyShortcutDockWidget *mKeyShortcutDock = nullptr;
     QList<QDockWidget *> mDockWidgets;
-    QGraphicsScene *mPlaceholderScene = nullptr;
-    PosePreview *mPreview = nullptr;
-    int mZoomPercent = 100;
+    CanvasHost *mCanvas = nullptr;
     // Actions whose features come with later parts of the editor; they stay
     // disabled whatever enableProjectActions says.
     QList<QAction *> mPendingActions;

@@ -31,10 +31,8 @@ QList<QAction *> WindowActions::projectDependent(Ui::MorvaneWindow *ui)
 {
     return {ui->actionSave_Project_As, ui->actionSave_New_Version,
             ui->actionImport_Another_Project_Into_Current,
-            ui->actionCenterView,      ui->actionZoom_In,
-            ui->actionZoom_Out,        ui->actionRestore_Zoom,
-            ui->actionWhite,           ui->actionBlack,
-            ui->actionGrey,            ui->actionColorBackground};
+            ui->actionBlack,           ui->actionGrey,
+            ui->actionColorBackground};
 }
 
 QList<QAction *> WindowActions::pending(Ui::MorvaneWindow *ui)
@@ -51,16 +49,31 @@ QList<QAction *> WindowActions::pending(Ui::MorvaneWindow *ui)
         ui->actionCut, ui->actionCopy, ui->actionPaste, ui->actionCopy_Current_Frame,
         ui->actionCopy_with_child_sprites, ui->actionCopy_with_child_bones,
         ui->actionCopy_with_children, ui->actionCopy_Selection_To_All_Frames,
-        ui->actionAltPaste, ui->actionDelete, ui->actionDelete_From_All_Frames,
-        ui->actionDelete_All_Instances, ui->actionSelect_All,
-        // Z-order.
-        ui->actionMove_Up_in_Z_Order, ui->actionMove_Down_In_Z_Order,
-        ui->actionMove_To_Top_in_Z_Order, ui->actionMove_To_Bottom_in_Z_Order,
-        ui->actionCopy_Z_Order_to_Other_Frames,
+        ui->actionAltPaste, ui->actionDelete_From_All_Frames, ui->actionDelete_All_Instances,
         // Canvas modes.
         ui->actionShow_Bones, ui->actionLock_Bones, ui->actionShow_Sprites_2,
-        ui->actionLock_Sprites, ui->actionForce_names, ui->actionSmooth_Sampling,
-        ui->actionPixel_Art_Mode, ui->actionRotation_Snapping,
+        ui->actionLock_Sprites, ui->actionForce_names,
+    };
+}
+
+QList<std::pair<QAction *, QString>> WindowActions::canvasLinks(Ui::MorvaneWindow *ui)
+{
+    return {
+        {ui->actionZoom_In, QStringLiteral("actionZoom_In")},
+        {ui->actionZoom_Out, QStringLiteral("actionZoom_Out")},
+        {ui->actionRestore_Zoom, QStringLiteral("actionRestore_Zoom")},
+        {ui->actionCenterView, QStringLiteral("actionCenter_View")},
+        {ui->actionWhite, QStringLiteral("actionWhite_Background")},
+        {ui->actionDelete, QStringLiteral("actionDelete")},
+        {ui->actionSelect_All, QStringLiteral("actionSelect_All")},
+        {ui->actionMove_Up_in_Z_Order, QStringLiteral("actionMove_Up_in_Z_Order")},
+        {ui->actionMove_Down_In_Z_Order, QStringLiteral("actionMove_Down_In_Z_Order")},
+        {ui->actionMove_To_Top_in_Z_Order, QStringLiteral("actionMove_To_Top_in_Z_Order")},
+        {ui->actionMove_To_Bottom_in_Z_Order, QStringLiteral("actionMove_To_Bottom_in_Z_Order")},
+        {ui->actionCopy_Z_Order_to_Other_Frames, QStringLiteral("actionCopy_Z_Order_to_Other_Frames")},
+        {ui->actionSmooth_Sampling, QStringLiteral("actionSmooth_Sampling")},
+        {ui->actionPixel_Art_Mode, QStringLiteral("actionPixel_Art_Mode")},
+        {ui->actionRotation_Snapping, QStringLiteral("actionRotation_Snapping")},
     };
 }
 

@@ -3,6 +3,9 @@
 #pragma once
 
 #include <QList>
+#include <QString>
+
+#include <utility>
 
 class QAction;
 
@@ -24,6 +27,9 @@ public:
     static QList<QAction *> projectDependent(Ui::MorvaneWindow *ui);
     // Features that come with later parts of the editor: always disabled.
     static QList<QAction *> pending(Ui::MorvaneWindow *ui);
+    // The window's actions that drive the canvas editor's, with the object
+    // name of the editor's action each stands for.
+    static QList<std::pair<QAction *, QString>> canvasLinks(Ui::MorvaneWindow *ui);
 };
 
 } // namespace Morvane

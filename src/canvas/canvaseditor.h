@@ -40,6 +40,9 @@ public:
     MorvaneCanvasScene *scene() const { return mScene; }
     MorvaneGraphicsView *view() const { return mView; }
     ToolManager *toolManager() const { return mTools; }
+    /// The editor's own bar of its actions; a host that puts them in its
+    /// menus and toolbars hides it.
+    QToolBar *toolBar() const { return mToolBar; }
     /// Every action of the canvas (tools, view and edit actions), for the
     /// window's menus and shortcut lists.
     QList<QAction *> editorActions() const { return mActions; }

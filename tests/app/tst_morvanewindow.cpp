@@ -3,20 +3,27 @@
 #include "apptesthelpers.h"
 #include "autosaver.h"
 #include "eval/entityinstance.h"
+#include "io/xmlprojectwriter.h"
 #include "keyshortcutdockwidget.h"
 #include "model/animation.h"
 #include "model/charactermap.h"
 #include "model/file.h"
 #include "model/object.h"
 #include "morvanewindow.h"
-#include "posepreview.h"
+#include "canvas/canvaseditor.h"
+#include "canvas/morvanecanvasscene.h"
+#include "canvas/morvanegraphicsview.h"
+#include "canvas/objectgraphicsproxy.h"
 #include "projectcontroller.h"
 #include "ui_morvanewindow.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QTableWidget>
+#include <QToolBar>
+#include <QMenu>
 #include <QTest>
 #include <QTimer>
 #include <QUndoStack>
@@ -47,6 +54,8 @@ private slots:
     void exampleOpens();
     void absolutePoseOption_data();
     void absolutePoseOption();
+    void canvasDragUndoSave();
+    void canvasActionsFollowWindow();
 
 private:
     Test::AppFixture mFixture;
@@ -78,8 +87,12 @@ void TestMorvaneWindow::identityAndTitle()
         QVERIFY(!window.ui()->actionSave_Project_As->isEnabled());
         QVERIFY(window.ui()->actionNew_Project->isEnabled());
         QVERIFY(window.ui()->actionLoad_Project->isEnabled());
+        // Nor do the canvas's, nor the canvas itself.
+        QVERIFY(!window.ui()->actionZoom_In->isEnabled());
+        QVERIFY(!window.ui()->actionDelete->isEnabled());
+        QVERIFY(!window.canvas()->isEnabled());
         // No GL context exists on the offscreen platform.
-        QCOMPARE(window.ui()->graphicsView->property("openGLViewport").toBool(), false);
+        QCOMPARE(window.canvas()->view()->property("openGLViewport").toBool(), false);
         // Autosave is on every five minutes by default.
         QVERIFY(window.autoSaver()->timer()->isActive());
         QCOMPARE(window.autoSaver()->timer()->interval(), 5 * 60000);
@@ -363,18 +376,17 @@ void TestMorvaneWindow::exampleOpens()
     QCOMPARE(shownFor(QStringLiteral("body/torso.png")), QString("costume/torso_knight.png"));
     hero->makeCharMapActive(QStringLiteral("knight"), false);
 
-    // The preview plays every animation of the first entity in turn.
-    QCOMPARE(window.preview()->currentAnimationName(), QString("idle"));
-    QStringList seen{window.preview()->currentAnimationName()};
-    for (int step = 0; step < 400 && seen.size() < 3; ++step) {
-        window.preview()->advance(50);
-        if (seen.last() != window.preview()->currentAnimationName())
-            seen << window.preview()->currentAnimationName();
-    }
-    QCOMPARE(seen, QStringList({"idle", "walk", "idle"}));
+    // The canvas edits the first animation of the first entity at its start.
+    MorvaneCanvasScene *scene = window.canvas()->scene();
+    QCOMPARE(scene->model(), document);
+    QVERIFY(scene->currentAnimation());
+    QCOMPARE(scene->currentAnimation()->name(), QString("idle"));
+    QCOMPARE(scene->currentTime(), 0);
+    QVERIFY(scene->instTimelineProxyCount() > 0);
     // A project without entities shows nothing.
     window.project()->newProject(mFixture.folder());
-    QCOMPARE(window.preview()->currentAnimationName(), QString());
+    QVERIFY(!scene->currentAnimation());
+    QCOMPARE(scene->instTimelineProxyCount(), 0);
 }
 
 void TestMorvaneWindow::absolutePoseOption_data()
@@ -384,21 +396,40 @@ void TestMorvaneWindow::absolutePoseOption_data()
     QTest::newRow("on") << true;
 }
 
-void TestMorvaneWindow::absolutePoseOption()
+// Copies the example into `folder`, so its images resolve and nothing is
+// written into the source tree; returns the project's path.
+static QString copyExample(const QString &folder)
 {
-    QFETCH(bool, absolute);
-    // A copy of the example, so its images resolve and nothing is written
-    // into the source tree.
     const QString source = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero");
     for (const QString &sub :
          {QStringLiteral("body"), QStringLiteral("costume"), QStringLiteral("props")}) {
-        QVERIFY(QDir(mFixture.folder()).mkpath(sub));
-        for (const QString &image : QDir(source + QLatin1Char('/') + sub).entryList({"*.png"}))
-            QVERIFY(QFile::copy(source + QLatin1Char('/') + sub + QLatin1Char('/') + image,
-                                mFixture.path(sub + QLatin1Char('/') + image)));
+        if (!QDir(folder).mkpath(sub))
+            return {};
+        for (const QString &image : QDir(source + QLatin1Char('/') + sub).entryList({"*.png"})) {
+            if (!QFile::copy(source + QLatin1Char('/') + sub + QLatin1Char('/') + image,
+                             folder + QLatin1Char('/') + sub + QLatin1Char('/') + image))
+                return {};
+        }
     }
-    const QString path = mFixture.path("hero.rigx");
-    QVERIFY(QFile::copy(source + QStringLiteral("/hero.rigx"), path));
+    const QString path = folder + QStringLiteral("/hero.rigx");
+    return QFile::copy(source + QStringLiteral("/hero.rigx"), path) ? path : QString();
+}
+
+// The bytes a save would write, without moving the project to another file.
+static QByteArray savedBytes(RigxData *document)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    XmlProjectWriter::write(*document, &buffer, ProjectSaveOptions());
+    return bytes;
+}
+
+void TestMorvaneWindow::absolutePoseOption()
+{
+    QFETCH(bool, absolute);
+    const QString path = copyExample(mFixture.folder());
+    QVERIFY(!path.isEmpty());
 
     // Read from the store at start-up, as the Custom Save Options dialog leaves it.
     QSettings().setValue("saveAbsoluteAnimationPoseData", absolute);
@@ -412,6 +443,130 @@ void TestMorvaneWindow::absolutePoseOption()
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray saved = file.readAll();
     QCOMPARE(saved.contains("abs_x="), absolute);
+}
+
+void TestMorvaneWindow::canvasDragUndoSave()
+{
+    const QString path = copyExample(mFixture.folder());
+    QVERIFY(!path.isEmpty());
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    RigxData *document = window.project()->document();
+    const QByteArray before = savedBytes(document);
+    QVERIFY(!before.isEmpty());
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    QVERIFY(!window.ui()->actionUndo->isEnabled());
+
+    // Press in the middle of a sprite on the real view and drag it.
+    MorvaneGraphicsView *view = window.canvas()->view();
+    MorvaneCanvasScene *scene = window.canvas()->scene();
+    ObjectGraphicsProxy *sprite = nullptr;
+    for (int i = 0; i < scene->instTimelineProxyCount() && !sprite; ++i) {
+        ObjectGraphicsProxy *proxy = scene->instTimelineProxyFromIndex(i);
+        if (!proxy->isBone() && proxy->isShownInPose() && !proxy->isLocked())
+            sprite = proxy;
+    }
+    QVERIFY(sprite);
+    const QPoint from = view->mapFromScene(sprite->mapToScene(sprite->localRect().center()));
+    QVERIFY(view->viewport()->rect().contains(from));
+    const QPoint to = from + QPoint(40, 25);
+    QTest::mousePress(view->viewport(), Qt::LeftButton, {}, from);
+    for (int step = 1; step <= 4; ++step)
+        QTest::mouseMove(view->viewport(), from + (to - from) * step / 4);
+    QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, to);
+
+    // The edit went through the window's stack: the project is modified.
+    QVERIFY(!window.undoStack()->isClean());
+    QVERIFY(window.ui()->actionSave_Project->isEnabled());
+    QVERIFY(window.ui()->actionUndo->isEnabled());
+    const QByteArray moved = savedBytes(document);
+    QVERIFY(moved != before);
+
+    // Undo gives the saved bytes back, Redo the moved ones.
+    window.ui()->actionUndo->trigger();
+    QVERIFY(window.undoStack()->isClean());
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    QCOMPARE(savedBytes(document), before);
+    QVERIFY(window.ui()->actionRedo->isEnabled());
+    window.ui()->actionRedo->trigger();
+    QCOMPARE(savedBytes(document), moved);
+
+    // Save writes the change to the project's own file.
+    QVERIFY(window.ui()->actionSave_Project->isEnabled());
+    window.ui()->actionSave_Project->trigger();
+    QVERIFY(window.undoStack()->isClean());
+    QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    QCOMPARE(savedBytes(document), moved);
+    RigxData reread(nullptr, QStringLiteral("r4.1"));
+    QVERIFY(ProjectFile::open(&reread, path));
+    QCOMPARE(window.projectFilePath(), path);
+    QCOMPARE(savedBytes(&reread), moved);
+}
+
+void TestMorvaneWindow::canvasActionsFollowWindow()
+{
+    const QString path = copyExample(mFixture.folder());
+    QVERIFY(!path.isEmpty());
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    CanvasEditor *editor = window.canvas();
+
+    // No key means two things: the window's action keeps its key, the
+    // editor's twin has none, and no editor key is taken elsewhere.
+    QHash<QKeySequence, QString> owners;
+    for (QAction *action : window.findChildren<QAction *>()) {
+        if (!editor->editorActions().contains(action) && !action->shortcut().isEmpty())
+            owners.insert(action->shortcut(), action->objectName());
+    }
+    for (QAction *action : editor->editorActions()) {
+        if (action->shortcut().isEmpty())
+            continue;
+        QVERIFY2(!owners.contains(action->shortcut()),
+                 qPrintable(action->text() + " and " + owners.value(action->shortcut())));
+        owners.insert(action->shortcut(), action->objectName());
+    }
+    // With the editor's own bar hidden, each of its actions is still in a
+    // menu or toolbar of the window, itself or through its window twin.
+    QVERIFY(editor->toolBar()->isHidden());
+    QSet<QAction *> reachable;
+    for (QWidget *bar : window.findChildren<QWidget *>()) {
+        if ((qobject_cast<QMenu *>(bar) || qobject_cast<QToolBar *>(bar)) && bar != editor->toolBar())
+            for (QAction *action : bar->actions())
+                reachable.insert(action);
+    }
+    for (QAction *action : editor->editorActions()) {
+        bool twin = false;
+        for (QAction *windowAction : reachable)
+            twin = twin || (windowAction->objectName() == action->objectName()
+                            && windowAction != action);
+        QVERIFY2(reachable.contains(action) || twin || action->objectName() == "actionCenter_View",
+                 qPrintable(action->text()));
+    }
+    QCOMPARE(editor->action("actionZoom_In")->shortcut(), QKeySequence());
+    QCOMPARE(window.ui()->actionZoom_In->shortcut(), QKeySequence("Ctrl+Space"));
+
+    // The window's actions drive the editor's and mirror their state.
+    QVERIFY(window.ui()->actionZoom_In->isEnabled());
+    const int zoom = editor->view()->zoomPercent();
+    window.ui()->actionZoom_In->trigger();
+    QVERIFY(editor->view()->zoomPercent() > zoom);
+    window.ui()->actionRestore_Zoom->trigger();
+    QCOMPARE(editor->view()->zoomPercent(), 100);
+    QVERIFY(window.ui()->actionPixel_Art_Mode->isEnabled());
+    window.ui()->actionPixel_Art_Mode->trigger();
+    QVERIFY(editor->action("actionPixel_Art_Mode")->isChecked());
+    // Pixel art turns smoothing off: the window's Smooth Sampling follows.
+    QVERIFY(!window.ui()->actionSmooth_Sampling->isEnabled());
+    editor->action("actionPixel_Art_Mode")->trigger();
+    QVERIFY(!window.ui()->actionPixel_Art_Mode->isChecked());
+    QVERIFY(window.ui()->actionSmooth_Sampling->isEnabled());
+
+    // Select All then Delete on the window removes the pose's objects, undoably.
+    window.ui()->actionSelect_All->trigger();
+    QVERIFY(!editor->scene()->selectedProxies().isEmpty());
+    window.ui()->actionDelete->trigger();
+    QVERIFY(!window.undoStack()->isClean());
+    window.ui()->actionUndo->trigger();
+    QVERIFY(window.undoStack()->isClean());
 }
 
 QTEST_MAIN(TestMorvaneWindow)
