@@ -4,6 +4,7 @@
 #include "atlas/jsonspritesheet.h"
 #include "atlas/spritesheetpacker.h"
 #include "clirunner.h"
+#include "io/projectfile.h"
 #include "model/file.h"
 #include "model/folder.h"
 #include "model/rigxdata.h"
@@ -163,7 +164,7 @@ void TestSpriteSheetPacker::bindUndo()
     QMap<QString, QImage> images;
     QUndoStack stack;
     RigxData document;
-    QVERIFY(document.openFile(path(QStringLiteral("hero/hero.rigx"))));
+    QVERIFY(ProjectFile::open(&document, path(QStringLiteral("hero/hero.rigx"))));
     document.setUndoStack(&stack);
     QList<int> folders;
     for (int f = 0; f < document.folderCount(); ++f) {
@@ -175,7 +176,7 @@ void TestSpriteSheetPacker::bindUndo()
     QString error;
     QVERIFY(!SpriteSheetPacker::pack(images, options, path(QStringLiteral("hero/sheets")), &error)
                  .isEmpty());
-    QVERIFY(document.saveFile(path(QStringLiteral("hero/before.rigx"))));
+    QVERIFY(ProjectFile::save(&document, path(QStringLiteral("hero/before.rigx"))));
 
     document.pushUndo(
         new BindAtlasCommand(&document, folders, QStringLiteral("sheets/atlas.json")));
@@ -189,13 +190,13 @@ void TestSpriteSheetPacker::bindUndo()
                     argb(images.value(RigxData::removeBeginningBracketDirectory(file->name()))));
         }
     }
-    QVERIFY(document.saveFile(path(QStringLiteral("hero/bound.rigx"))));
+    QVERIFY(ProjectFile::save(&document, path(QStringLiteral("hero/bound.rigx"))));
     stack.undo();
-    QVERIFY(document.saveFile(path(QStringLiteral("hero/undone.rigx"))));
+    QVERIFY(ProjectFile::save(&document, path(QStringLiteral("hero/undone.rigx"))));
     QCOMPARE(readAll(path(QStringLiteral("hero/undone.rigx"))),
              readAll(path(QStringLiteral("hero/before.rigx"))));
     stack.redo();
-    QVERIFY(document.saveFile(path(QStringLiteral("hero/redone.rigx"))));
+    QVERIFY(ProjectFile::save(&document, path(QStringLiteral("hero/redone.rigx"))));
     QCOMPARE(readAll(path(QStringLiteral("hero/redone.rigx"))),
              readAll(path(QStringLiteral("hero/bound.rigx"))));
 }
@@ -225,8 +226,8 @@ void TestSpriteSheetPacker::packAndBindFromCommandLine()
     }
     RigxData bound;
     RigxData original;
-    QVERIFY(bound.openFile(path(QStringLiteral("hero/bound.rigx"))));
-    QVERIFY(original.openFile(path(QStringLiteral("hero/hero.rigx"))));
+    QVERIFY(ProjectFile::open(&bound, path(QStringLiteral("hero/bound.rigx"))));
+    QVERIFY(ProjectFile::open(&original, path(QStringLiteral("hero/hero.rigx"))));
     QCOMPARE(bound.folderCount(), original.folderCount());
     for (int f = 0; f < bound.folderCount(); ++f)
         for (int i = 0; i < bound.folder(f)->fileCount(); ++i)
