@@ -50,7 +50,7 @@ ProjectController::ProjectController(QUndoStack *undoStack, const QString &versi
     : QObject(window)
     , mWindow(window)
     , mUndoStack(undoStack)
-    , mDocument(std::make_unique<RigxData>(undoStack, version, window))
+    , mDocument(std::make_unique<RigxData>(undoStack, version))
     , mIoHost(std::make_unique<WindowProjectIoHost>(window))
 {
 }

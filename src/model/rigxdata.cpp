@@ -21,9 +21,8 @@
 
 namespace Morvane {
 
-RigxData::RigxData(QUndoStack *undoStack, const QString &kind, QObject *mainWindow)
+RigxData::RigxData(QUndoStack *undoStack, const QString &kind)
     : MorvaneModelItem(MorvaneItemType::Document)
-    , mMainWindow(mainWindow)
     , mUndoStack(undoStack)
     , mKind(kind)
 {}

@@ -39,17 +39,15 @@ class RigxData : public QObject, public MorvaneModelItem
 
 public:
     /// `kind` is written as the file's generator version (the application
-    /// version; "clipboard" for the clipboard's private document). Neither the
-    /// undo stack nor the main window is owned.
+    /// version; "clipboard" for the clipboard's private document). The undo
+    /// stack is not owned.
     explicit RigxData(QUndoStack *undoStack = nullptr,
-                      const QString &kind = QStringLiteral(MORVANE_VERSION_STRING),
-                      QObject *mainWindow = nullptr);
+                      const QString &kind = QStringLiteral(MORVANE_VERSION_STRING));
     ~RigxData() override;
 
     QString kind() const { return mKind; }
     QUndoStack *undoStack() const { return mUndoStack; }
     void setUndoStack(QUndoStack *stack) { mUndoStack = stack; }
-    QObject *mainWindow() const { return mMainWindow; }
     /// The one way a change enters the document; the document takes `command`.
     /// With an undo stack the stack applies (redo()) and keeps it. Without one
     /// (the command-line tool, tests, documents built in code) nothing keeps
@@ -186,7 +184,6 @@ Q_SIGNALS:
     void showTimelineEditor(const Morvane::Address &target, int lineId, int timeId);
 
 private:
-    QObject *mMainWindow = nullptr;
     QUndoStack *mUndoStack = nullptr;
     QString mKind;
     int mCurrentEntity = 0;
