@@ -559,6 +559,14 @@ void Animation::removeObjectLineHolder(int objectIndex)
     mObjectLineHolders = std::move(moved);
 }
 
+void Animation::insertObjectLineHolder(int objectIndex)
+{
+    std::map<int, ValueLineHolder> moved;
+    for (auto &[index, holder] : mObjectLineHolders)
+        moved.emplace(index < objectIndex ? index : index + 1, std::move(holder));
+    mObjectLineHolders = std::move(moved);
+}
+
 int Animation::sampleTime(int time, bool curved) const
 {
     if (!curved)

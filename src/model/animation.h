@@ -150,6 +150,9 @@ public:
     /// Drops the object's lines and moves those of later objects down one
     /// index, for when the object at `objectIndex` is removed.
     void removeObjectLineHolder(int objectIndex);
+    /// Moves the lines of the objects from `objectIndex` on up one index, for
+    /// when an object is inserted there.
+    void insertObjectLineHolder(int objectIndex);
 
     Entity *parentEntity() const;
     /// (entity index, animation index) with a direct pointer.

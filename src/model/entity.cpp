@@ -57,10 +57,14 @@ void Entity::appendObject(Object *object, int index, bool makeUnique)
     if (makeUnique)
         object->setName(uniqueObjectName(object->name()));
     object->setParentItem(this);
-    if (index < 0 || index > int(mObjects.size()))
+    if (index < 0 || index >= int(mObjects.size())) {
         mObjects.emplace_back(object);
-    else
-        mObjects.emplace(mObjects.begin() + index, object);
+        return;
+    }
+    mObjects.emplace(mObjects.begin() + index, object);
+    // Value lines are kept by object index: those of the objects behind move up.
+    for (const auto &anim : mAnimations)
+        anim->insertObjectLineHolder(index);
 }
 
 bool Entity::deleteObject(const QString &name)

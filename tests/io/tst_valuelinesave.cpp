@@ -103,6 +103,7 @@ private slots:
     void linesWithoutTimelineAreKept();
     void removeObjectMovesValueLines_data();
     void removeObjectMovesValueLines();
+    void insertedObjectMovesValueLines();
 };
 
 void TestValueLineSave::linesWithoutTimelineAreKept_data()
@@ -204,6 +205,34 @@ void TestValueLineSave::removeObjectMovesValueLines()
         const QList<QPair<int, double>> expected = {{0, remaining.at(i)}};
         QCOMPARE(floatKeys(entity, entity->animation(0), i + 1), expected);
     }
+}
+
+void TestValueLineSave::insertedObjectMovesValueLines()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("p.rigx"));
+    Fixture fixture(path, Object::Point, {QStringLiteral("a"), QStringLiteral("b")});
+    fixture.setValue(QStringLiteral("a"), 0, 1.0);
+    fixture.setValue(QStringLiteral("b"), 0, 2.0);
+    // Between "a" (index 1) and "b" (index 2), after the sprite at index 0.
+    fixture.entity->appendObject(new Object(QStringLiteral("new"), Object::Point), 2);
+    const QList<QPair<int, double>> first = {{0, 1.0}};
+    const QList<QPair<int, double>> second = {{0, 2.0}};
+    QCOMPARE(floatKeys(fixture.entity, fixture.animation, 1), first);
+    QVERIFY(!fixture.animation->objectLineHolder(2));
+    QCOMPARE(floatKeys(fixture.entity, fixture.animation, 3), second);
+
+    TestHost host;
+    QVERIFY(ProjectFile::save(&fixture.document, path, {}, &host));
+    RigxData reopened;
+    QVERIFY(ProjectFile::open(&reopened, path, &host));
+    const Entity *entity = reopened.entity(0);
+    const auto keysOf = [entity](const char *name) {
+        return floatKeys(entity, entity->animation(0),
+                         entity->indexOfObject(entity->objectFromName(QString::fromLatin1(name))));
+    };
+    QCOMPARE(keysOf("a"), first);
+    QCOMPARE(keysOf("b"), second);
 }
 
 QTEST_GUILESS_MAIN(TestValueLineSave)
