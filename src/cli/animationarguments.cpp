@@ -76,6 +76,16 @@ int AnimationArguments::read(const QCommandLineParser &parser, const char *comma
     return CliSuccess;
 }
 
+int AnimationArguments::load(const QCommandLineParser &parser, const char *command,
+                             RigxData &document, Entity **entity, Animation **animation)
+{
+    if (const int status = read(parser, command))
+        return status;
+    if (!cliOpenProject(&document, path))
+        return CliDataError;
+    return select(document, entity, animation);
+}
+
 int AnimationArguments::select(RigxData &document, Entity **entity, Animation **animation) const
 {
     if (document.entityCount() == 0)

@@ -34,6 +34,11 @@ struct AnimationArguments
     /// decimal index; the first when not given). When either names nothing, the data
     /// error is reported and its exit status comes back, else `CliSuccess`.
     int select(RigxData &document, Entity **entity, Animation **animation) const;
+
+    /// `read`, then opening the project into `document` (its warnings printed), then
+    /// `select`: the first failure's exit status, else `CliSuccess`.
+    int load(const QCommandLineParser &parser, const char *command, RigxData &document,
+             Entity **entity, Animation **animation);
 };
 
 } // namespace Morvane

@@ -162,14 +162,10 @@ void PoseCommand::addOptions(QCommandLineParser &parser)
 int PoseCommand::run(const QCommandLineParser &parser)
 {
     AnimationArguments args;
-    if (const int status = args.read(parser, "pose"))
-        return status;
     RigxData document;
-    if (!cliOpenProject(&document, args.path))
-        return CliDataError;
     Entity *entity = nullptr;
     Animation *animation = nullptr;
-    if (const int status = args.select(document, &entity, &animation))
+    if (const int status = args.load(parser, "pose", document, &entity, &animation))
         return status;
     for (const QString &name : std::as_const(args.charMaps)) {
         if (!entity->charMapFromName(name))

@@ -83,14 +83,10 @@ void ValuesCommand::addOptions(QCommandLineParser &parser)
 int ValuesCommand::run(const QCommandLineParser &parser)
 {
     AnimationArguments args;
-    if (const int status = args.read(parser, "values"))
-        return status;
     RigxData document;
-    if (!cliOpenProject(&document, args.path))
-        return CliDataError;
     Entity *entity = nullptr;
     Animation *animation = nullptr;
-    if (const int status = args.select(document, &entity, &animation))
+    if (const int status = args.load(parser, "values", document, &entity, &animation))
         return status;
 
     const QByteArray text = Json::encodeToUtf8(describe(document, *entity, *animation, args.time),
