@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "morvanesettings.h"
 
+#include "canvas/editorsession.h"
 #include "model/rigxdata.h"
 #include "morvanewindow.h"
 
@@ -46,6 +47,11 @@ bool MorvaneSettings::restartAutoSave = false;
 MorvaneWindow *MorvaneSettings::mainWindow = nullptr;
 QGraphicsScene *MorvaneSettings::mainScene = nullptr;
 QWidget *MorvaneSettings::palette = nullptr;
+
+EditorSession *MorvaneSettings::session()
+{
+    return EditorSession::current();
+}
 
 QVector<bool> MorvaneSettings::autoSaveSuppressionQueue;
 QVector<bool> MorvaneSettings::refreshSuppressionQueue;

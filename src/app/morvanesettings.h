@@ -14,6 +14,7 @@ class QWidget;
 
 namespace Morvane {
 
+class EditorSession;
 class MorvaneWindow;
 class RigxData;
 class TagManager;
@@ -66,6 +67,8 @@ public:
     static MorvaneWindow *mainWindow;
     static QGraphicsScene *mainScene;
     static QWidget *palette;
+    // The current entity, animation, time and selection.
+    static EditorSession *session();
 
     // Nesting counters: each start pushes, each end pops; suppressed while any
     // entry is left.

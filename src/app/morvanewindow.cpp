@@ -6,6 +6,7 @@
 #include "model/rigxdata.h"
 #include "actionicons.h"
 #include "canvas/canvaseditor.h"
+#include "canvas/editorsession.h"
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/tools/toolmanager.h"
@@ -81,6 +82,7 @@ MorvaneWindow::MorvaneWindow(const QString &version, const QStringList &argument
     mUi->centralLayout->addWidget(editor);
     mCanvas = new CanvasHost(editor, mUndoStack, statusBar(), this);
     MorvaneSettings::mainScene = editor->scene();
+    EditorSession::setCurrent(editor->session());
 
     mKeyShortcutDock = new KeyShortcutDockWidget(this);
     addDockWidget(Qt::RightDockWidgetArea, mKeyShortcutDock);
@@ -172,6 +174,7 @@ MorvaneWindow::~MorvaneWindow()
     if (MorvaneSettings::mainWindow == this) {
         MorvaneSettings::mainWindow = nullptr;
         MorvaneSettings::mainScene = nullptr;
+        EditorSession::setCurrent(nullptr);
     }
     delete mAutoSaver;
     if (ProjectFile::host() == mProject->ioHost())

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "canvas/canvaseditor.h"
 
+#include "canvas/editorsession.h"
+
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
@@ -26,6 +28,7 @@ namespace Morvane {
 CanvasEditor::CanvasEditor(QWidget *parent)
     : QWidget(parent)
     , mScene(new MorvaneCanvasScene(this))
+    , mSession(new EditorSession(mScene, this))
     , mView(new MorvaneGraphicsView(mScene, this))
     , mTools(new ToolManager(this))
     , mToolBar(new QToolBar(this))

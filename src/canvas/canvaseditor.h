@@ -17,6 +17,7 @@ namespace Morvane {
 class Animation;
 class MorvaneCanvasScene;
 class MorvaneGraphicsView;
+class EditorSession;
 class RigxData;
 class ToolManager;
 
@@ -38,6 +39,8 @@ public:
     void setCurrentTime(int ms);
 
     MorvaneCanvasScene *scene() const { return mScene; }
+    /// The current entity, animation, time and selection, for the other pieces.
+    EditorSession *session() const { return mSession; }
     MorvaneGraphicsView *view() const { return mView; }
     ToolManager *toolManager() const { return mTools; }
     /// The editor's own bar of its actions; a host that puts them in its
@@ -60,6 +63,7 @@ private:
     void selectAll();
 
     MorvaneCanvasScene *mScene;
+    EditorSession *mSession;
     MorvaneGraphicsView *mView;
     ToolManager *mTools;
     QToolBar *mToolBar;

@@ -156,13 +156,16 @@ void MorvaneCanvasScene::setDocument(RigxData *document)
 {
     reset();
     mDocument = document;
-    if (!document)
+    if (!document) {
+        Q_EMIT documentShown();
         return;
+    }
     if (QUndoStack *stack = document->undoStack()) {
         // Every change of the document, done, undone or redone, re-reads it.
         connect(stack, &QUndoStack::indexChanged, this, [this] {
             if (!mRecording)
                 refresh();
+            Q_EMIT documentEdited();
         });
     }
     Entity *entity = document->entityCount() > 0 ? document->entity(0) : nullptr;
@@ -172,6 +175,9 @@ void MorvaneCanvasScene::setDocument(RigxData *document)
         mInstance->setCurrentTime(0);
     }
     refresh();
+    Q_EMIT documentShown();
+    Q_EMIT currentAnimationChanged();
+    Q_EMIT currentTimeChanged(currentTime());
 }
 
 void MorvaneCanvasScene::setCurrentAnimation(Animation *animation)
@@ -190,6 +196,7 @@ void MorvaneCanvasScene::setCurrentAnimation(Animation *animation)
         mInstance->setAnimation(entity, animation);
     mAnimationAddress = animation->address();
     refresh();
+    Q_EMIT currentAnimationChanged();
 }
 
 Animation *MorvaneCanvasScene::currentAnimation() const
@@ -211,9 +218,12 @@ void MorvaneCanvasScene::setCurrentTime(int ms)
 {
     if (!mInstance)
         return;
+    const int before = mInstance->currentTime();
     mInstance->setCurrentTime(ms);
     // A new time alone leaves the document as it was.
     refresh(false);
+    if (mInstance->currentTime() != before)
+        Q_EMIT currentTimeChanged(mInstance->currentTime());
 }
 
 EntityInstance *MorvaneCanvasScene::entityInstance(int index) const

@@ -197,6 +197,12 @@ Q_SIGNALS:
     void recievedInvalidDrag();
     void newObjectDropped();
     void statusTextChanged(const QString &text);
+    /// Another document (or none) is shown.
+    void documentShown();
+    void currentAnimationChanged();
+    void currentTimeChanged(int ms);
+    /// An edit was done, undone or redone.
+    void documentEdited();
 
 public Q_SLOTS:
     // Locking and hiding are views of the canvas, not edits: they are not

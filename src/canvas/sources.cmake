@@ -4,6 +4,8 @@ list(APPEND MORVANE_EDITOR_SOURCES
     canvas/canvascolors.h
     canvas/canvaseditor.cpp
     canvas/canvaseditor.h
+    canvas/editorsession.cpp
+    canvas/editorsession.h
     canvas/commands/canvascommands.cpp
     canvas/commands/canvascommands.h
     canvas/morvanecanvasscene.cpp

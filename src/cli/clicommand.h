@@ -32,6 +32,9 @@ struct CliCommand
     const char *summary;
     void (*addOptions)(QCommandLineParser &parser);
     int (*run)(const QCommandLineParser &parser);
+    /// The command drives the editor's scene (editing, rendering): it runs under a
+    /// QApplication, on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
+    bool widgets = false;
 };
 
 /// Prints "morvane-cli COMMAND: MESSAGE" and the pointer at the command's --help on

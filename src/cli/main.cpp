@@ -8,9 +8,12 @@
 #include "valuescommand.h"
 
 #include <QCommandLineParser>
+#include <QApplication>
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 
 using namespace Morvane;
 
@@ -107,14 +110,37 @@ int runCommand(const CliCommand &command, const QStringList &arguments)
     return command.run(parser);
 }
 
+// Whether the command named on the command line drives the editor's scene. Looked up
+// before the application exists, because that decides which application to make.
+bool commandNeedsWidgets(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] == '-')
+            continue;
+        for (const CliCommand &command : sCommands) {
+            if (std::strcmp(argv[i], command.name) == 0)
+                return command.widgets;
+        }
+        return false;
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    // A core application: the tool never shows a window and must run without a display
-    // (images load through QImage, which needs no GUI). A command that renders can switch
-    // to QGuiApplication on the offscreen platform.
-    QCoreApplication application(argc, argv);
+    // A core application unless the command edits or renders through the editor's scene:
+    // the tool never shows a window and must run without a display, so such a command
+    // runs on the offscreen platform.
+    std::unique_ptr<QCoreApplication> app;
+    if (commandNeedsWidgets(argc, argv)) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        app = std::make_unique<QApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
     QCoreApplication::setApplicationName(QStringLiteral("Morvane"));
     QCoreApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION_STRING));
 
