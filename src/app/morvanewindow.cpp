@@ -6,6 +6,7 @@
 #include "model/rigxdata.h"
 #include "actionicons.h"
 #include "canvas/canvaseditor.h"
+#include "canvas/clipboard/clipboardeditor.h"
 #include "canvas/editorsession.h"
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
@@ -297,6 +298,23 @@ void MorvaneWindow::setupShorcuts()
         action->setEnabled(false);
     for (const auto &[action, name] : WindowActions::canvasLinks(mUi))
         mCanvas->link(action, name);
+    // The form's clipboard entries drive the clipboard's actions and take
+    // their keys (one key, one action).
+    mClipboard = new ClipboardEditor(canvas()->scene(), this);
+    mClipboard->registerWithCanvas(canvas());
+    connect(mClipboard, &ClipboardEditor::statusMessage, this,
+            [this](const QString &text) { statusBar()->showMessage(text, 5000); });
+    for (QAction *own : mClipboard->actions()) {
+        if (auto *entry = findChild<QAction *>(own->objectName(), Qt::FindDirectChildrenOnly)) {
+            entry->setShortcuts(own->shortcuts());
+            own->setShortcuts({});
+            connect(entry, &QAction::triggered, own, &QAction::trigger);
+        }
+    }
+    // Copy with child sprites has no key of its own: the menu is its way in.
+    mUi->menuEdit->insertActions(mUi->actionCopy_Selection_To_All_Frames,
+                                 {mUi->actionCopy_with_child_sprites,
+                                  mUi->actionCopy_with_child_bones, mUi->actionCopy_with_children});
     // The editor's other actions: tools on the canvas toolbar, the rest in
     // the menus where an animator looks for them, so its own bar would only
     // repeat them. Clone's usual key belongs
