@@ -12,6 +12,10 @@
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/tools/toolmanager.h"
 #include "canvashost.h"
+#include "model/animation.h"
+#include "timeline/mainlineview.h"
+#include "timeline/timelineeditor.h"
+#include "timeline/timelineview.h"
 #include "autosaver.h"
 #include "imagecoderpath.h"
 #include "keyshortcutdockwidget.h"
@@ -233,6 +237,21 @@ void MorvaneWindow::setupWidgets()
         last = dock;
         mDockWidgets.append(dock);
         mUi->menuWindow->addAction(dock->toggleViewAction());
+    }
+    // The timeline takes its dock's place holder.
+    for (QDockWidget *dock : std::as_const(mDockWidgets)) {
+        if (dock->objectName() != QLatin1String("timelineDock"))
+            continue;
+        auto *timeline = new TimelineEditor(canvas()->session(), dock);
+        delete dock->widget();
+        dock->setWidget(timeline);
+        connect(timeline, &TimelineEditor::statusMessage, this,
+                [this](const QString &text) { statusBar()->showMessage(text, 5000); });
+        connect(timeline, &TimelineEditor::snappingOptionsChanged, this, [] {
+            MorvaneSettings::snappingEnabled = TimelineView::snappingEnabled;
+            MorvaneSettings::useSnappingFramesAsUnits = MainlineView::useFramesAsUnits;
+            MorvaneSettings::lastSnappingInterval = Animation::lastSnappingInterval;
+        });
     }
     // The first tab of each tabbed area is the one shown.
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {
