@@ -18,13 +18,16 @@
 #include "timeline/timelineview.h"
 #include "autosaver.h"
 #include "imagecoderpath.h"
-#include "keyshortcutdockwidget.h"
+#include "ui/shortcuts/keyshortcutdockwidget.h"
 #include "morvanesettings.h"
 #include "morvanesettingsdialog.h"
 #include "projectcontroller.h"
 #include "projectnaming.h"
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
+#include "ui/batchconvert/batchconvert.h"
+#include "ui/help/helpviewer.h"
+#include "ui/packing/packdialog.h"
 #include "ui_morvanewindow.h"
 #include "updatechecker.h"
 #include "updatecheckoptionsdialog.h"
@@ -300,7 +303,22 @@ void MorvaneWindow::setupConnections()
     connect(mUi->actionBlack, &QAction::triggered, this, [this] { setCanvasBackground(Qt::black); });
     connect(mUi->actionGrey, &QAction::triggered, this,
             [this] { setCanvasBackground(Qt::lightGray); });
-    connect(mUi->actionHelp, &QAction::triggered, this, &MorvaneWindow::showTutorialDialog);
+    connect(mUi->actionHelp, &QAction::triggered, this, [this] { HelpViewer::showManual(this); });
+    connect(mUi->actionBatch_Convert_Between_rigx_rigj, &QAction::triggered, this, [this] {
+        auto *dialog = new BatchConvert(rigx, this);
+        dialog->setSaveOptions(ProjectController::saveOptions());
+        dialog->setSaveProject([this] { return mProject->save(); });
+        connect(dialog, &BatchConvert::runStarted, this, [this] { mCanvas->setDocument(nullptr); });
+        connect(dialog, &BatchConvert::runFinished, mProject, &ProjectController::documentChanged);
+        connect(dialog, &BatchConvert::runFinished, mProject, &ProjectController::projectChanged);
+        dialog->open();
+    });
+    connect(mUi->actionGenerate_Sprite_Sheet_from_Project_Textures, &QAction::triggered, this,
+            [this] { (new PackDialog(rigx, this))->open(); });
+    const QList<QAction *> fileActions = mUi->menuFile->actions();
+    mUi->menuFile->insertAction(
+        fileActions.value(fileActions.indexOf(mUi->actionGenerate_TexturePacker_Spritesheet_tps) + 1),
+        mUi->actionGenerate_Sprite_Sheet_from_Project_Textures);
     connect(mUi->actionExit, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -354,7 +372,7 @@ void MorvaneWindow::setupShorcuts()
     for (const char *name :
          {"actionOnion_Skin", "actionOnion_Skin_By_Keys", "actionOnion_Skin_Selection_Only"})
         mUi->menuView->addAction(editor->action(QLatin1String(name)));
-    mKeyShortcutDock->fill(findChildren<QAction *>());
+    mKeyShortcutDock->fill(findChildren<QAction *>(), this);
     mKeyShortcutDock->resize(420, 520);
 }
 
@@ -507,6 +525,8 @@ void MorvaneWindow::on_actionAbout_triggered()
 {
     QMessageBox::about(this, tr("About Morvane"),
                        tr("<h3>Morvane %1</h3><p>A 2D skeletal cut-out animation editor.</p>"
+                          "<p>Help &gt; Help opens the manual; Help &gt; Shortcut List shows "
+                          "every key.</p>"
                           "<p>Copyright 2026 The Morvane developers. Licensed under the GNU "
                           "General Public License, version 3 or later.</p>")
                            .arg(mVersion));

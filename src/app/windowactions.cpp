@@ -31,6 +31,7 @@ QList<QAction *> WindowActions::projectDependent(Ui::MorvaneWindow *ui)
 {
     return {ui->actionSave_Project_As, ui->actionSave_New_Version,
             ui->actionImport_Another_Project_Into_Current,
+            ui->actionGenerate_Sprite_Sheet_from_Project_Textures,
             ui->actionBlack,           ui->actionGrey,
             ui->actionColorBackground,
             // The clipboard.
@@ -47,8 +48,7 @@ QList<QAction *> WindowActions::pending(Ui::MorvaneWindow *ui)
         ui->actionSave_Project_As_Legacy, ui->actionExport_To_PNG,
         ui->actionBatch_Export_To_PNG_GIF, ui->actionExport_Baked_Project,
         ui->actionGenerate_TexturePacker_Spritesheet_tps,
-        ui->actionGenerate_Sprite_Sheet_from_Project_Textures,
-        ui->actionBatch_Convert_Between_rigx_rigj, ui->actionSave_As_Resized_Project_and_images,
+        ui->actionSave_As_Resized_Project_and_images,
         ui->actionClose_Project,
         // Selection.
         ui->actionDelete_From_All_Frames, ui->actionDelete_All_Instances,
