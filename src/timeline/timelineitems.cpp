@@ -75,6 +75,8 @@ namespace {
 constexpr double KeySize = 6.0; // half the diamond's diagonal, pixels
 }
 
+bool TimelineKeyGraphicsProxy::sCompact = false;
+
 TimelineKeyGraphicsProxy::TimelineKeyGraphicsProxy(TimelineGraphicsProxy *row, int time,
                                                    QGraphicsItem *parent)
     : QGraphicsItem(parent)
@@ -119,6 +121,10 @@ void TimelineKeyGraphicsProxy::paint(QPainter *painter, const QStyleOptionGraphi
                                      QWidget *)
 {
     const QColor fill = isSelected() ? TimelineColors::selection() : mRow->color();
+    if (sCompact) {
+        painter->fillRect(QRectF(-1, -16, 2, 12), fill);
+        return;
+    }
     const QColor outline = isSelected() ? fill.darker(160) : QColor(20, 20, 20);
     const Shape shape = mInstant && mRow->keyShape() == Shape::Diamond ? Shape::Square
                                                                         : mRow->keyShape();

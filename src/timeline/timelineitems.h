@@ -74,6 +74,9 @@ public:
     void setPositionalTime(int time, double zoom, int length);
     void setWidth(double width);
     void setInstant(bool on) { mInstant = on; }
+    /// Every key drawn as a plain tick (when they stand too close for shapes).
+    static bool compact() { return sCompact; }
+    static void setCompact(bool on) { sCompact = on; }
 
     QRectF boundingRect() const override;
     QPainterPath shape() const override;
@@ -87,6 +90,7 @@ private:
     int mCurrentTime;
     double mWidth = 3.0;
     bool mInstant = false;
+    static bool sCompact;
 };
 
 /// A mainline key marker on the ruler (item type 1012), at y = -12.
