@@ -49,7 +49,7 @@ void TimelineViewTimelineRect::setHighlighted(bool on)
 
 QRectF TimelineViewTimelineRect::boundingRect() const
 {
-    return QRectF(0, 0, mWidth, mHeight);
+    return QRectF(-LeftMargin, 0, mWidth + LeftMargin, mHeight);
 }
 
 void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
@@ -60,7 +60,8 @@ void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphi
     QColor base = (mVisibleRow % 2) ? TimelineColors::rowOdd() : TimelineColors::rowEven();
     if (mHighlighted)
         base = base.lighter(125);
-    const QRectF inside = exposed.intersected(QRectF(0, 0, mAnimationWidth, mHeight));
+    const QRectF inside =
+        exposed.intersected(QRectF(-LeftMargin, 0, mAnimationWidth + LeftMargin, mHeight));
     if (!inside.isEmpty())
         painter->fillRect(inside, base);
     const QRectF past = exposed.intersected(QRectF(mAnimationWidth, 0, mWidth, mHeight));

@@ -26,6 +26,8 @@ class TimelineViewTimelineRect : public QGraphicsItem
 {
 public:
     enum { Type = 1013 };
+    /// Pixels left of time 0, so that keys at 0 show whole.
+    static constexpr double LeftMargin = 8.0;
 
     TimelineViewTimelineRect(TimelineGraphicsProxy *row, int visibleRow);
 

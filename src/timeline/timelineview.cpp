@@ -515,8 +515,9 @@ void TimelineView::updateSceneRect()
     const double total = std::max(animationLength() * mZoom + 60.0, double(viewport()->width()));
     mPlayhead->setPos(xFromTime(mShownTime), -12);
     // The scene spans the ruler strip too; this view shows the rows only.
-    mScene->setSceneRect(QRectF(0, -24, total, mRowsHeight + 24));
-    setSceneRect(QRectF(0, 0, total, std::max(mRowsHeight, 1.0)));
+    const double left = -TimelineViewTimelineRect::LeftMargin;
+    mScene->setSceneRect(QRectF(left, -24, total - left, mRowsHeight + 24));
+    setSceneRect(QRectF(left, 0, total - left, std::max(mRowsHeight, 1.0)));
     viewport()->update();
 }
 
