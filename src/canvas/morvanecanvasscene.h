@@ -152,6 +152,9 @@ public:
     /// The same at every mainline key of the animation, last to first.
     void createUndoKeysForMandatoryRefs(Animation *animation);
     void endUndoWithSelection(bool a = false, bool b = false, bool mandatory = true);
+    /// Counts the timeline at `timelineIndex` as changed by the open macro, for
+    /// an edit that records its key itself (`Timeline::createUndoFromKey`).
+    void noteTimelineChanged(int timelineIndex) { mChangedTimelines.insert(timelineIndex); }
     bool isRecording() const { return mRecording; }
 
     // Structure edits of the mainline key at the current time (made there

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "clicommand.h"
 #include "convertcommand.h"
+#include "editcommand.h"
 #include "infocommand.h"
 #include "packcommand.h"
 #include "posecommand.h"
@@ -24,6 +25,8 @@ namespace {
 const CliCommand sCommands[] = {
     {"convert", ConvertCommand::Arguments, ConvertCommand::Summary, &ConvertCommand::addOptions,
      &ConvertCommand::run},
+    {"edit", EditCommand::Arguments, EditCommand::Summary, &EditCommand::addOptions,
+     &EditCommand::run, true},
     {"info", InfoCommand::Arguments, InfoCommand::Summary, &InfoCommand::addOptions,
      &InfoCommand::run},
     {"pack", PackCommand::Arguments, PackCommand::Summary, &PackCommand::addOptions,

@@ -2,16 +2,21 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "model/animation.h"
 
+#include "model/commands/animationcommands.h"
 #include "model/entity.h"
+#include "model/keytimechangeinstructionset.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/objectref.h"
 #include "model/ownedlist.h"
+#include "model/rigxdata.h"
 #include "model/timeline.h"
+#include "model/timelinefilter.h"
 #include "model/timelinekey.h"
 #include "model/timeunits.h"
 
 #include <QHash>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -480,6 +485,203 @@ void Animation::removeGuide(int index)
 {
     if (index >= 0 && index < mGuideLines.size())
         mGuideLines.removeAt(index);
+}
+
+Timeline *Animation::filteredTimeline(int index, const TimelineFilter &filter) const
+{
+    if (index < 0)
+        return nullptr;
+    if (filter.showsEverything())
+        return timeline(index);
+    int shown = 0;
+    for (size_t i = 0; i < mTimelines.size(); ++i) {
+        if (filter.accepts(mTimelines[i].get(), int(i)) && shown++ == index)
+            return mTimelines[i].get();
+    }
+    return nullptr;
+}
+
+int Animation::filteredTimelineCount(const TimelineFilter &filter) const
+{
+    if (filter.showsEverything())
+        return timelineCount();
+    int shown = 0;
+    for (size_t i = 0; i < mTimelines.size(); ++i) {
+        if (filter.accepts(mTimelines[i].get(), int(i)))
+            ++shown;
+    }
+    return shown;
+}
+
+void Animation::setLinesToMovedLinesCommand(const KeyTimeChangeInstructionSet &set,
+                                            const TimelineFilter &filter)
+{
+    auto before = clone();
+    applyMovedLines(set, filter);
+    RigxData::pushUndo(document(), new ChangeAnimationCommand(std::move(before), this, QString()));
+}
+
+void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
+                                const TimelineFilter &filter)
+{
+    KeyTimeChangeInstructionSet set = instructions;
+    // Keys that give way are deleted: the references that showed them are found
+    // again by their timelines afterwards.
+    QHash<const ObjectRef *, Timeline *> refTimelines;
+    for (const auto &mk : mMainlineKeys) {
+        for (int i = 0; i < mk->refCount(); ++i)
+            refTimelines.insert(mk->ref(i), mk->ref(i)->timeline());
+    }
+    // Timeline keys of a moved mainline key go with it, not on their own.
+    set.removeAllChangesFromSharedKeysWithZeroLine(true);
+
+    // The mainline. Every moved key is found at its old time before any key
+    // moves, so keys dragged together never land on one another on the way;
+    // a key standing where one lands that is not moving itself gives way.
+    {
+        std::vector<std::pair<MainlineKey *, int>> moves;
+        QSet<const MainlineKey *> moving;
+        for (int i = 0; i < set.keyCount(0); ++i) {
+            const int from = set.oldKeyTime(0, i);
+            const int to = set.newKeyTime(0, i);
+            if (from == to)
+                continue;
+            MainlineKey *mk = mainlineKeyAtExactTime(from);
+            if (!mk || moving.contains(mk))
+                continue;
+            moves.emplace_back(mk, to);
+            moving.insert(mk);
+        }
+        // Of moved keys meeting at one time, the last one named stays.
+        QHash<int, MainlineKey *> landing;
+        for (const auto &[mk, to] : moves)
+            landing.insert(to, mk);
+        for (auto it = moves.begin(); it != moves.end();) {
+            if (landing.value(it->second) != it->first) {
+                moving.remove(it->first);
+                deleteMainlineKey(it->first);
+                it = moves.erase(it);
+            } else {
+                ++it;
+            }
+        }
+        for (const auto &[mk, to] : moves) {
+            MainlineKey *there = mainlineKeyAtExactTime(to);
+            if (there && !moving.contains(there))
+                deleteMainlineKey(there);
+        }
+        for (const auto &[mk, to] : moves)
+            mk->setCurrentTime(to, true, true);
+        sortMainlineKeysByTime();
+    }
+
+    // The timelines, the same way within each.
+    std::vector<Timeline *> lines;
+    for (size_t i = 0; i < mTimelines.size(); ++i) {
+        if (filter.accepts(mTimelines[i].get(), int(i)))
+            lines.push_back(mTimelines[i].get());
+    }
+    for (int line = 1; line < set.lineCount() && size_t(line - 1) < lines.size(); ++line) {
+        Timeline *tl = lines[size_t(line - 1)];
+        std::vector<std::pair<TimelineKey *, int>> moves;
+        QSet<const TimelineKey *> moving;
+        for (int i = 0; i < set.keyCount(line); ++i) {
+            const int from = set.oldKeyTime(line, i);
+            const int to = set.newKeyTime(line, i);
+            if (from == to)
+                continue;
+            TimelineKey *k = tl->actualKeyFromTime(from);
+            if (!k || moving.contains(k))
+                continue;
+            moves.emplace_back(k, to);
+            moving.insert(k);
+        }
+        if (moves.empty())
+            continue;
+        QHash<int, TimelineKey *> landing;
+        for (const auto &[k, to] : moves)
+            landing.insert(to, k);
+        for (auto it = moves.begin(); it != moves.end();) {
+            if (landing.value(it->second) != it->first) {
+                moving.remove(it->first);
+                tl->removeKey(it->first, true);
+                it = moves.erase(it);
+            } else {
+                ++it;
+            }
+        }
+        for (const auto &[k, to] : moves) {
+            if (MainlineKey *owner = k->mainKey())
+                owner->removeChildKey(k);
+        }
+        for (const auto &[k, to] : moves) {
+            TimelineKey *there = tl->actualKeyFromTime(to);
+            while (there && !moving.contains(there)) {
+                tl->removeKey(there, true);
+                there = tl->actualKeyFromTime(to);
+            }
+        }
+        for (const auto &[k, to] : moves)
+            k->setCachedTime(to);
+    }
+
+    sortAllKeysByTime(true);
+    appendMainKeysForOrphanTimeKeys(false);
+    repointRefsToKeysInForce(&refTimelines);
+}
+
+void Animation::repointRefsToKeysInForce(const QHash<const ObjectRef *, Timeline *> *timelines)
+{
+    for (const auto &mk : mMainlineKeys) {
+        const int t = mk->currentTime();
+        for (int i = 0; i < mk->refCount(); ++i) {
+            ObjectRef *r = mk->ref(i);
+            const TimelineKey *k = r->key();
+            Timeline *tl = k ? k->parentTimeline() : (timelines ? timelines->value(r) : nullptr);
+            if (!tl || tl->parentItem() != this || tl->keyCount() == 0
+                || (k && k->time(true) == t))
+                continue;
+            // A key that moved away leaves its former mainline key showing
+            // the key in force there.
+            int lo = 0;
+            int hi = tl->keyCount();
+            while (lo < hi) {
+                const int mid = lo + (hi - lo) / 2;
+                if (tl->key(mid)->time(true) <= t)
+                    lo = mid + 1;
+                else
+                    hi = mid;
+            }
+            TimelineKey *inForce = tl->key(lo > 0 ? lo - 1 : 0);
+            if (inForce && inForce != k)
+                r->setKey(inForce);
+        }
+    }
+}
+
+void Animation::replaceContent(const Animation &source)
+{
+    if (&source == this)
+        return;
+    Animation copy(source);
+    mName = copy.mName;
+    mLength = copy.mLength;
+    mLooping = copy.mLooping;
+    mLoopTo = copy.mLoopTo;
+    mSnappingInterval = copy.mSnappingInterval;
+    mGuideLines = copy.mGuideLines;
+    std::swap(mOwnLineHolder, copy.mOwnLineHolder);
+    std::swap(mObjectLineHolders, copy.mObjectLineHolders);
+    std::swap(mMainlineKeys, copy.mMainlineKeys);
+    std::swap(mTimelines, copy.mTimelines);
+    for (const auto &mk : mMainlineKeys)
+        mk->setParentItem(this);
+    for (const auto &tl : mTimelines)
+        tl->setParentItem(this);
+    for (const auto &mk : copy.mMainlineKeys)
+        mk->setParentItem(&copy);
+    for (const auto &tl : copy.mTimelines)
+        tl->setParentItem(&copy);
 }
 
 Entity *Animation::parentEntity() const

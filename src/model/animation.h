@@ -6,6 +6,7 @@
 #include "model/address.h"
 #include "model/morvanemodelitem.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -16,10 +17,13 @@
 namespace Morvane {
 
 class Entity;
+class KeyTimeChangeInstructionSet;
 class MainlineKey;
 class Object;
+class ObjectRef;
 class Timeline;
 class TimelineKey;
+struct TimelineFilter;
 
 /// A guideline of the animation's editing view.
 struct GuideLine
@@ -122,6 +126,28 @@ public:
     Timeline *timelineFromObjectId(int objectIndex) const;
     Timeline *timelineFromObjectName(const QString &name) const;
     TimelineKey *timelineKey(int timelineIndex, int keyIndex) const;
+    /// The `index`-th timeline that `filter` shows, or null.
+    Timeline *filteredTimeline(int index, const TimelineFilter &filter) const;
+    int filteredTimelineCount(const TimelineFilter &filter) const;
+
+    // Key time changes.
+    /// Applies a drag of keys (line 0 the mainline, line i the (i-1)-th
+    /// timeline `filter` shows) and pushes one `ChangeAnimationCommand` that
+    /// holds the animation before and after. A mainline key moved onto another
+    /// replaces it, carrying its own timeline keys; a timeline key moved onto
+    /// another of its timeline replaces it; a timeline key moved to a time
+    /// without mainline key makes one there, a copy of the key in force.
+    void setLinesToMovedLinesCommand(const KeyTimeChangeInstructionSet &set,
+                                     const TimelineFilter &filter);
+    /// The same without undo.
+    void applyMovedLines(const KeyTimeChangeInstructionSet &set, const TimelineFilter &filter);
+    /// Points every reference at the key of its timeline in force at its
+    /// mainline key's time (the first key when none is yet). A reference whose
+    /// key is gone is found in `timelines` (its timeline before the key went).
+    void repointRefsToKeysInForce(const QHash<const ObjectRef *, Timeline *> *timelines = nullptr);
+    /// Replaces everything but the place in the tree (name, settings,
+    /// mainline, timelines, guidelines and value lines) by a copy of `source`.
+    void replaceContent(const Animation &source);
 
     // Guidelines.
     void appendGuideLine(const GuideLine &line) { mGuideLines.append(line); }

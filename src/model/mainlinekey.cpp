@@ -48,18 +48,24 @@ MainlineKey::~MainlineKey()
     clearAllLinksAndChildren();
 }
 
-void MainlineKey::setCurrentTime(int time, bool sort, bool updateChildren)
+bool MainlineKey::setCurrentTime(int time, bool force, bool moveChildren)
 {
-    Animation *anim = sort ? parentAnimation() : nullptr;
+    Animation *anim = parentAnimation();
+    if (anim && !force) {
+        const MainlineKey *there = anim->mainlineKeyAtExactTime(time);
+        if (there && there != this)
+            return false;
+    }
     // Found while the key still stands at its old time.
     const int index = anim ? anim->indexOfMainlineKey(this) : -1;
     mTime = time;
-    if (updateChildren) {
+    if (moveChildren) {
         for (TimelineKey *k : std::as_const(mChildKeys))
             k->setCachedTime(time);
     }
     if (anim)
         anim->moveMainlineKeyIntoPlace(index);
+    return true;
 }
 
 BoneRef *MainlineKey::boneRef(int index) const

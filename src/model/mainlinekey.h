@@ -39,9 +39,11 @@ public:
     void setId(int id) { mId = id; }
     /// Milliseconds; -1 until set.
     int currentTime() const { return mTime; }
-    /// Sets the time; with `sort`, restores the animation's time order; with
-    /// `updateChildren`, the child keys' cached times follow.
-    void setCurrentTime(int time, bool sort = false, bool updateChildren = true);
+    /// Sets the time. Without `force`, refused (false, nothing changes) when
+    /// another mainline key of the animation stands exactly at `time`; with
+    /// `moveChildren`, the child timeline keys take the time too. The key then
+    /// moves to its place in the animation's time order.
+    bool setCurrentTime(int time, bool force = false, bool moveChildren = true);
     TweenInfo &curve() { return mCurve; }
     const TweenInfo &curve() const { return mCurve; }
     void setCurve(const TweenInfo &curve) { mCurve = curve; }

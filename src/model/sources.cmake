@@ -2,6 +2,8 @@
 list(APPEND MORVANE_CORE_SOURCES
     model/address.cpp
     model/itemlink.h
+    model/keytimechangeinstructionset.cpp
+    model/keytimechangeinstructionset.h
     model/address.h
     model/animation.cpp
     model/animation.h
@@ -30,6 +32,9 @@ list(APPEND MORVANE_CORE_SOURCES
     model/timeline.h
     model/timelinekey.cpp
     model/timelinekey.h
+    model/timelinefilter.h
+    model/commands/animationcommands.cpp
+    model/commands/animationcommands.h
     model/commands/changevalue.h
     model/commands/commandids.h
     model/commands/mainlinekeycommands.cpp

@@ -79,7 +79,7 @@ void MainlineView::syncRect()
     if (!mTimeline)
         return;
     const QRectF rows = mTimeline->sceneRect();
-    setSceneRect(QRectF(0, -Height, rows.width(), Height));
+    setSceneRect(QRectF(rows.left(), -Height, rows.width(), Height));
     horizontalScrollBar()->setRange(mTimeline->horizontalScrollBar()->minimum(),
                                     mTimeline->horizontalScrollBar()->maximum());
     horizontalScrollBar()->setValue(mTimeline->horizontalScrollBar()->value());

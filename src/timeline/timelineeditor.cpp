@@ -64,6 +64,8 @@ TimelineEditor::TimelineEditor(EditorSession *session, QWidget *parent)
     , mSpaceFilter(new SpaceTapFilter(this))
 {
     setObjectName(QStringLiteral("timelineEditor"));
+    // Room for the transport, the ruler and a dozen rows.
+    setMinimumHeight(180);
     buildActions();
 
     mTimeField->setObjectName(QStringLiteral("timeField"));

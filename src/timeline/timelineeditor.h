@@ -34,6 +34,8 @@ public:
     explicit TimelineEditor(EditorSession *session, QWidget *parent = nullptr);
     ~TimelineEditor() override;
 
+    QSize sizeHint() const override { return QSize(900, 320); }
+
     EditorSession *session() const { return mSession; }
     TimelineView *timelineView() const { return mTimeline; }
     MainlineView *mainlineView() const { return mMainline; }

@@ -49,7 +49,7 @@ void TimelineViewTimelineRect::setHighlighted(bool on)
 
 QRectF TimelineViewTimelineRect::boundingRect() const
 {
-    return QRectF(0, 0, mWidth, mHeight);
+    return QRectF(-LeftMargin, 0, mWidth + LeftMargin, mHeight);
 }
 
 void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
@@ -60,7 +60,8 @@ void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphi
     QColor base = (mVisibleRow % 2) ? TimelineColors::rowOdd() : TimelineColors::rowEven();
     if (mHighlighted)
         base = base.lighter(125);
-    const QRectF inside = exposed.intersected(QRectF(0, 0, mAnimationWidth, mHeight));
+    const QRectF inside =
+        exposed.intersected(QRectF(-LeftMargin, 0, mAnimationWidth + LeftMargin, mHeight));
     if (!inside.isEmpty())
         painter->fillRect(inside, base);
     const QRectF past = exposed.intersected(QRectF(mAnimationWidth, 0, mWidth, mHeight));
@@ -74,6 +75,8 @@ void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphi
 namespace {
 constexpr double KeySize = 6.0; // half the diamond's diagonal, pixels
 }
+
+bool TimelineKeyGraphicsProxy::sCompact = false;
 
 TimelineKeyGraphicsProxy::TimelineKeyGraphicsProxy(TimelineGraphicsProxy *row, int time,
                                                    QGraphicsItem *parent)
@@ -119,6 +122,10 @@ void TimelineKeyGraphicsProxy::paint(QPainter *painter, const QStyleOptionGraphi
                                      QWidget *)
 {
     const QColor fill = isSelected() ? TimelineColors::selection() : mRow->color();
+    if (sCompact) {
+        painter->fillRect(QRectF(-1, -16, 2, 12), fill);
+        return;
+    }
     const QColor outline = isSelected() ? fill.darker(160) : QColor(20, 20, 20);
     const Shape shape = mInstant && mRow->keyShape() == Shape::Diamond ? Shape::Square
                                                                         : mRow->keyShape();

@@ -26,6 +26,8 @@ class TimelineViewTimelineRect : public QGraphicsItem
 {
 public:
     enum { Type = 1013 };
+    /// Pixels left of time 0, so that keys at 0 show whole.
+    static constexpr double LeftMargin = 8.0;
 
     TimelineViewTimelineRect(TimelineGraphicsProxy *row, int visibleRow);
 
@@ -74,6 +76,9 @@ public:
     void setPositionalTime(int time, double zoom, int length);
     void setWidth(double width);
     void setInstant(bool on) { mInstant = on; }
+    /// Every key drawn as a plain tick (when they stand too close for shapes).
+    static bool compact() { return sCompact; }
+    static void setCompact(bool on) { sCompact = on; }
 
     QRectF boundingRect() const override;
     QPainterPath shape() const override;
@@ -87,6 +92,7 @@ private:
     int mCurrentTime;
     double mWidth = 3.0;
     bool mInstant = false;
+    static bool sCompact;
 };
 
 /// A mainline key marker on the ruler (item type 1012), at y = -12.

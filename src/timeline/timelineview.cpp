@@ -17,6 +17,7 @@
 #include "model/tweeninfo.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QGraphicsScene>
 #include <QMenu>
 #include <QMouseEvent>
@@ -26,6 +27,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <tuple>
 
 namespace Morvane {
@@ -133,11 +135,11 @@ TimelineView::TimelineView(EditorSession *session, QWidget *parent)
 
     if (mSession) {
         connect(mSession, &EditorSession::documentChanged, this, [this] {
-            mFitPending = true;
+            mAutoFit = true;
             refresh();
         });
         connect(mSession, &EditorSession::animationChanged, this, [this] {
-            mFitPending = true;
+            mAutoFit = true;
             clean();
             refresh();
         });
@@ -174,6 +176,14 @@ int TimelineView::animationLength() const
 // Time and position.
 
 void TimelineView::setZoomFactor(double factor)
+{
+    // Fitted, the animation stays fitted as the dock is resized, until the
+    // user picks a zoom of their own.
+    mAutoFit = factor == -1.0;
+    applyZoom(factor);
+}
+
+void TimelineView::applyZoom(double factor)
 {
     if (factor == -1.0) {
         const int length = animationLength();
@@ -367,10 +377,13 @@ void TimelineView::refresh()
 
 void TimelineView::clean()
 {
-    for (TimelineGraphicsProxy *row : mOrder)
-        delete row->rect(); // deletes its key markers
-    for (MainlineKeyGraphicsProxy *marker : mMarkers)
-        delete marker;
+    // One sweep: taking 100,000 markers out one by one costs the index a
+    // search each. The playhead goes with them and comes back.
+    const QPointF playhead = mPlayhead->pos();
+    mScene->clear();
+    mPlayhead = new PlayheadItem;
+    mPlayhead->setPos(playhead);
+    mScene->addItem(mPlayhead);
     mMarkers.clear();
     mOrder.clear();
     mOwnedRows.clear();
@@ -391,10 +404,8 @@ void TimelineView::rebuild()
         placeItems();
         return;
     }
-    if (mFitPending && viewport()->width() > 100) {
-        mFitPending = false;
-        const double fit = anim->length() > 0 ? (viewport()->width() - 10.0) / anim->length() : mZoom;
-        mZoom = std::clamp(fit, MinZoom, MaxZoom);
+    if (mAutoFit && viewport()->width() > 100 && anim->length() > 0) {
+        mZoom = std::clamp((viewport()->width() - 10.0) / anim->length(), MinZoom, MaxZoom);
         Q_EMIT zoomChanged(mZoom);
     }
 
@@ -426,29 +437,41 @@ void TimelineView::rebuild()
                    -1, mOwnedRows);
     appendInOrder(mMainline, mOrder);
 
+    // Everything is placed before it enters the scene, so that the index takes
+    // each marker once.
+    const double animationWidth = mLength * mZoom;
+    const double total = std::max(animationWidth + 60.0, double(viewport()->width()));
     int visibleRow = 0;
     for (TimelineGraphicsProxy *row : mOrder) {
         auto *rect = new TimelineViewTimelineRect(row, visibleRow++);
+        rect->setWidths(total, animationWidth);
         row->setRect(rect);
-        mScene->addItem(rect);
         const QList<int> times = row->keyTimes(anim);
         const Timeline *timeline =
             row->id().kind == RowId::Kind::Timeline ? anim->timeline(row->id().timeline) : nullptr;
         for (int k = 0; k < times.size(); ++k) {
             auto *key = new TimelineKeyGraphicsProxy(row, times[k], rect);
+            key->setPositionalTime(times[k], mZoom, mLength);
             if (timeline)
                 key->setInstant(timeline->key(k)->curve().isInstant());
             row->appendKey(key);
         }
     }
+    layoutRows();
+    for (TimelineGraphicsProxy *row : mOrder)
+        mScene->addItem(row->rect());
     for (int i = 0; i < anim->mainlineKeyCount(); ++i) {
         auto *marker = new MainlineKeyGraphicsProxy(mMainline->keys()[size_t(i)]->currentTime());
+        marker->setCurrentTime(marker->currentTime(), mZoom);
         mScene->addItem(marker);
         mMarkers.push_back(marker);
     }
-    layoutRows();
-    placeItems();
+    updateCompactKeys();
     applyKeySelection(keep);
+    // New items wait in a list for the scene's queued polish, and taking an
+    // item out before that searches the list: rows rebuilt twice within one
+    // edit would cost the square of the marker count. Polish them now.
+    QCoreApplication::sendPostedEvents(mScene, QEvent::MetaCall);
 }
 
 void TimelineView::layoutRows()
@@ -466,7 +489,8 @@ void TimelineView::layoutRows()
         row->rect()->setVisibleRow(visibleRow++);
         y += row->ownHeight();
     }
-    placeItems();
+    mRowsHeight = y;
+    updateSceneRect();
     Q_EMIT rowsChanged();
 }
 
@@ -475,21 +499,43 @@ void TimelineView::placeItems()
     const int length = animationLength();
     const double animationWidth = length * mZoom;
     const double total = std::max(animationWidth + 60.0, double(viewport()->width()));
-    double height = 0;
     for (TimelineGraphicsProxy *row : mOrder) {
         row->rect()->setWidths(total, animationWidth);
         for (TimelineKeyGraphicsProxy *key : row->keys())
             key->setPositionalTime(key->positionalTime(), mZoom, length);
-        if (row->isShown())
-            height = std::max(height, row->top() + row->ownHeight());
     }
     for (MainlineKeyGraphicsProxy *marker : mMarkers)
         marker->setCurrentTime(marker->currentTime(), mZoom);
+    updateCompactKeys();
+    updateSceneRect();
+}
+
+void TimelineView::updateSceneRect()
+{
+    const double total = std::max(animationLength() * mZoom + 60.0, double(viewport()->width()));
     mPlayhead->setPos(xFromTime(mShownTime), -12);
     // The scene spans the ruler strip too; this view shows the rows only.
-    mScene->setSceneRect(QRectF(0, -24, total, height + 24));
-    setSceneRect(QRectF(0, 0, total, std::max(height, 1.0)));
+    const double left = -TimelineViewTimelineRect::LeftMargin;
+    mScene->setSceneRect(QRectF(left, -24, total - left, mRowsHeight + 24));
+    setSceneRect(QRectF(left, 0, total - left, std::max(mRowsHeight, 1.0)));
     viewport()->update();
+}
+
+void TimelineView::updateCompactKeys()
+{
+    // Keys closer than their shapes are wide are drawn as plain ticks: they
+    // would only overlap, and ticks are cheap when thousands are in view.
+    int closest = std::numeric_limits<int>::max();
+    if (mMainline) {
+        const auto &keys = mMainline->keys();
+        for (size_t i = 1; i < keys.size(); ++i)
+            closest = std::min(closest, keys[i]->positionalTime() - keys[i - 1]->positionalTime());
+    }
+    const bool compact = closest != std::numeric_limits<int>::max() && closest * mZoom < 9.0;
+    if (compact != TimelineKeyGraphicsProxy::compact()) {
+        TimelineKeyGraphicsProxy::setCompact(compact);
+        viewport()->update();
+    }
 }
 
 // Selection.
@@ -969,12 +1015,10 @@ void TimelineView::leaveEvent(QEvent *event)
 void TimelineView::resizeEvent(QResizeEvent *event)
 {
     QGraphicsView::resizeEvent(event);
-    if (mFitPending && animation() && viewport()->width() > 100) {
-        mFitPending = false;
-        setZoomFactor(-1);
-    } else {
+    if (mAutoFit && animation() && viewport()->width() > 100)
+        applyZoom(-1);
+    else
         placeItems();
-    }
 }
 
 void TimelineView::drawForeground(QPainter *painter, const QRectF &rect)

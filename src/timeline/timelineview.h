@@ -175,9 +175,12 @@ protected:
 private:
     enum class Gesture { None, DragKeys, Box, Retime };
 
+    void applyZoom(double factor);
     void rebuild();
     void layoutRows();
     void placeItems();
+    void updateSceneRect();
+    void updateCompactKeys();
     void storeOldTimes();
     void dragKeysTo(double sceneX);
     void retimeTo(double sceneX);
@@ -196,7 +199,7 @@ private:
     QPointer<EditorSession> mSession;
     QGraphicsScene *mScene;
     double mZoom = 0.25;
-    bool mFitPending = true;
+    bool mAutoFit = true;
     int mShownTime = 0;
     PlayheadItem *mPlayhead;
     std::vector<std::unique_ptr<TimelineGraphicsProxy>> mOwnedRows;
@@ -206,6 +209,7 @@ private:
     QSet<QString> mExpanded;
     TimelineRowFilter mFilter;
     int mLength = 0;
+    double mRowsHeight = 0.0;
     int mSnapPreview = 0;
 
     Gesture mGesture = Gesture::None;

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#pragma once
+
+#include "model/address.h"
+
+#include <QByteArray>
+#include <QPointer>
+#include <QUndoCommand>
+
+#include <memory>
+
+namespace Morvane {
+
+class Animation;
+class MainlineKey;
+class RigxData;
+
+/// Gives the animation back as a whole: redo puts the "after" state in place,
+/// undo the "before" state. The animation is found by its entity and animation
+/// indexes on every step; both states are kept compressed.
+class ChangeAnimationCommand : public QUndoCommand
+{
+public:
+    /// `after` is the animation as it is now; with `applied` (the usual case:
+    /// the caller has just changed it) the first redo leaves it as it is.
+    ChangeAnimationCommand(std::unique_ptr<Animation> before, const Animation *after,
+                           const QString &text, bool applied = true,
+                           QUndoCommand *parent = nullptr);
+    ~ChangeAnimationCommand() override;
+
+    void redo() override;
+    void undo() override;
+
+    /// The bytes the two states take (for measuring).
+    qsizetype storedBytes() const;
+
+private:
+    void apply(bool after);
+
+    Address mAnimation;
+    struct States;
+    std::unique_ptr<States> mStates;
+    bool mSkipRedo;
+};
+
+/// Moves a mainline key (found at its old time, or at its new time for undo)
+/// and its child keys in time (milliseconds).
+class SetMainlineKeyTimeCommand : public QUndoCommand
+{
+public:
+    SetMainlineKeyTimeCommand(MainlineKey *key, int oldTime, int newTime, bool flag = false,
+                              bool force = false, QUndoCommand *parent = nullptr);
+
+    void redo() override;
+    void undo() override;
+
+private:
+    void move(int from, int to);
+
+    Address mAnimation;
+    int mOldTime;
+    int mNewTime;
+    bool mForce;
+};
+
+/// Opens (`atEnd` false) or closes (`atEnd` true) a macro that moves value
+/// lines: the document raises `refreshVariables` once per macro either way.
+class RefreshVariablesCommand : public QUndoCommand
+{
+public:
+    RefreshVariablesCommand(RigxData *document, bool atEnd, QUndoCommand *parent = nullptr);
+
+    void redo() override;
+    void undo() override;
+
+private:
+    QPointer<RigxData> mDocument;
+    bool mAtEnd;
+};
+
+/// Inserts clones of an animation right after it. The plain form makes one
+/// copy. The special form makes `count` + 1 copies, a family of speeds: copy
+/// k (from 0) runs `speed` * `speedStep`^k times as fast (its key times and
+/// length divided by that, rounded to milliseconds) and then holds its last
+/// pose `holdMs` * k milliseconds longer. Each copy is named after the source
+/// with a number that makes it unique in the entity.
+class CloneAnimationCommand : public QUndoCommand
+{
+public:
+    explicit CloneAnimationCommand(Animation *source, QUndoCommand *parent = nullptr);
+    CloneAnimationCommand(Animation *source, double holdMs, int count, double speed,
+                          double speedStep, QUndoCommand *parent = nullptr);
+    ~CloneAnimationCommand() override;
+
+    void redo() override;
+    void undo() override;
+
+private:
+    Address mSource;
+    QPointer<RigxData> mDocument;
+    int mEntityRow = -1;
+    int mInsertRow = -1;
+    double mHoldMs = 0.0;
+    int mCount = 0;
+    double mSpeed = 1.0;
+    double mSpeedStep = 1.0;
+    bool mDone = false;
+};
+
+} // namespace Morvane

@@ -1,0 +1,331 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "timeline/keyedits.h"
+
+#include "canvas/commands/canvascommands.h"
+#include "canvas/morvanecanvasscene.h"
+#include "model/animation.h"
+#include "model/commands/animationcommands.h"
+#include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/objectref.h"
+#include "model/rigxdata.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QSet>
+#include <QUndoStack>
+
+#include <memory>
+
+namespace Morvane::KeyEdits {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("KeyEdits", text);
+}
+
+void setError(QString *error, const QString &text)
+{
+    if (error)
+        *error = text;
+}
+
+QString lineName(const Timeline *tl)
+{
+    const Object *o = tl ? tl->object() : nullptr;
+    return o ? o->name() : (tl ? tl->name() : QString());
+}
+
+// Opens a macro on the document's stack; without one the commands are
+// applied one by one as they are pushed, which leaves the same document.
+class Macro
+{
+public:
+    Macro(RigxData *document, const QString &text)
+        : mDocument(document)
+        , mStack(document ? document->undoStack() : nullptr)
+    {
+        if (mStack)
+            mStack->beginMacro(text);
+    }
+    ~Macro()
+    {
+        if (mStack)
+            mStack->endMacro();
+    }
+    void push(QUndoCommand *command) { RigxData::pushUndo(mDocument, command); }
+
+private:
+    RigxData *mDocument;
+    QUndoStack *mStack;
+};
+
+// The key of `tl` in force at `time`: the last one at or before it, else the first.
+TimelineKey *keyInForce(const Timeline *tl, int time)
+{
+    int lo = 0;
+    int hi = tl->keyCount();
+    while (lo < hi) {
+        const int mid = lo + (hi - lo) / 2;
+        if (tl->key(mid)->time(true) <= time)
+            lo = mid + 1;
+        else
+            hi = mid;
+    }
+    return tl->key(lo > 0 ? lo - 1 : 0);
+}
+
+// Deletes mainline keys (with their timeline keys) and timeline keys; the
+// references of the remaining mainline keys that showed a deleted key show
+// the key of that timeline in force at their time.
+void removeKeys(Animation *anim, const QSet<MainlineKey *> &mainKeys,
+                const QSet<TimelineKey *> &timeKeys)
+{
+    QSet<const TimelineKey *> doomed(timeKeys.begin(), timeKeys.end());
+    for (const MainlineKey *mk : mainKeys) {
+        for (int i = 0; i < mk->childTimeKeyCount(); ++i)
+            doomed.insert(mk->childTimeKey(i));
+    }
+    QList<QPair<ObjectRef *, Timeline *>> orphans;
+    for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
+        MainlineKey *mk = anim->mainlineKey(m);
+        if (mainKeys.contains(mk))
+            continue;
+        for (int i = 0; i < mk->refCount(); ++i) {
+            ObjectRef *r = mk->ref(i);
+            if (doomed.contains(r->key()))
+                orphans.append({r, r->timeline()});
+        }
+    }
+    for (TimelineKey *k : timeKeys) {
+        if (Timeline *tl = k->parentTimeline())
+            tl->removeKey(k, true);
+    }
+    for (MainlineKey *mk : mainKeys)
+        anim->deleteMainlineKey(mk, true);
+    for (const auto &[ref, tl] : orphans) {
+        if (tl && tl->keyCount() > 0)
+            ref->setKey(keyInForce(tl, ref->parentMainlineKey()->currentTime()));
+    }
+}
+
+// Records a change made directly to the animation (after `before` was taken)
+// as one macro: selection, the whole animation before and after, selection.
+void recordSnapshot(MorvaneCanvasScene *scene, Animation *anim, std::unique_ptr<Animation> before,
+                    ObjectSelectionCommand *startSelection, const QString &text)
+{
+    Macro macro(scene->model(), text);
+    macro.push(startSelection);
+    macro.push(new ChangeAnimationCommand(std::move(before), anim, QString()));
+    macro.push(new ObjectSelectionCommand(scene, true));
+}
+
+struct Resolved
+{
+    QSet<MainlineKey *> mainKeys;
+    QSet<TimelineKey *> timeKeys;
+    QList<MainlineKey *> mainOrder; // as named, for curves
+    QList<TimelineKey *> timeOrder;
+};
+
+bool resolve(const Animation *anim, const QList<KeyId> &keys, Resolved *out, QString *error)
+{
+    for (const KeyId &id : keys) {
+        if (id.timeline < 0) {
+            MainlineKey *mk = anim->mainlineKeyAtExactTime(id.time);
+            if (!mk) {
+                setError(error, tr("no mainline key at %1 ms").arg(id.time));
+                return false;
+            }
+            if (!out->mainKeys.contains(mk))
+                out->mainOrder.append(mk);
+            out->mainKeys.insert(mk);
+            continue;
+        }
+        const Timeline *tl = anim->timeline(id.timeline);
+        if (!tl) {
+            setError(error, tr("no timeline %1").arg(id.timeline));
+            return false;
+        }
+        TimelineKey *k = tl->actualKeyFromTime(id.time);
+        if (!k) {
+            setError(error, tr("no key of \"%1\" at %2 ms").arg(lineName(tl)).arg(id.time));
+            return false;
+        }
+        if (!out->timeKeys.contains(k))
+            out->timeOrder.append(k);
+        out->timeKeys.insert(k);
+    }
+    return true;
+}
+
+Animation *animationOf(MorvaneCanvasScene *scene, QString *error)
+{
+    Animation *anim = scene ? scene->currentAnimation() : nullptr;
+    if (!anim)
+        setError(error, tr("no animation is shown"));
+    return anim;
+}
+
+} // namespace
+
+bool recordKeyMove(MorvaneCanvasScene *scene, const KeyTimeChangeInstructionSet &set,
+                   const TimelineFilter &filter, QUndoCommand *selectionBefore,
+                   QUndoCommand *selectionAfter, const std::function<void()> &enactOtherLines)
+{
+    std::unique_ptr<QUndoCommand> before(selectionBefore);
+    std::unique_ptr<QUndoCommand> after(selectionAfter);
+    Animation *anim = scene ? scene->currentAnimation() : nullptr;
+    if (!anim || !set.movesAnything())
+        return false;
+    RigxData *document = scene->model();
+    Macro macro(document, tr("keys moved"));
+    if (before)
+        macro.push(before.release());
+    macro.push(new ObjectSelectionCommand(scene, false, false, true));
+    macro.push(new RefreshVariablesCommand(document, false));
+    anim->setLinesToMovedLinesCommand(set, filter);
+    if (enactOtherLines)
+        enactOtherLines();
+    macro.push(new RefreshVariablesCommand(document, true));
+    if (after)
+        macro.push(after.release());
+    macro.push(new ObjectSelectionCommand(scene, true, false, true));
+    return true;
+}
+
+bool deleteKeys(MorvaneCanvasScene *scene, const QList<KeyId> &keys, QString *error)
+{
+    Animation *anim = animationOf(scene, error);
+    if (!anim)
+        return false;
+    if (keys.isEmpty()) {
+        setError(error, tr("no key to delete"));
+        return false;
+    }
+    Resolved found;
+    if (!resolve(anim, keys, &found, error))
+        return false;
+    if (found.mainKeys.size() >= anim->mainlineKeyCount()) {
+        setError(error, tr("the mainline key at %1 ms is mandatory (the only one left)")
+                            .arg((*found.mainKeys.begin())->currentTime()));
+        return false;
+    }
+    // A timeline keeps at least one key.
+    QHash<const Timeline *, int> losing;
+    QSet<const TimelineKey *> counted;
+    auto count = [&](const TimelineKey *k) {
+        if (k && !counted.contains(k)) {
+            counted.insert(k);
+            ++losing[k->parentTimeline()];
+        }
+    };
+    for (const TimelineKey *k : std::as_const(found.timeOrder))
+        count(k);
+    for (const MainlineKey *mk : std::as_const(found.mainOrder)) {
+        for (int i = 0; i < mk->childTimeKeyCount(); ++i)
+            count(mk->childTimeKey(i));
+    }
+    for (auto it = losing.cbegin(); it != losing.cend(); ++it) {
+        if (it.key() && it.value() >= it.key()->keyCount()) {
+            const TimelineKey *last = nullptr;
+            for (const TimelineKey *k : counted) {
+                if (k->parentTimeline() == it.key())
+                    last = k;
+            }
+            setError(error, tr("the key of \"%1\" at %2 ms is mandatory (the only key of its "
+                               "timeline)")
+                                .arg(lineName(it.key()))
+                                .arg(last ? last->time(true) : 0));
+            return false;
+        }
+    }
+
+    auto *start = new ObjectSelectionCommand(scene, false);
+    auto before = anim->clone();
+    removeKeys(anim, found.mainKeys, found.timeKeys);
+    // Named keys count; the timeline keys going with a mainline key do not.
+    const int total = int(found.timeKeys.size()) + int(found.mainKeys.size());
+    recordSnapshot(scene, anim, std::move(before), start,
+                   total == 1 ? tr("key deleted") : tr("keys deleted"));
+    return true;
+}
+
+bool changeCurve(MorvaneCanvasScene *scene, const QList<KeyId> &keys, const TweenInfo &tween,
+                 QString *error)
+{
+    Animation *anim = animationOf(scene, error);
+    if (!anim)
+        return false;
+    Resolved found;
+    if (!resolve(anim, keys, &found, error))
+        return false;
+    if (keys.isEmpty()) {
+        setError(error, tr("no key to change"));
+        return false;
+    }
+    auto *start = new ObjectSelectionCommand(scene, false);
+    auto before = anim->clone();
+    for (MainlineKey *mk : std::as_const(found.mainOrder))
+        mk->setCurve(tween);
+    for (TimelineKey *k : std::as_const(found.timeOrder))
+        k->setCurve(tween);
+    recordSnapshot(scene, anim, std::move(before), start, tr("curve changed"));
+    return true;
+}
+
+bool setAnimationLength(MorvaneCanvasScene *scene, int lengthMs, QString *error)
+{
+    Animation *anim = animationOf(scene, error);
+    if (!anim)
+        return false;
+    if (lengthMs < 0) {
+        setError(error, tr("a length of %1 ms is below 0").arg(lengthMs));
+        return false;
+    }
+    QSet<MainlineKey *> mainKeys;
+    for (int i = 0; i < anim->mainlineKeyCount(); ++i) {
+        MainlineKey *mk = anim->mainlineKey(i);
+        // The first key stays whatever its time: the mainline is never empty.
+        if (i > 0 && mk->currentTime() > lengthMs)
+            mainKeys.insert(mk);
+    }
+    QSet<TimelineKey *> timeKeys;
+    for (int t = 0; t < anim->timelineCount(); ++t) {
+        const Timeline *tl = anim->timeline(t);
+        for (int i = tl->keyCount() - 1; i >= 0 && tl->key(i)->time(true) > lengthMs; --i) {
+            TimelineKey *k = tl->key(i);
+            if (!mainKeys.contains(k->mainKey()))
+                timeKeys.insert(k);
+        }
+    }
+    auto *start = new ObjectSelectionCommand(scene, false);
+    auto before = anim->clone();
+    removeKeys(anim, mainKeys, timeKeys);
+    anim->deleteEmptyTimelines(true);
+    anim->setLength(lengthMs);
+    if (anim->loopTo() > lengthMs)
+        anim->setLoopTo(lengthMs);
+    recordSnapshot(scene, anim, std::move(before), start, tr("animation length changed"));
+    return true;
+}
+
+bool cloneAnimation(MorvaneCanvasScene *scene, QString *error)
+{
+    Animation *anim = animationOf(scene, error);
+    if (!anim)
+        return false;
+    if (!anim->parentEntity()) {
+        setError(error, tr("the animation belongs to no entity"));
+        return false;
+    }
+    RigxData::pushUndo(scene->model(), new CloneAnimationCommand(anim));
+    return true;
+}
+
+} // namespace Morvane::KeyEdits
