@@ -20,6 +20,11 @@
 #include "projectnaming.h"
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
+#include "ui/charmaps/charmapspanel.h"
+#include "ui/curveeditor/curveeditor.h"
+#include "ui/properties/propertiespanel.h"
+#include "ui/variables/tagspanel.h"
+#include "ui/variables/variablespanel.h"
 #include "ui_morvanewindow.h"
 #include "updatechecker.h"
 #include "updatecheckoptionsdialog.h"
@@ -232,6 +237,26 @@ void MorvaneWindow::setupWidgets()
         last = dock;
         mDockWidgets.append(dock);
         mUi->menuWindow->addAction(dock->toggleViewAction());
+    }
+    // The panels that exist replace their empty stand-ins.
+    EditorSession *session = EditorSession::current();
+    for (QDockWidget *dock : std::as_const(mDockWidgets)) {
+        const QString name = dock->objectName();
+        QWidget *panel = nullptr;
+        if (name == QLatin1String("objectPropertiesDock"))
+            panel = new PropertiesPanel(session);
+        else if (name == QLatin1String("characterMapDock"))
+            panel = new CharMapsPanel(session);
+        else if (name == QLatin1String("variablesDock"))
+            panel = new VariablesPanel(session);
+        else if (name == QLatin1String("tagsDock"))
+            panel = new TagsPanel(session);
+        else if (name == QLatin1String("curveEditorDock"))
+            panel = new CurveEditor(session);
+        if (panel) {
+            delete dock->widget();
+            dock->setWidget(panel);
+        }
     }
     // The first tab of each tabbed area is the one shown.
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {
