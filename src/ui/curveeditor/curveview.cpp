@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kMargin = 12.0;
 // Eased progress shown below 0 and above 1, as a fraction of the unit square.
-constexpr double kOvershoot = 0.35;
+constexpr double kOvershoot = 0.25;
 constexpr double kHandleRadius = 5.0;
 constexpr double kGrabDistance = 9.0;
 
@@ -89,14 +89,18 @@ void CurveView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(rect(), palette().base());
+    painter.fillRect(rect(), palette().window());
     const QRectF r = unitRect();
 
-    // Overshoot bands, the unit square and quarter lines.
+    // The plot: the unit square on the base colour, with the overshoot room
+    // above and below it tinted.
+    const double room = r.height() * kOvershoot;
+    const QRectF plot = r.adjusted(0, -room, 0, room);
+    painter.fillRect(plot, palette().base());
     QColor band = palette().text().color();
     band.setAlpha(14);
-    painter.fillRect(QRectF(r.left(), 0, r.width(), r.top()), band);
-    painter.fillRect(QRectF(r.left(), r.bottom(), r.width(), height() - r.bottom()), band);
+    painter.fillRect(QRectF(plot.left(), plot.top(), plot.width(), room), band);
+    painter.fillRect(QRectF(plot.left(), r.bottom(), plot.width(), room), band);
     QColor grid = palette().text().color();
     grid.setAlpha(40);
     painter.setPen(QPen(grid, 1));

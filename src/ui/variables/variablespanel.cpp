@@ -50,7 +50,10 @@ VariablesPanel::VariablesPanel(EditorSession *session, QWidget *parent)
     mTable->setHorizontalHeaderLabels({tr("Name"), tr("Type"), tr("Default"), tr("Value now")});
     mTable->verticalHeader()->hide();
     mTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    mTable->horizontalHeader()->setSectionResizeMode(TypeColumn, QHeaderView::ResizeToContents);
+    // The type is a box in each row, which sizing to contents does not see.
+    mTable->horizontalHeader()->setSectionResizeMode(TypeColumn, QHeaderView::Fixed);
+    mTable->setColumnWidth(TypeColumn, mTable->fontMetrics().horizontalAdvance(QStringLiteral("string"))
+                                           + 48);
     mTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     mTable->setSelectionMode(QAbstractItemView::SingleSelection);
     mAdd = new QPushButton(tr("Add"));
