@@ -26,8 +26,13 @@
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
 #include "ui/batchconvert/batchconvert.h"
+#include "ui/charmaps/charmapspanel.h"
+#include "ui/curveeditor/curveeditor.h"
 #include "ui/help/helpviewer.h"
 #include "ui/packing/packdialog.h"
+#include "ui/properties/propertiespanel.h"
+#include "ui/variables/tagspanel.h"
+#include "ui/variables/variablespanel.h"
 #include "ui_morvanewindow.h"
 #include "updatechecker.h"
 #include "updatecheckoptionsdialog.h"
@@ -255,6 +260,26 @@ void MorvaneWindow::setupWidgets()
             MorvaneSettings::useSnappingFramesAsUnits = MainlineView::useFramesAsUnits;
             MorvaneSettings::lastSnappingInterval = Animation::lastSnappingInterval;
         });
+    }
+    // The panels that exist replace their empty stand-ins.
+    EditorSession *session = EditorSession::current();
+    for (QDockWidget *dock : std::as_const(mDockWidgets)) {
+        const QString name = dock->objectName();
+        QWidget *panel = nullptr;
+        if (name == QLatin1String("objectPropertiesDock"))
+            panel = new PropertiesPanel(session);
+        else if (name == QLatin1String("characterMapDock"))
+            panel = new CharMapsPanel(session);
+        else if (name == QLatin1String("variablesDock"))
+            panel = new VariablesPanel(session);
+        else if (name == QLatin1String("tagsDock"))
+            panel = new TagsPanel(session);
+        else if (name == QLatin1String("curveEditorDock"))
+            panel = new CurveEditor(session);
+        if (panel) {
+            delete dock->widget();
+            dock->setWidget(panel);
+        }
     }
     // The first tab of each tabbed area is the one shown.
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {

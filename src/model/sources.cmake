@@ -36,11 +36,17 @@ list(APPEND MORVANE_CORE_SOURCES
     model/commands/animationcommands.cpp
     model/commands/animationcommands.h
     model/commands/changevalue.h
+    model/commands/charmapcommands.cpp
+    model/commands/charmapcommands.h
     model/commands/commandids.h
+    model/commands/keycurvecommands.cpp
+    model/commands/keycurvecommands.h
     model/commands/mainlinekeycommands.cpp
     model/commands/mainlinekeycommands.h
     model/commands/objectcommands.cpp
     model/commands/objectcommands.h
+    model/commands/objectinfocommands.cpp
+    model/commands/objectinfocommands.h
     model/commands/timelinekeycommands.cpp
     model/commands/timelinekeycommands.h
     model/charactermap.cpp

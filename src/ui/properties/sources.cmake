@@ -1,0 +1,5 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# SPDX-FileCopyrightText: 2026 The Morvane developers
+list(APPEND MORVANE_EDITOR_SOURCES
+    ui/properties/propertiespanel.cpp
+    ui/properties/propertiespanel.h)
