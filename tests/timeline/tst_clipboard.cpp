@@ -334,6 +334,17 @@ void TestClipboard::variableAndTagKeysComeAlong()
     QVERIFY(pasted);
     QCOMPARE(copy.copiedRelAnimation()->mainlineKey(0)->refCount(),
              idle->mainlineKeyFromTime(600, true)->childTimeKeyCount());
+
+    // Keys 600 ms apart pasted 300 ms before the end of the 800 ms walk: the
+    // second would land past the end and is left out.
+    idle->ownLineHolder().lineForEditing(line)->setKey(ValKey::create(VarType::Int, 0, 5));
+    QVERIFY(copy.copyKeys(idle, {}, {{-1, line, 0}, {-1, line, 600}}));
+    QVERIFY(pasteKeys(e.scene(), &copy, 500, &message));
+    QVERIFY2(message.contains(QStringLiteral("1 key past the end left out")), qPrintable(message));
+    mood = e.hero.animation(QStringLiteral("walk"))->ownLineHolder().line(line);
+    QCOMPARE(mood->keyAtTime(500)->value().toInt(), 5);
+    for (int k = 0; k < mood->keyCount(); ++k)
+        QVERIFY(mood->key(k)->time() <= 800);
 }
 
 void TestClipboard::copyToAllFramesOfOneProperty_data()
