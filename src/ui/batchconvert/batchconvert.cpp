@@ -59,6 +59,7 @@ BatchConvert::BatchConvert(RigxData *document, QWidget *parent)
     layout->addWidget(conversion);
     layout->addWidget(selection);
     layout->addWidget(buttons);
+    setMinimumWidth(360);
 
     // The run starts once the form is gone, so its questions stand alone.
     connect(this, &QDialog::accepted, this, &BatchConvert::convert, Qt::QueuedConnection);
