@@ -2,9 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "../app/apptesthelpers.h"
 #include "io/projectfile.h"
+#include "projectcontroller.h"
 #include "model/file.h"
 #include "model/folder.h"
 #include "model/rigxdata.h"
+#include "morvanewindow.h"
 #include "ui/packing/packdialog.h"
 
 #include <QCheckBox>
@@ -15,6 +17,7 @@
 #include <QJsonObject>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPainter>
 #include <QPointer>
 #include <QPushButton>
@@ -89,6 +92,7 @@ private slots:
     void cleanup();
     void packAndBind_data();
     void packAndBind();
+    void fromTheWindow();
 
 private:
     QString path(const QString &name) const { return mFixture.path(name); }
@@ -264,6 +268,38 @@ void TestPackDialog::packAndBind()
     QCOMPARE(savedBytes(), before);
     mStack.redo();
     QCOMPARE(savedBytes(), after);
+}
+
+// The action sits in the File menu, works only with a project open, and offers the
+// project's folders.
+void TestPackDialog::fromTheWindow()
+{
+    const QString example = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero/hero.rigx");
+    MorvaneWindow window(QStringLiteral("r4.1"), {});
+    auto *action = window.findChild<QAction *>(
+        QStringLiteral("actionGenerate_Sprite_Sheet_from_Project_Textures"));
+    QCOMPARE(action->text(), QString("Create Spritesheet from Project Textures (JSON hash)"));
+    QVERIFY(!action->isEnabled());
+    auto *file = window.findChild<QMenu *>(QStringLiteral("menuFile"));
+    QVERIFY(file->actions().contains(action));
+
+    window.project()->open(example);
+    QVERIFY(action->isEnabled());
+    action->trigger();
+    QPointer<PackDialog> dialog = window.findChild<PackDialog *>();
+    QVERIFY(dialog);
+    QVERIFY(dialog->isVisible());
+    QStringList folders;
+    auto *list = dialog->findChild<QListWidget *>("folders");
+    for (int row = 0; row < list->count(); ++row)
+        folders << list->item(row)->text();
+    QCOMPARE(folders, QStringList({"body", "costume", "props"}));
+    QCOMPARE(dialog->findChild<QLineEdit *>("outputFolder")->text(),
+             QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero/atlas"));
+    QTest::mouseClick(dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Close),
+                      Qt::LeftButton);
+    QTRY_VERIFY(!dialog);
+    QCOMPARE(window.undoStack()->count(), 0);
 }
 
 QTEST_MAIN(TestPackDialog)

@@ -59,6 +59,7 @@ BatchConvert::BatchConvert(RigxData *document, QWidget *parent)
     layout->addWidget(conversion);
     layout->addWidget(selection);
     layout->addWidget(buttons);
+    setMinimumWidth(360);
 
     // The run starts once the form is gone, so its questions stand alone.
     connect(this, &QDialog::accepted, this, &BatchConvert::convert, Qt::QueuedConnection);
@@ -149,10 +150,8 @@ void BatchConvert::reopen(const QString &path)
 {
     // A project never saved knows only its folder (a path ending in "/"): it was empty and
     // clean, so an empty document in that folder is the same project.
-    if (!path.isEmpty() && !path.endsWith(QLatin1Char('/'))
-        && ProjectFile::open(mDocument, path, ProjectIoHost::defaultHost())) {
-        // fall through: the project is back
-    } else {
+    const bool hasFile = !path.isEmpty() && !path.endsWith(QLatin1Char('/'));
+    if (!hasFile || !ProjectFile::open(mDocument, path, ProjectIoHost::defaultHost())) {
         mDocument->clear();
         if (path.endsWith(QLatin1Char('/')))
             mDocument->setFilePath(path);
@@ -195,6 +194,9 @@ void BatchConvert::convert()
 
     mRunning = true;
     const QString previous = mDocument->filePath();
+    // Nothing may be undone into the files being converted; the history was saved.
+    if (QUndoStack *stack = mDocument->undoStack())
+        stack->clear();
     emit runStarted();
 
     int converted = 0;

@@ -286,9 +286,10 @@ void PackDialog::pack()
         command->setText(tr("Bind Folders to Sprite Sheet"));
         const int count = command->folderCount();
         RigxData::pushUndo(mDocument, command);
-        bound = tr(" %1 now the sheets' frames; Edit > Undo reverts that.")
-                    .arg(count == 1 ? tr("The packed folder shows")
-                                    : tr("The %1 packed folders show").arg(count));
+        bound = QLatin1Char(' ')
+                + (count == 1 ? tr("The packed folder now shows the sheet's frames.")
+                              : tr("The %1 packed folders now show the sheets' frames.").arg(count))
+                + tr(" Edit > Undo reverts that.");
     }
     progress.setValue(imageCount + 2);
 

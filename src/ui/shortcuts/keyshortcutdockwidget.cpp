@@ -69,6 +69,7 @@ KeyShortcutDockWidget::KeyShortcutDockWidget(QWidget *parent)
     mTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     mTable->setAlternatingRowColors(true);
     mTable->horizontalHeader()->setStretchLastSection(true);
+    mTable->verticalHeader()->setDefaultSectionSize(mTable->fontMetrics().height() + 6);
 
     auto *keyRow = new QHBoxLayout;
     keyRow->addWidget(new QLabel(tr("Key:")));
@@ -85,6 +86,9 @@ KeyShortcutDockWidget::KeyShortcutDockWidget(QWidget *parent)
     connect(this, &QDockWidget::visibilityChanged, this, [this](bool visible) {
         if (!visible)
             return;
+        // A floating list first shows at its contents' small hint; give it room to read.
+        if (isFloating() && (width() < 400 || height() < 400))
+            resize(qMax(width(), 460), qMax(height(), 560));
         QList<QAction *> actions;
         for (const QPointer<QAction> &action : std::as_const(mActions)) {
             if (action)
