@@ -20,6 +20,8 @@
 #include "projectnaming.h"
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
+#include "ui/animations/animationspanel.h"
+#include "ui/palette/palettepanel.h"
 #include "ui_morvanewindow.h"
 #include "updatechecker.h"
 #include "updatecheckoptionsdialog.h"
@@ -232,6 +234,17 @@ void MorvaneWindow::setupWidgets()
         last = dock;
         mDockWidgets.append(dock);
         mUi->menuWindow->addAction(dock->toggleViewAction());
+    }
+    for (QDockWidget *dock : std::as_const(mDockWidgets)) {
+        QWidget *panel = nullptr;
+        if (dock->objectName() == QLatin1String("paletteDock"))
+            panel = new PalettePanel(EditorSession::current(), dock);
+        else if (dock->objectName() == QLatin1String("animationDock"))
+            panel = new AnimationsPanel(EditorSession::current(), dock);
+        if (panel) {
+            delete dock->widget();
+            dock->setWidget(panel);
+        }
     }
     // The first tab of each tabbed area is the one shown.
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {
