@@ -6,14 +6,19 @@
 #include "model/rigxdata.h"
 #include "actionicons.h"
 #include "canvas/canvaseditor.h"
+#include "canvas/clipboard/clipboardeditor.h"
 #include "canvas/editorsession.h"
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/tools/toolmanager.h"
 #include "canvashost.h"
+#include "model/animation.h"
+#include "timeline/mainlineview.h"
+#include "timeline/timelineeditor.h"
+#include "timeline/timelineview.h"
 #include "autosaver.h"
 #include "imagecoderpath.h"
-#include "keyshortcutdockwidget.h"
+#include "ui/shortcuts/keyshortcutdockwidget.h"
 #include "morvanesettings.h"
 #include "morvanesettingsdialog.h"
 #include "projectcontroller.h"
@@ -21,6 +26,9 @@
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
 #include "ui/animations/animationspanel.h"
+#include "ui/batchconvert/batchconvert.h"
+#include "ui/help/helpviewer.h"
+#include "ui/packing/packdialog.h"
 #include "ui/palette/palettepanel.h"
 #include "ui_morvanewindow.h"
 #include "updatechecker.h"
@@ -235,12 +243,27 @@ void MorvaneWindow::setupWidgets()
         mDockWidgets.append(dock);
         mUi->menuWindow->addAction(dock->toggleViewAction());
     }
+    // The timeline takes its dock's place holder.
+    for (QDockWidget *dock : std::as_const(mDockWidgets)) {
+        if (dock->objectName() != QLatin1String("timelineDock"))
+            continue;
+        auto *timeline = new TimelineEditor(canvas()->session(), dock);
+        delete dock->widget();
+        dock->setWidget(timeline);
+        connect(timeline, &TimelineEditor::statusMessage, this,
+                [this](const QString &text) { statusBar()->showMessage(text, 5000); });
+        connect(timeline, &TimelineEditor::snappingOptionsChanged, this, [] {
+            MorvaneSettings::snappingEnabled = TimelineView::snappingEnabled;
+            MorvaneSettings::useSnappingFramesAsUnits = MainlineView::useFramesAsUnits;
+            MorvaneSettings::lastSnappingInterval = Animation::lastSnappingInterval;
+        });
+    }
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {
         QWidget *panel = nullptr;
         if (dock->objectName() == QLatin1String("paletteDock"))
-            panel = new PalettePanel(EditorSession::current(), dock);
+            panel = new PalettePanel(canvas()->session(), dock);
         else if (dock->objectName() == QLatin1String("animationDock"))
-            panel = new AnimationsPanel(EditorSession::current(), dock);
+            panel = new AnimationsPanel(canvas()->session(), dock);
         if (panel) {
             delete dock->widget();
             dock->setWidget(panel);
@@ -293,7 +316,22 @@ void MorvaneWindow::setupConnections()
     connect(mUi->actionBlack, &QAction::triggered, this, [this] { setCanvasBackground(Qt::black); });
     connect(mUi->actionGrey, &QAction::triggered, this,
             [this] { setCanvasBackground(Qt::lightGray); });
-    connect(mUi->actionHelp, &QAction::triggered, this, &MorvaneWindow::showTutorialDialog);
+    connect(mUi->actionHelp, &QAction::triggered, this, [this] { HelpViewer::showManual(this); });
+    connect(mUi->actionBatch_Convert_Between_rigx_rigj, &QAction::triggered, this, [this] {
+        auto *dialog = new BatchConvert(rigx, this);
+        dialog->setSaveOptions(ProjectController::saveOptions());
+        dialog->setSaveProject([this] { return mProject->save(); });
+        connect(dialog, &BatchConvert::runStarted, this, [this] { mCanvas->setDocument(nullptr); });
+        connect(dialog, &BatchConvert::runFinished, mProject, &ProjectController::documentChanged);
+        connect(dialog, &BatchConvert::runFinished, mProject, &ProjectController::projectChanged);
+        dialog->open();
+    });
+    connect(mUi->actionGenerate_Sprite_Sheet_from_Project_Textures, &QAction::triggered, this,
+            [this] { (new PackDialog(rigx, this))->open(); });
+    const QList<QAction *> fileActions = mUi->menuFile->actions();
+    mUi->menuFile->insertAction(
+        fileActions.value(fileActions.indexOf(mUi->actionGenerate_TexturePacker_Spritesheet_tps) + 1),
+        mUi->actionGenerate_Sprite_Sheet_from_Project_Textures);
     connect(mUi->actionExit, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -310,6 +348,23 @@ void MorvaneWindow::setupShorcuts()
         action->setEnabled(false);
     for (const auto &[action, name] : WindowActions::canvasLinks(mUi))
         mCanvas->link(action, name);
+    // The form's clipboard entries drive the clipboard's actions and take
+    // their keys (one key, one action).
+    mClipboard = new ClipboardEditor(canvas()->scene(), this);
+    mClipboard->registerWithCanvas(canvas());
+    connect(mClipboard, &ClipboardEditor::statusMessage, this,
+            [this](const QString &text) { statusBar()->showMessage(text, 5000); });
+    for (QAction *own : mClipboard->actions()) {
+        if (auto *entry = findChild<QAction *>(own->objectName(), Qt::FindDirectChildrenOnly)) {
+            entry->setShortcuts(own->shortcuts());
+            own->setShortcuts({});
+            connect(entry, &QAction::triggered, own, &QAction::trigger);
+        }
+    }
+    // Copy with child sprites has no key of its own: the menu is its way in.
+    mUi->menuEdit->insertActions(mUi->actionCopy_Selection_To_All_Frames,
+                                 {mUi->actionCopy_with_child_sprites,
+                                  mUi->actionCopy_with_child_bones, mUi->actionCopy_with_children});
     // The editor's other actions: tools on the canvas toolbar, the rest in
     // the menus where an animator looks for them, so its own bar would only
     // repeat them. Clone's usual key belongs
@@ -330,7 +385,7 @@ void MorvaneWindow::setupShorcuts()
     for (const char *name :
          {"actionOnion_Skin", "actionOnion_Skin_By_Keys", "actionOnion_Skin_Selection_Only"})
         mUi->menuView->addAction(editor->action(QLatin1String(name)));
-    mKeyShortcutDock->fill(findChildren<QAction *>());
+    mKeyShortcutDock->fill(findChildren<QAction *>(), this);
     mKeyShortcutDock->resize(420, 520);
 }
 
@@ -483,6 +538,8 @@ void MorvaneWindow::on_actionAbout_triggered()
 {
     QMessageBox::about(this, tr("About Morvane"),
                        tr("<h3>Morvane %1</h3><p>A 2D skeletal cut-out animation editor.</p>"
+                          "<p>Help &gt; Help opens the manual; Help &gt; Shortcut List shows "
+                          "every key.</p>"
                           "<p>Copyright 2026 The Morvane developers. Licensed under the GNU "
                           "General Public License, version 3 or later.</p>")
                            .arg(mVersion));

@@ -20,6 +20,7 @@ namespace Morvane {
 class AutoSaver;
 class CanvasEditor;
 class CanvasHost;
+class ClipboardEditor;
 class KeyShortcutDockWidget;
 class MorvaneSettings;
 class ProjectController;
@@ -92,6 +93,7 @@ private:
     KeyShortcutDockWidget *mKeyShortcutDock = nullptr;
     QList<QDockWidget *> mDockWidgets;
     CanvasHost *mCanvas = nullptr;
+    ClipboardEditor *mClipboard = nullptr;
     // Actions whose features come with later parts of the editor; they stay
     // disabled whatever enableProjectActions says.
     QList<QAction *> mPendingActions;

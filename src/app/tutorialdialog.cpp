@@ -2,8 +2,11 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "tutorialdialog.h"
 
+#include "ui/help/helpviewer.h"
+
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QPushButton>
 #include <QSettings>
 #include <QTextBrowser>
 #include <QVBoxLayout>
@@ -29,7 +32,9 @@ TutorialDialog::TutorialDialog(QWidget *parent)
         "<li>Morvane autosaves a copy named <i>project.autosave.rigx</i> beside your project "
         "(Edit &gt; Settings... sets how often).</li>"
         "</ol>"
-        "<p>The <b>Shortcut List</b> in the Help menu lists every key.</p>"));
+        "<p>The manual (<b>Help &gt; Help</b>) describes the canvas gestures, the timeline, "
+        "every panel, export, sprite sheets and the command-line tool. The <b>Shortcut "
+        "List</b> in the Help menu lists every key.</p>"));
     auto *showAgain = new QCheckBox(tr("Show this at start-up"), this);
     showAgain->setChecked(QSettings().value("showVideoHelpOnStartup", true).toBool());
     connect(showAgain, &QCheckBox::toggled, this,
@@ -37,6 +42,12 @@ TutorialDialog::TutorialDialog(QWidget *parent)
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    QPushButton *manual = buttons->addButton(tr("Open the Manual"), QDialogButtonBox::ActionRole);
+    connect(manual, &QPushButton::clicked, this, [this] {
+        HelpViewer::showManual(parentWidget() ? parentWidget() : this,
+                               QStringLiteral("getting-started.md"));
+        close();
+    });
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(text);

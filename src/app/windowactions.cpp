@@ -31,8 +31,14 @@ QList<QAction *> WindowActions::projectDependent(Ui::MorvaneWindow *ui)
 {
     return {ui->actionSave_Project_As, ui->actionSave_New_Version,
             ui->actionImport_Another_Project_Into_Current,
+            ui->actionGenerate_Sprite_Sheet_from_Project_Textures,
             ui->actionBlack,           ui->actionGrey,
-            ui->actionColorBackground};
+            ui->actionColorBackground,
+            // The clipboard.
+            ui->actionCut, ui->actionCopy, ui->actionPaste, ui->actionCopy_Current_Frame,
+            ui->actionCopy_with_child_sprites, ui->actionCopy_with_child_bones,
+            ui->actionCopy_with_children, ui->actionCopy_Selection_To_All_Frames,
+            ui->actionAltPaste};
 }
 
 QList<QAction *> WindowActions::pending(Ui::MorvaneWindow *ui)
@@ -42,14 +48,10 @@ QList<QAction *> WindowActions::pending(Ui::MorvaneWindow *ui)
         ui->actionSave_Project_As_Legacy, ui->actionExport_To_PNG,
         ui->actionBatch_Export_To_PNG_GIF, ui->actionExport_Baked_Project,
         ui->actionGenerate_TexturePacker_Spritesheet_tps,
-        ui->actionGenerate_Sprite_Sheet_from_Project_Textures,
-        ui->actionBatch_Convert_Between_rigx_rigj, ui->actionSave_As_Resized_Project_and_images,
+        ui->actionSave_As_Resized_Project_and_images,
         ui->actionClose_Project,
-        // Clipboard and selection.
-        ui->actionCut, ui->actionCopy, ui->actionPaste, ui->actionCopy_Current_Frame,
-        ui->actionCopy_with_child_sprites, ui->actionCopy_with_child_bones,
-        ui->actionCopy_with_children, ui->actionCopy_Selection_To_All_Frames,
-        ui->actionAltPaste, ui->actionDelete_From_All_Frames, ui->actionDelete_All_Instances,
+        // Selection.
+        ui->actionDelete_From_All_Frames, ui->actionDelete_All_Instances,
         // Canvas modes.
         ui->actionShow_Bones, ui->actionLock_Bones, ui->actionShow_Sprites_2,
         ui->actionLock_Sprites, ui->actionForce_names,

@@ -30,3 +30,4 @@ list(APPEND MORVANE_EDITOR_SOURCES
     canvas/twoboneik.cpp
     canvas/twoboneik.h
 )
+include(canvas/clipboard/sources.cmake)

@@ -4,13 +4,12 @@
 
 #include "clicommand.h"
 #include "io/jsonwriter.h"
+#include "io/projectconversion.h"
 #include "io/projectfile.h"
 #include "model/rigxdata.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QDirIterator>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QThread>
@@ -20,7 +19,6 @@
 #include <condition_variable>
 #include <cstdio>
 #include <mutex>
-#include <sys/stat.h>
 #include <thread>
 #include <vector>
 
@@ -36,11 +34,6 @@ struct BatchItem
     QByteArray messages; // the conversion's warnings, passed on to stderr
     bool done = false;
 };
-
-QString otherSuffix(const QString &suffix)
-{
-    return suffix == QLatin1String("rigj") ? QStringLiteral("rigx") : QStringLiteral("rigj");
-}
 
 // Converts one file in a process of its own, so that files convert side by side without
 // sharing any state, and a file that takes the converter down takes only its own run.
@@ -110,18 +103,10 @@ int runBatch(const QCommandLineParser &parser, bool pretty)
     std::vector<BatchItem> items;
     for (const QString &file : ConvertCommand::batchFiles(paths, target)) {
         BatchItem item{file, ConvertCommand::targetPath(file, target), {}, {}, false};
-        const QFileInfo info(file);
-        struct stat status;
-        if (::stat(QFile::encodeName(file).constData(), &status) != 0) {
-            item.error = QStringLiteral("No such file or directory");
-        } else if (!S_ISREG(status.st_mode)) {
-            // A FIFO or a device would keep the converter waiting for ever.
-            item.error = QStringLiteral("not a regular file");
+        item.error = ProjectConversion::sourceProblem(file, target);
+        // Only a file that is there keeps its would-be output in the line.
+        if (!item.error.isEmpty() && QFileInfo::exists(file))
             item.out.clear();
-        } else if (info.suffix().compare(otherSuffix(target), Qt::CaseInsensitive) != 0) {
-            item.error = QStringLiteral("not a .%1 project file").arg(otherSuffix(target));
-            item.out.clear();
-        }
         item.done = !item.error.isEmpty();
         items.push_back(item);
     }
@@ -207,34 +192,12 @@ int ConvertCommand::run(const QCommandLineParser &parser)
 
 QStringList ConvertCommand::batchFiles(const QStringList &paths, const QString &targetSuffix)
 {
-    const QString source = otherSuffix(targetSuffix);
-    QStringList files;
-    for (const QString &path : paths) {
-        if (!QFileInfo(path).isDir()) {
-            files.append(path);
-            continue;
-        }
-        QStringList found;
-        QDirIterator it(path, QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot,
-                        QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            const QString file = it.next();
-            if (it.fileInfo().suffix().compare(source, Qt::CaseInsensitive) == 0)
-                found.append(file);
-        }
-        found.sort();
-        files += found;
-    }
-    return files;
+    return ProjectConversion::batchFiles(paths, targetSuffix);
 }
 
 QString ConvertCommand::targetPath(const QString &file, const QString &targetSuffix)
 {
-    const QFileInfo info(file);
-    const QString suffix = info.suffix();
-    if (suffix.isEmpty())
-        return file + QLatin1Char('.') + targetSuffix;
-    return file.left(file.size() - suffix.size()) + targetSuffix;
+    return ProjectConversion::targetPath(file, targetSuffix);
 }
 
 } // namespace Morvane

@@ -5,6 +5,7 @@
 #include "infocommand.h"
 #include "packcommand.h"
 #include "posecommand.h"
+#include "rendercommand.h"
 #include "valuescommand.h"
 
 #include <QCommandLineParser>
@@ -29,6 +30,8 @@ const CliCommand sCommands[] = {
      &PackCommand::run},
     {"pose", PoseCommand::Arguments, PoseCommand::Summary, &PoseCommand::addOptions,
      &PoseCommand::run},
+    {"render", RenderCommand::Arguments, RenderCommand::Summary, &RenderCommand::addOptions,
+     &RenderCommand::run, true},
     {"values", ValuesCommand::Arguments, ValuesCommand::Summary, &ValuesCommand::addOptions,
      &ValuesCommand::run},
 };

@@ -14,6 +14,8 @@ list(APPEND MORVANE_CORE_SOURCES
     io/metawriter.h
     io/numberformat.cpp
     io/numberformat.h
+    io/projectconversion.cpp
+    io/projectconversion.h
     io/projectfile.cpp
     io/projectfile.h
     io/projectiohost.cpp

@@ -4,7 +4,7 @@
 #include "autosaver.h"
 #include "eval/entityinstance.h"
 #include "io/xmlprojectwriter.h"
-#include "keyshortcutdockwidget.h"
+#include "ui/shortcuts/keyshortcutdockwidget.h"
 #include "model/animation.h"
 #include "model/charactermap.h"
 #include "model/file.h"

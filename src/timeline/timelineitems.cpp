@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "timeline/timelineitems.h"
+
+#include "timeline/timelinerows.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QStyleOptionGraphicsItem>
+
+#include <algorithm>
+
+namespace Morvane {
+
+// Row backgrounds.
+
+TimelineViewTimelineRect::TimelineViewTimelineRect(TimelineGraphicsProxy *row, int visibleRow)
+    : mRow(row)
+    , mVisibleRow(visibleRow)
+{
+    setZValue(-1);
+    setFlag(ItemUsesExtendedStyleOption);
+}
+
+void TimelineViewTimelineRect::setWidths(double total, double animation)
+{
+    if (total == mWidth && animation == mAnimationWidth)
+        return;
+    prepareGeometryChange();
+    mWidth = total;
+    mAnimationWidth = animation;
+}
+
+void TimelineViewTimelineRect::setHeight(double height)
+{
+    if (height == mHeight)
+        return;
+    prepareGeometryChange();
+    mHeight = height;
+}
+
+void TimelineViewTimelineRect::setHighlighted(bool on)
+{
+    if (mHighlighted != on) {
+        mHighlighted = on;
+        update();
+    }
+}
+
+QRectF TimelineViewTimelineRect::boundingRect() const
+{
+    return QRectF(0, 0, mWidth, mHeight);
+}
+
+void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
+                                     QWidget *)
+{
+    // Only the exposed part: a zoomed-in row can be millions of pixels wide.
+    const QRectF exposed = option->exposedRect.intersected(boundingRect());
+    QColor base = (mVisibleRow % 2) ? TimelineColors::rowOdd() : TimelineColors::rowEven();
+    if (mHighlighted)
+        base = base.lighter(125);
+    const QRectF inside = exposed.intersected(QRectF(0, 0, mAnimationWidth, mHeight));
+    if (!inside.isEmpty())
+        painter->fillRect(inside, base);
+    const QRectF past = exposed.intersected(QRectF(mAnimationWidth, 0, mWidth, mHeight));
+    if (!past.isEmpty())
+        painter->fillRect(past, TimelineColors::pastEnd());
+    painter->fillRect(QRectF(exposed.left(), mHeight - 1, exposed.width(), 1), QColor(0, 0, 0, 60));
+}
+
+// Key markers.
+
+namespace {
+constexpr double KeySize = 6.0; // half the diamond's diagonal, pixels
+}
+
+TimelineKeyGraphicsProxy::TimelineKeyGraphicsProxy(TimelineGraphicsProxy *row, int time,
+                                                   QGraphicsItem *parent)
+    : QGraphicsItem(parent)
+    , mRow(row)
+    , mOriginalTime(time)
+    , mPositionalTime(time)
+    , mCurrentTime(time)
+{
+    setFlag(ItemIsSelectable);
+}
+
+void TimelineKeyGraphicsProxy::setPositionalTime(int time, double zoom, int length)
+{
+    mPositionalTime = std::clamp(time, 0, std::max(0, length));
+    const QPointF p(mPositionalTime * zoom, mRow ? mRow->ownHeight() : 20);
+    if (pos() != p)
+        setPos(p);
+}
+
+void TimelineKeyGraphicsProxy::setWidth(double width)
+{
+    if (width != mWidth) {
+        prepareGeometryChange();
+        mWidth = width;
+    }
+}
+
+QRectF TimelineKeyGraphicsProxy::boundingRect() const
+{
+    // The marker's rectangle from (-1, -20) and the shape drawn around its time.
+    return QRectF(-1, -20, mWidth, 20).united(QRectF(-KeySize - 1, -16, 2 * KeySize + 2, 12));
+}
+
+QPainterPath TimelineKeyGraphicsProxy::shape() const
+{
+    QPainterPath path;
+    path.addRect(boundingRect());
+    return path;
+}
+
+void TimelineKeyGraphicsProxy::paint(QPainter *painter, const QStyleOptionGraphicsItem *,
+                                     QWidget *)
+{
+    const QColor fill = isSelected() ? TimelineColors::selection() : mRow->color();
+    const QColor outline = isSelected() ? fill.darker(160) : QColor(20, 20, 20);
+    const Shape shape = mInstant && mRow->keyShape() == Shape::Diamond ? Shape::Square
+                                                                        : mRow->keyShape();
+    painter->setPen(outline);
+    painter->setBrush(fill);
+    switch (shape) {
+    case Shape::Bar:
+        painter->drawRect(QRectF(-2, -18, 4, 16));
+        break;
+    case Shape::Diamond: {
+        const QPointF points[4] = {{0, -16}, {KeySize, -10}, {0, -4}, {-KeySize, -10}};
+        painter->drawPolygon(points, 4);
+        break;
+    }
+    case Shape::Square:
+        painter->drawRect(QRectF(-4.5, -14.5, 9, 9));
+        break;
+    case Shape::Circle:
+        painter->drawEllipse(QPointF(0, -10), 5, 5);
+        break;
+    case Shape::Flag: {
+        const QPointF points[4] = {{0, -18}, {8, -14}, {0, -10}, {0, -2}};
+        painter->drawPolygon(points, 3);
+        painter->drawLine(QPointF(0, -18), QPointF(0, -2));
+        break;
+    }
+    }
+}
+
+// Mainline markers on the ruler.
+
+MainlineKeyGraphicsProxy::MainlineKeyGraphicsProxy(int time)
+    : mTime(time)
+{
+    setZValue(1);
+}
+
+void MainlineKeyGraphicsProxy::setCurrentTime(int time, double zoom)
+{
+    mTime = time;
+    setPos(time * zoom, -12);
+}
+
+void MainlineKeyGraphicsProxy::setHighlighted(bool on)
+{
+    if (mHighlighted != on) {
+        mHighlighted = on;
+        update();
+    }
+}
+
+QRectF MainlineKeyGraphicsProxy::boundingRect() const
+{
+    return QRectF(-5, -2, 10, 14);
+}
+
+void MainlineKeyGraphicsProxy::paint(QPainter *painter, const QStyleOptionGraphicsItem *,
+                                     QWidget *)
+{
+    const QPointF points[3] = {{-4.5, 4}, {4.5, 4}, {0, 11}};
+    painter->setPen(QColor(20, 20, 20));
+    painter->setBrush(mHighlighted ? TimelineColors::selection() : QColor(0xc8, 0xc8, 0xc8));
+    painter->drawPolygon(points, 3);
+}
+
+// The playhead.
+
+PlayheadItem::PlayheadItem()
+{
+    setZValue(10);
+    setPos(0, -12);
+}
+
+QRectF PlayheadItem::boundingRect() const
+{
+    return QRectF(-7, -12, 14, 24);
+}
+
+void PlayheadItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
+{
+    const QPointF points[5] = {{-6, -10}, {6, -10}, {6, 4}, {0, 11}, {-6, 4}};
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(TimelineColors::playhead().darker(150));
+    painter->setBrush(TimelineColors::playhead());
+    painter->drawPolygon(points, 5);
+}
+
+} // namespace Morvane
