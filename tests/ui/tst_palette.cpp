@@ -489,6 +489,7 @@ void TestPalette::dragMakesSprite_data()
     QTest::newRow("project image") << "props/flame.png" << false;
     QTest::newRow("image new to the project") << "props/gem.png" << true;
     QTest::newRow("new image in a new folder") << "extra/gem two.png" << true;
+    QTest::newRow("characters that mean something in a URL") << "props/#1 100%25?.png" << true;
 }
 
 // What the palette's drag carries is what the canvas makes a sprite of; an

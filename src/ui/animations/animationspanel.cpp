@@ -25,6 +25,7 @@
 #include <QSpinBox>
 #include <QToolBar>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 #include <QUndoStack>
 #include <QVBoxLayout>
 
@@ -93,6 +94,7 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
     addActions({rename, remove});
 
     mTree->setObjectName(QStringLiteral("animationTree"));
+    mTree->setMinimumHeight(120);
     mTree->setHeaderHidden(true);
     mTree->setColumnCount(1);
     mTree->setEditTriggers(QAbstractItemView::EditKeyPressed);
@@ -222,6 +224,11 @@ void AnimationsPanel::rebuild()
     }
     if (!toPick && keepEntity >= 0 && doc && keepEntity < doc->entityCount())
         toPick = mTree->topLevelItem(keepEntity);
+    // With nothing picked yet, the shown animation is: its fields fill at once.
+    for (QTreeWidgetItemIterator it(mTree); !toPick && *it; ++it) {
+        if ((*it)->font(0).bold())
+            toPick = *it;
+    }
     mPickedEntity = -1;
     mPickedAnimation = -1;
     if (toPick)

@@ -94,6 +94,19 @@ QIcon iconFor(const QImage &image)
     return QIcon(pixmap);
 }
 
+// A standard icon at its usual size, centred in a thumbnail's square so the
+// names of folders, images and missing images line up.
+QIcon smallIcon(const QStyle *style, QStyle::StandardPixmap which)
+{
+    QPixmap pixmap(ThumbnailLoader::Side, ThumbnailLoader::Side);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    const int side = 20;
+    const QPixmap icon = style->standardIcon(which).pixmap(side, side);
+    painter.drawPixmap((ThumbnailLoader::Side - side) / 2, (ThumbnailLoader::Side - side) / 2, icon);
+    return QIcon(pixmap);
+}
+
 QString atlasPrefix(const QString &sheet)
 {
     return QLatin1Char('<') + sheet + QLatin1String(">/");
@@ -139,6 +152,7 @@ PalettePanel::PalettePanel(EditorSession *session, QWidget *parent)
         &PalettePanel::attemptMissingImageResolution);
 
     mTree->setObjectName(QStringLiteral("paletteTree"));
+    mTree->setMinimumHeight(160);
     mTree->setHeaderHidden(true);
     mTree->setIconSize(QSize(ThumbnailLoader::Side, ThumbnailLoader::Side));
     mTree->setUniformRowHeights(true);
@@ -315,7 +329,7 @@ void PalettePanel::refill()
                             : new QTreeWidgetItem(mTree, {label});
         item->setData(0, PaletteTree::NameRole, path);
         item->setData(0, PaletteTree::KindRole, PaletteTree::FolderItem);
-        item->setIcon(0, style()->standardIcon(QStyle::SP_DirIcon));
+        item->setIcon(0, smallIcon(style(), QStyle::SP_DirIcon));
         item->setFlags(Qt::ItemIsEnabled);
         folderItems.insert(path, item);
         return item;
@@ -343,7 +357,7 @@ void PalettePanel::refill()
             QTreeWidgetItem *sheetItem = new QTreeWidgetItem(mTree, {tr("%1 (sprite sheet)").arg(sheet)});
             sheetItem->setData(0, PaletteTree::NameRole, prefix);
             sheetItem->setData(0, PaletteTree::KindRole, PaletteTree::FolderItem);
-            sheetItem->setIcon(0, style()->standardIcon(QStyle::SP_DirLinkIcon));
+            sheetItem->setIcon(0, smallIcon(style(), QStyle::SP_DirLinkIcon));
             sheetItem->setFlags(Qt::ItemIsEnabled);
             doc->imageCache().atlasFrame(root, sheet, QString());
             const JsonSpriteSheet *loaded = doc->imageCache().spriteSheets().spriteSheet(sheet, false);
@@ -369,7 +383,7 @@ void PalettePanel::refill()
                 const QImage image = present ? doc->imageCache().atlasFrame(root, sheet, frame)
                                              : QImage();
                 item->setIcon(0, present ? iconFor(image)
-                                         : style()->standardIcon(QStyle::SP_MessageBoxWarning));
+                                         : smallIcon(style(), QStyle::SP_MessageBoxWarning));
                 item->setToolTip(0, present ? (file ? tr("Frame of %1").arg(sheet)
                                                     : tr("Frame of %1, not yet in the project")
                                                           .arg(sheet))
@@ -392,7 +406,7 @@ void PalettePanel::refill()
                 item->setIcon(0, iconFor(mThumbnails->thumbnail(file->fullPath())));
                 item->setToolTip(0, tr("%1\n%2 x %3 pixels").arg(name).arg(file->width()).arg(file->height()));
             } else {
-                item->setIcon(0, style()->standardIcon(QStyle::SP_MessageBoxWarning));
+                item->setIcon(0, smallIcon(style(), QStyle::SP_MessageBoxWarning));
                 item->setForeground(0, QColor(0xc0, 0x20, 0x20));
                 item->setToolTip(0, tr("Missing: %1\nUse Find Missing to look for it under the "
                                        "project folder")
