@@ -25,11 +25,13 @@
 #include "projectnaming.h"
 #include "saveoptionsdialog.h"
 #include "tutorialdialog.h"
+#include "ui/animations/animationspanel.h"
 #include "ui/batchconvert/batchconvert.h"
 #include "ui/charmaps/charmapspanel.h"
 #include "ui/curveeditor/curveeditor.h"
 #include "ui/help/helpviewer.h"
 #include "ui/packing/packdialog.h"
+#include "ui/palette/palettepanel.h"
 #include "ui/properties/propertiespanel.h"
 #include "ui/variables/tagspanel.h"
 #include "ui/variables/variablespanel.h"
@@ -262,11 +264,15 @@ void MorvaneWindow::setupWidgets()
         });
     }
     // The panels that exist replace their empty stand-ins.
-    EditorSession *session = EditorSession::current();
+    EditorSession *session = canvas()->session();
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {
         const QString name = dock->objectName();
         QWidget *panel = nullptr;
-        if (name == QLatin1String("objectPropertiesDock"))
+        if (name == QLatin1String("paletteDock"))
+            panel = new PalettePanel(session, dock);
+        else if (name == QLatin1String("animationDock"))
+            panel = new AnimationsPanel(session, dock);
+        else if (name == QLatin1String("objectPropertiesDock"))
             panel = new PropertiesPanel(session);
         else if (name == QLatin1String("characterMapDock"))
             panel = new CharMapsPanel(session);

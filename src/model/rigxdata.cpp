@@ -13,11 +13,16 @@
 #include "model/object.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "model/commands/filecommands.h"
+#include "model/commands/timelinekeycommands.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSet>
 #include <QUndoStack>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Morvane {
 
@@ -347,25 +352,93 @@ void RigxData::removeUnusedFiles()
 
 void RigxData::replaceFileReferences(const Address &from, const Address &to, bool undoable)
 {
-    // Undoable key commands arrive with the editing views; until a stack is
-    // present the change is applied directly either way.
-    Q_UNUSED(undoable);
     const File *source = from.file();
-    if (!source)
+    const File *target = to.file();
+    if (!source || !target || source == target)
         return;
-    for (const auto &e : mEntities) {
-        for (int a = 0; a < e->animationCount(); ++a) {
-            const Animation *anim = e->animation(a);
-            for (int t = 0; t < anim->timelineCount(); ++t) {
-                const Timeline *tl = anim->timeline(t);
-                for (int k = 0; k < tl->keyCount(); ++k) {
-                    TimelineKey *key = tl->key(k);
-                    if (key->fileInfo().file() == source)
-                        key->fileInfo().setAddress(to);
+    auto *command = new ChangeKeyFile(this, source, target);
+    if (undoable) {
+        pushUndo(command);
+    } else {
+        command->redo();
+        delete command;
+    }
+}
+
+void RigxData::createUndosForDefaultPivotPoints(File *file, const QPointF &pivot)
+{
+    if (!file || file->document() != this)
+        return;
+    const QPointF old = file->pivot(false);
+    if (old == pivot)
+        return;
+    auto *macro = new QUndoCommand(tr("default pivot changed"));
+    // The image stays put: the pivot moves over the image by the pivot's change
+    // times the image size, seen through the key's own scale and turn (its
+    // parent bone moves both points alike).
+    const double dx = (pivot.x() - old.x()) * file->width();
+    const double dy = (pivot.y() - old.y()) * file->height();
+    for (int e = 0; e < entityCount(); ++e) {
+        const Entity *entity = this->entity(e);
+        for (int a = 0; a < entity->animationCount(); ++a) {
+            const Animation *animation = entity->animation(a);
+            for (int t = 0; t < animation->timelineCount(); ++t) {
+                const Timeline *timeline = animation->timeline(t);
+                if (!timeline->isSprite())
+                    continue;
+                for (int k = 0; k < timeline->keyCount(); ++k) {
+                    TimelineKey *key = timeline->key(k);
+                    if (key->fileInfo().file() != file || !key->info().defaultPivot())
+                        continue;
+                    DisplayInfo info = key->info();
+                    const double radians = info.angle / DisplayInfo::DegreesPerRadian;
+                    const double sx = dx * info.xScale;
+                    const double sy = dy * info.yScale;
+                    info.x += sx * std::cos(radians) - sy * std::sin(radians);
+                    info.y += sx * std::sin(radians) + sy * std::cos(radians);
+                    new TimeKeyDisplayInfoChangeCommand(key, info, false, macro);
                 }
             }
         }
     }
+    new ChangeFilePivot(file, pivot, macro);
+    pushUndo(macro);
+}
+
+QStringList RigxData::missingImageCandidates(const File *file) const
+{
+    QStringList found;
+    const QString root = projectDirectory();
+    if (!file || root.isEmpty())
+        return found;
+    const QString wanted = QFileInfo(RigxData::removeBeginningBracketDirectory(file->name())).fileName();
+    if (wanted.isEmpty())
+        return found;
+    constexpr int MaxDepth = 12;
+    constexpr int MaxEntries = 50000;
+    int seen = 0;
+    // Breadth first, so the nearest candidates come first; links to folders are
+    // not followed, so a loop cannot keep the search going.
+    QList<QPair<QString, int>> queue{{root, 0}};
+    const QDir rootDir(root);
+    while (!queue.isEmpty() && seen < MaxEntries) {
+        const auto [path, depth] = queue.takeFirst();
+        const QFileInfoList entries = QDir(path).entryInfoList(
+            QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+        for (const QFileInfo &entry : entries) {
+            if (++seen > MaxEntries)
+                break;
+            if (entry.isDir() && !entry.isSymLink()) {
+                if (depth + 1 < MaxDepth)
+                    queue.append({entry.filePath(), depth + 1});
+            } else if (entry.isFile() && entry.fileName() == wanted) {
+                const QString relative = rootDir.relativeFilePath(entry.filePath());
+                if (relative != file->name())
+                    found.append(relative);
+            }
+        }
+    }
+    return found;
 }
 
 QString RigxData::validatePath(const QString &path, bool stripProjectDirectory) const

@@ -9,6 +9,7 @@
 
 #include <QMap>
 #include <QObject>
+#include <QPointF>
 #include <QString>
 #include <QStringList>
 
@@ -132,8 +133,17 @@ public:
     QStringList missingImageFullPaths() const { return mMissingImages; }
     bool hasMissingImages() const { return !mMissingImages.isEmpty(); }
     /// Makes every key that shows the file at `from` show the file at `to`;
-    /// with `undoable`, through commands on the undo stack.
+    /// with `undoable`, as one command on the undo stack.
     void replaceFileReferences(const Address &from, const Address &to, bool undoable = true);
+    /// Gives `file` the default pivot `pivot` (fractions, y from the top) as one
+    /// undo step in which every sprite key that shows the file and follows its
+    /// default pivot moves so that the image stays where it is on screen.
+    void createUndosForDefaultPivotPoints(File *file, const QPointF &pivot);
+    /// Where a missing file's image may have gone: the project-relative paths
+    /// of regular files with its file name elsewhere under the project
+    /// directory, nearest first. The search is bounded (depth and entries), so a
+    /// huge or looping tree cannot stall it.
+    QStringList missingImageCandidates(const File *file) const;
     /// Normalises a path entering the model: backslashes become "/", the
     /// project directory is removed when `stripProjectDirectory` (and a path
     /// is set), and leading "/" go.

@@ -41,6 +41,10 @@ list(APPEND MORVANE_CORE_SOURCES
     model/commands/commandids.h
     model/commands/keycurvecommands.cpp
     model/commands/keycurvecommands.h
+    model/commands/entitycommands.cpp
+    model/commands/entitycommands.h
+    model/commands/filecommands.cpp
+    model/commands/filecommands.h
     model/commands/mainlinekeycommands.cpp
     model/commands/mainlinekeycommands.h
     model/commands/objectcommands.cpp

@@ -1,0 +1,293 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "model/commands/entitycommands.h"
+
+#include "model/animation.h"
+#include "model/commands/timelinekeycommands.h"
+#include "model/entity.h"
+#include "model/mainlinekey.h"
+#include "model/timelinekey.h"
+#include "model/rigxdata.h"
+#include "model/timeline.h"
+
+#include <QCoreApplication>
+
+#include <cmath>
+
+namespace Morvane {
+
+namespace {
+
+// A detached animation refers to its objects by pointer, and those may be
+// destroyed and made again while it waits on the stack: keep their rows instead.
+QList<int> objectRows(const Animation &animation, const Entity *entity)
+{
+    QList<int> rows;
+    for (int i = 0; i < animation.timelineCount(); ++i)
+        rows.append(entity ? entity->indexOfObject(animation.timeline(i)->object()) : -1);
+    return rows;
+}
+
+void bindObjects(Animation *animation, const Entity *entity, const QList<int> &rows)
+{
+    for (int i = 0; i < animation->timelineCount() && i < rows.size(); ++i)
+        animation->timeline(i)->setObject(entity->object(rows.at(i)));
+}
+
+} // namespace
+
+AppendEntityCommand::AppendEntityCommand(RigxData *document, const QString &name,
+                                         QUndoCommand *parent)
+    : QUndoCommand(QCoreApplication::translate("Morvane", "new entity"), parent)
+    , mDocument(document)
+    , mName(name)
+{}
+
+void AppendEntityCommand::redo()
+{
+    mIndex = -1;
+    if (!mDocument)
+        return;
+    mDocument->appendEntity(new Entity(mName, true));
+    mIndex = mDocument->entityCount() - 1;
+    mDocument->emitEntityAnimationStructureChanged();
+}
+
+void AppendEntityCommand::undo()
+{
+    Entity *entity = mDocument && mIndex >= 0 ? mDocument->entity(mIndex) : nullptr;
+    if (!entity || mIndex != mDocument->entityCount() - 1 || entity->name() != mName)
+        return;
+    mDocument->deleteEntity(mIndex);
+    mIndex = -1;
+    mDocument->emitEntityAnimationStructureChanged();
+}
+
+RemoveEntityCommand::RemoveEntityCommand(Entity *entity, QUndoCommand *parent)
+    : QUndoCommand(QCoreApplication::translate("Morvane", "entity deleted"), parent)
+    , mEntity(entity ? freshAddress(entity->address()) : Address())
+{
+    if (entity) {
+        mSnapshot = std::make_unique<Entity>(entity->name());
+        mSnapshot->setTo(*entity);
+        mSnapshot->setId(entity->id());
+    }
+}
+
+RemoveEntityCommand::~RemoveEntityCommand() = default;
+
+void RemoveEntityCommand::redo()
+{
+    mRemoved = false;
+    RigxData *document = mEntity.document();
+    Entity *entity = freshAddress(mEntity).entity();
+    if (!entity || !mSnapshot || entity->name() != mSnapshot->name())
+        return;
+    document->deleteEntity(mEntity.entityIndex());
+    mRemoved = true;
+    document->emitEntityAnimationStructureChanged();
+}
+
+void RemoveEntityCommand::undo()
+{
+    RigxData *document = mEntity.document();
+    if (!mRemoved || !document)
+        return;
+    auto *entity = new Entity(mSnapshot->name());
+    entity->setTo(*mSnapshot);
+    entity->setId(mSnapshot->id());
+    document->appendEntity(entity, qMin(mEntity.entityIndex(), document->entityCount()));
+    mRemoved = false;
+    document->emitEntityAnimationStructureChanged();
+}
+
+InsertAnimationCommand::InsertAnimationCommand(Entity *entity,
+                                               std::unique_ptr<Animation> animation, int index,
+                                               QUndoCommand *parent)
+    : QUndoCommand(QCoreApplication::translate("Morvane", "new animation"), parent)
+    , mEntity(entity ? freshAddress(entity->address()) : Address())
+    , mTemplate(std::move(animation))
+    , mIndex(index)
+{
+    if (mTemplate)
+        mObjectIndexes = objectRows(*mTemplate, entity);
+}
+
+InsertAnimationCommand::~InsertAnimationCommand() = default;
+
+void InsertAnimationCommand::redo()
+{
+    mInsertedAt = -1;
+    Entity *entity = freshAddress(mEntity).entity();
+    if (!entity || !mTemplate)
+        return;
+    auto copy = mTemplate->clone();
+    bindObjects(copy.get(), entity, mObjectIndexes);
+    const int at = mIndex < 0 || mIndex > entity->animationCount() ? entity->animationCount()
+                                                                   : mIndex;
+    entity->insertAnimation(at, copy.release());
+    mInsertedAt = at;
+    if (RigxData *document = entity->document())
+        document->emitEntityAnimationStructureChanged();
+}
+
+void InsertAnimationCommand::undo()
+{
+    Entity *entity = freshAddress(mEntity).entity();
+    Animation *animation = entity && mInsertedAt >= 0 ? entity->animation(mInsertedAt) : nullptr;
+    if (!animation || animation->name() != mTemplate->name())
+        return;
+    entity->deleteAnimation(mInsertedAt);
+    mInsertedAt = -1;
+    if (RigxData *document = entity->document())
+        document->emitEntityAnimationStructureChanged();
+}
+
+RemoveAnimationCommand::RemoveAnimationCommand(Animation *animation, QUndoCommand *parent)
+    : QUndoCommand(QCoreApplication::translate("Morvane", "animation deleted"), parent)
+    , mAnimation(animation ? freshAddress(animation->address()) : Address())
+{
+    if (animation) {
+        mSnapshot = animation->clone();
+        mObjectIndexes = objectRows(*animation, animation->parentEntity());
+    }
+}
+
+RemoveAnimationCommand::~RemoveAnimationCommand() = default;
+
+void RemoveAnimationCommand::redo()
+{
+    mRemoved = false;
+    Animation *animation = freshAddress(mAnimation).animation();
+    Entity *entity = animation ? animation->parentEntity() : nullptr;
+    if (!entity || !mSnapshot || animation->name() != mSnapshot->name())
+        return;
+    entity->deleteAnimation(mAnimation.animationIndex());
+    mRemoved = true;
+    if (RigxData *document = entity->document())
+        document->emitEntityAnimationStructureChanged();
+}
+
+void RemoveAnimationCommand::undo()
+{
+    Entity *entity = mRemoved ? Address(mAnimation.document(), {mAnimation.entityIndex()}).entity()
+                              : nullptr;
+    if (!entity)
+        return;
+    auto copy = mSnapshot->clone();
+    bindObjects(copy.get(), entity, mObjectIndexes);
+    entity->insertAnimation(qMin(mAnimation.animationIndex(), entity->animationCount()),
+                            copy.release());
+    mRemoved = false;
+    if (RigxData *document = entity->document())
+        document->emitEntityAnimationStructureChanged();
+}
+
+ChangeEntityName::ChangeEntityName(Entity *entity, const QString &name, QUndoCommand *parent)
+    : ChangeValue(QCoreApplication::translate("Morvane", "entity renamed"),
+                  {Change{freshAddress(entity->address()), entity->name(), name}},
+                  CommandId::None, parent)
+{}
+
+Entity *ChangeEntityName::target(const Address &address) const
+{
+    return inDocument(freshAddress(address).entity(), address);
+}
+
+void ChangeEntityName::setValue(Entity *entity, const QString &name) const
+{
+    entity->setName(name);
+}
+
+void ChangeEntityName::changed(RigxData *document) const
+{
+    document->emitEntityAnimationStructureChanged();
+}
+
+AnimationSettings AnimationSettings::of(const Animation &animation)
+{
+    AnimationSettings s;
+    s.name = animation.name();
+    s.length = animation.length();
+    s.loopingMode = animation.loopingMode();
+    s.loopTo = animation.loopTo();
+    s.snappingInterval = animation.snappingInterval();
+    return s;
+}
+
+ChangeAnimationSettings::ChangeAnimationSettings(Animation *animation,
+                                                 const AnimationSettings &settings,
+                                                 QUndoCommand *parent)
+    : ChangeValue(QCoreApplication::translate("Morvane", "animation changed"),
+                  {Change{freshAddress(animation->address()), AnimationSettings::of(*animation),
+                          settings}},
+                  CommandId::None, parent)
+{}
+
+Animation *ChangeAnimationSettings::target(const Address &address) const
+{
+    return inDocument(freshAddress(address).animation(), address);
+}
+
+void ChangeAnimationSettings::setValue(Animation *animation,
+                                       const AnimationSettings &settings) const
+{
+    animation->setName(settings.name);
+    animation->setLength(settings.length);
+    animation->setLoopingMode(settings.loopingMode);
+    animation->setLoopTo(settings.loopTo);
+    animation->setSnappingInterval(settings.snappingInterval);
+}
+
+void ChangeAnimationSettings::changed(RigxData *document) const
+{
+    document->emitEntityAnimationStructureChanged();
+}
+
+std::unique_ptr<Animation> retimedAnimation(const Animation &animation, double speed, int hold,
+                                            QString *error)
+{
+    const auto fail = [error](const QString &why) {
+        if (error)
+            *error = why;
+        return std::unique_ptr<Animation>();
+    };
+    if (!(speed > 0.0) || !std::isfinite(speed) || hold < 0)
+        return fail(QCoreApplication::translate("Morvane", "The speed must be above 0 and the hold "
+                                                           "at least 0."));
+    constexpr double MaxTime = 2147483647.0 / 2;
+    const auto retime = [speed, hold](int time) {
+        const double scaled = std::round(time / speed);
+        return scaled > 0 ? scaled + hold : scaled;
+    };
+    if (retime(animation.length()) > MaxTime)
+        return fail(QCoreApplication::translate("Morvane", "The copy would be too long."));
+    int previous = -1;
+    for (int i = 0; i < animation.mainlineKeyCount(); ++i) {
+        const int time = int(retime(animation.mainlineKey(i)->currentTime()));
+        if (time <= previous)
+            return fail(QCoreApplication::translate(
+                "Morvane", "At this speed two keys would fall on the same millisecond."));
+        previous = time;
+    }
+    auto copy = animation.clone();
+    // Keys without a mainline key (sounds, events) first: the mainline keys
+    // then set the times of their own children.
+    for (int t = 0; t < copy->timelineCount(); ++t) {
+        const Timeline *timeline = copy->timeline(t);
+        for (int k = 0; k < timeline->keyCount(); ++k) {
+            TimelineKey *key = timeline->key(k);
+            if (!key->mainKey())
+                key->setCachedTime(int(retime(key->time())));
+        }
+    }
+    for (int i = 0; i < copy->mainlineKeyCount(); ++i) {
+        MainlineKey *key = copy->mainlineKey(i);
+        key->setCurrentTime(int(retime(key->currentTime())));
+    }
+    copy->setLength(std::max(1, int(retime(animation.length()))));
+    copy->setLoopTo(std::min(copy->length(), int(retime(animation.loopTo()))));
+    return copy;
+}
+
+} // namespace Morvane
