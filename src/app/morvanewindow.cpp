@@ -277,9 +277,6 @@ void MorvaneWindow::setupConnections()
         setMorvaneWindowTitle();
     });
 
-    connect(mUi->actionBlack, &QAction::triggered, this, [this] { setCanvasBackground(Qt::black); });
-    connect(mUi->actionGrey, &QAction::triggered, this,
-            [this] { setCanvasBackground(Qt::lightGray); });
     connect(mUi->actionHelp, &QAction::triggered, this, &MorvaneWindow::showTutorialDialog);
     connect(mUi->actionExit, &QAction::triggered, this, &QWidget::close);
 }
@@ -412,12 +409,12 @@ void MorvaneWindow::on_actionDisable_Open_GL_requires_restart_triggered(bool che
 
 QColor MorvaneWindow::canvasBackground() const
 {
-    return canvas()->view()->backgroundBrush().color();
+    return canvas()->backgroundColor();
 }
 
 void MorvaneWindow::setCanvasBackground(const QColor &color)
 {
-    canvas()->view()->setBackgroundBrush(color);
+    canvas()->setBackgroundColor(color);
 }
 
 void MorvaneWindow::on_actionColorBackground_triggered()

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 class QAction;
+class QColor;
 class QLabel;
 class QMenu;
 class QToolBar;
@@ -37,6 +38,12 @@ public:
     void setDocument(RigxData *document);
     void setCurrentAnimation(Animation *animation);
     void setCurrentTime(int ms);
+    /// Zooms so that everything shown fits the view with a margin (never
+    /// beyond 100 %) and centres it.
+    void fitView();
+    /// The canvas background; it persists across runs.
+    void setBackgroundColor(const QColor &color);
+    QColor backgroundColor() const;
 
     MorvaneCanvasScene *scene() const { return mScene; }
     /// The current entity, animation, time and selection, for the other pieces.
@@ -56,6 +63,13 @@ public:
     /// The window's copy-to-all-frames actions, by their entry text ("x", "y",
     /// "x scale", "y scale", "angle", "alpha", or "items" for the whole items).
     void setCopyToAllFramesAction(const QString &entry, QAction *action);
+    /// The status text of the scene and the tools, shown under the canvas
+    /// unless a host shows it elsewhere (then it hides this line).
+    QString statusText() const;
+    void setStatusLineShown(bool on);
+
+Q_SIGNALS:
+    void statusTextChanged(const QString &text);
 
 private:
     QAction *addAction(const QString &objectName, const QString &text,

@@ -30,3 +30,4 @@ list(APPEND MORVANE_EDITOR_SOURCES
     canvas/twoboneik.cpp
     canvas/twoboneik.h
 )
+list(APPEND MORVANE_EDITOR_RESOURCES canvas/canvas.qrc)
