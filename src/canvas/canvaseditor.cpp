@@ -13,10 +13,12 @@
 #include "canvas/tools/toolmanager.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QSettings>
+#include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -33,7 +35,12 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     , mTools(new ToolManager(this))
     , mToolBar(new QToolBar(this))
     , mStatus(new QLabel(this))
+    , mFitTimer(new QTimer(this))
 {
+    mFitTimer->setSingleShot(true);
+    mFitTimer->setInterval(100);
+    connect(mFitTimer, &QTimer::timeout, this, &CanvasEditor::fitNow);
+    mView->viewport()->installEventFilter(this);
     mScene->setToolManager(mTools);
     mTools->registerTool(new SelectTool(mScene));
     mTools->registerTool(new PanTool(mScene));
@@ -244,13 +251,35 @@ void CanvasEditor::setCurrentAnimation(Animation *animation)
     mScene->setCurrentAnimation(animation);
 }
 
+bool CanvasEditor::eventFilter(QObject *watched, QEvent *event)
+{
+    // While a fit waits for the view's size, each resize starts the wait again.
+    if (watched == mView->viewport() && mFitPending &&
+        (event->type() == QEvent::Resize || event->type() == QEvent::Show))
+        mFitTimer->start();
+    return QWidget::eventFilter(watched, event);
+}
+
 void CanvasEditor::fitView()
 {
+    // A window being shown resizes its views several times: the fit waits
+    // until the size has stayed put for a moment.
+    mFitPending = true;
+    mFitTimer->start();
+}
+
+void CanvasEditor::fitNow()
+{
+    if (!mView->viewport()->isVisible())
+        return; // still pending: the next show or resize tries again
+    mFitPending = false;
     QRectF shown;
     for (int i = 0; i < mScene->instTimelineProxyCount(); ++i) {
         const ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
+        // The outline, not the bounding rectangle: a sub-entity's reaches far
+        // to hold whatever its animation draws.
         if (p->isShownInPose() && p->isVisible())
-            shown = shown.united(p->sceneBoundingRect());
+            shown = shown.united(p->mapRectToScene(p->localRect()));
     }
     if (shown.isEmpty())
         return;

@@ -12,6 +12,7 @@ class QColor;
 class QLabel;
 class QMenu;
 class QToolBar;
+class QTimer;
 
 namespace Morvane {
 
@@ -38,8 +39,9 @@ public:
     void setDocument(RigxData *document);
     void setCurrentAnimation(Animation *animation);
     void setCurrentTime(int ms);
-    /// Zooms so that everything shown fits the view with a margin (never
-    /// beyond 100 %) and centres it.
+    /// Zooms so that everything shown fits the view with a margin (at most
+    /// 200 %) and centres it; before the view has its size (a window
+    /// still being laid out), once it has settled.
     void fitView();
     /// The canvas background; it persists across runs.
     void setBackgroundColor(const QColor &color);
@@ -71,10 +73,14 @@ public:
 Q_SIGNALS:
     void statusTextChanged(const QString &text);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     QAction *addAction(const QString &objectName, const QString &text,
                        const QKeySequence &shortcut = QKeySequence());
     void selectAll();
+    void fitNow();
 
     MorvaneCanvasScene *mScene;
     EditorSession *mSession;
@@ -82,6 +88,8 @@ private:
     ToolManager *mTools;
     QToolBar *mToolBar;
     QLabel *mStatus;
+    QTimer *mFitTimer;
+    bool mFitPending = false;
     QList<QAction *> mActions;
     QHash<QString, QPointer<QAction>> mCopyActions; // the window's, not owned
 };

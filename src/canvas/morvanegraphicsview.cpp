@@ -84,7 +84,7 @@ void MorvaneGraphicsView::centerView()
     for (int i = 0; mScene && i < mScene->instTimelineProxyCount(); ++i) {
         const ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
         if (p->isShownInPose())
-            shown = shown.united(p->sceneBoundingRect());
+            shown = shown.united(p->mapRectToScene(p->localRect()));
     }
     centerOn(shown.isNull() ? QPointF(0, 0) : shown.center());
 }

@@ -169,7 +169,8 @@ void ObjectGraphicsProxy::refreshChildren()
     // parents before children and no bone is its own ancestor.
     for (ObjectGraphicsProxy *child = mScene->instTimelineProxyFromIndex(mFirstChild); child;
          child = mScene->instTimelineProxyFromIndex(child->mNextSibling)) {
-        child->prepareGeometryChange();
+        // Only the transform changes (setPos and setTransform report that);
+        // the outline keeps its size.
         DisplayInfo world = unmapFromParent(child->mLocal, mWorld, child->mInherit);
         world.width = child->mWorld.width;
         world.height = child->mWorld.height;
