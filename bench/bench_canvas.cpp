@@ -6,8 +6,15 @@
 // sampling on), beside a bare loop that draws the same N images with QPainter
 // at the same transforms. After the benchmarks, the ratio of the two is
 // printed for each N; the aim is a scene within 1.5 times the bare loop.
+// A drag frame (one mouse move of a drag of the root bone, which carries every
+// other bone and sprite, through the select tool, and one paint) is timed and
+// printed beside them, with the same aim.
 
 #include "canvas/morvanecanvasscene.h"
+#include "canvas/objectgraphicsproxy.h"
+#include "canvas/tools/selecttool.h"
+#include "canvas/tools/toolmanager.h"
+#include "canvas/transformcontrolitemgroup.h"
 #include "eval/entityinstance.h"
 #include "model/animation.h"
 #include "model/entity.h"
@@ -21,12 +28,14 @@
 #include "model/timelinekey.h"
 
 #include <QApplication>
+#include <QGraphicsSceneMouseEvent>
 #include <QImage>
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <map>
@@ -109,6 +118,8 @@ struct CanvasRig
 
         scene.setDocument(&document);
         scene.setSmoothTransform(true);
+        scene.setToolManager(&tools);
+        tools.registerTool(new SelectTool(&scene));
         pixmap = QPixmap::fromImage(file->image());
 
         // The bare loop's transforms: the same sprites at the same times.
@@ -133,7 +144,10 @@ struct CanvasRig
     Entity *entity = nullptr;
     Animation *animation = nullptr;
     MorvaneCanvasScene scene;
+    ToolManager tools;
     QPixmap pixmap;
+    bool dragging = false;
+    QPointF dragStart;
     std::vector<int> sampleTimes;
     std::vector<std::vector<std::pair<QTransform, double>>> transforms;
 };
@@ -152,6 +166,50 @@ const QRectF Source(-400, -250, 800, 500); // scene area shown in the image
 void sceneFrame(CanvasRig &r, QImage &image, size_t i)
 {
     r.scene.setCurrentTime(r.sampleTimes[i % r.sampleTimes.size()]);
+    image.fill(Qt::gray);
+    QPainter painter(&image);
+    r.scene.render(&painter, QRectF(QPointF(0, 0), Target), Source);
+}
+
+void sendMouse(MorvaneCanvasScene &scene, QEvent::Type type, const QPointF &pos)
+{
+    QGraphicsSceneMouseEvent event(type);
+    event.setScenePos(pos);
+    event.setButton(type == QEvent::GraphicsSceneMouseMove ? Qt::NoButton : Qt::LeftButton);
+    event.setButtons(type == QEvent::GraphicsSceneMouseRelease ? Qt::NoButton : Qt::LeftButton);
+    QCoreApplication::sendEvent(&scene, &event);
+}
+
+// One step of a drag of the root bone that never ends: the pointer goes round
+// a circle; the document is not changed until the release.
+void dragFrame(CanvasRig &r, QImage &image, size_t i)
+{
+    if (!r.dragging) {
+        r.scene.setCurrentTime(r.sampleTimes[0]);
+        // Everything else locked, so that the press picks the root bone.
+        QList<ObjectGraphicsProxy *> others;
+        for (int p = 1; p < r.scene.instTimelineProxyCount(); ++p)
+            others.append(r.scene.instTimelineProxyFromIndex(p));
+        r.scene.setSelectedProxies(others);
+        r.scene.lockSelectedObjects();
+        ObjectGraphicsProxy *root = r.scene.instTimelineProxyFromIndex(0);
+        r.scene.setSelectedProxies({root});
+        // On the bone's bar, away from the box's handles.
+        for (double along = 0.1; along < 1.0; along += 0.05) {
+            r.dragStart = root->mapToScene(QPointF(root->boneLength() * along, 0));
+            if (r.scene.transformBox()->handleAt(r.dragStart) ==
+                    TransformControlItemGroup::Inside &&
+                r.scene.proxiesAt(r.dragStart).value(0) == root)
+                break;
+        }
+        r.dragging = true;
+        sendMouse(r.scene, QEvent::GraphicsSceneMousePress, r.dragStart);
+    }
+    const double a = double(i % 64) * (6.283185307179586 / 64);
+    sendMouse(r.scene, QEvent::GraphicsSceneMouseMove,
+              r.dragStart + QPointF(20 + 20 * std::cos(a), 20 * std::sin(a)));
+    if (i == 0 && !r.scene.anyObjectMoved())
+        std::fprintf(stderr, "the drag moved nothing\n");
     image.fill(Qt::gray);
     QPainter painter(&image);
     r.scene.render(&painter, QRectF(QPointF(0, 0), Target), Source);
@@ -203,6 +261,15 @@ void canvasPaintOnly(benchmark::State &state)
     }
 }
 
+void canvasDragFrame(benchmark::State &state)
+{
+    CanvasRig &r = rig(int(state.range(0)));
+    QImage image(Target, QImage::Format_ARGB32_Premultiplied);
+    size_t i = 0;
+    for (auto _ : state)
+        dragFrame(r, image, i++);
+}
+
 void bareLoop(benchmark::State &state)
 {
     CanvasRig &r = rig(int(state.range(0)));
@@ -231,6 +298,7 @@ double millisecondsPerFrame(void (*frame)(CanvasRig &, QImage &, size_t), Canvas
 BENCHMARK(canvasScene)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(canvasRefreshOnly)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(canvasPaintOnly)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(canvasDragFrame)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(bareLoop)->Arg(200)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
@@ -243,8 +311,10 @@ int main(int argc, char **argv)
         CanvasRig &r = rig(n);
         const double scene = millisecondsPerFrame(sceneFrame, r);
         const double bare = millisecondsPerFrame(bareFrame, r);
-        std::printf("N = %4d (processor time): scene %.2f ms, bare loop %.2f ms, ratio %.2f\n", n, scene, bare,
-                    scene / bare);
+        const double drag = millisecondsPerFrame(dragFrame, r);
+        std::printf("N = %4d (processor time): scene %.2f ms, bare loop %.2f ms, ratio %.2f; "
+                    "drag frame %.2f ms, ratio %.2f\n",
+                    n, scene, bare, scene / bare, drag, drag / bare);
     }
     benchmark::Shutdown();
     return 0;

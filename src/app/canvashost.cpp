@@ -9,7 +9,9 @@
 #include "model/rigxdata.h"
 
 #include <QAction>
+#include <QPointer>
 #include <QStatusBar>
+#include <QTimer>
 #include <QUndoStack>
 
 namespace Morvane {
@@ -21,7 +23,10 @@ CanvasHost::CanvasHost(CanvasEditor *editor, QUndoStack *undoStack, QStatusBar *
     , mUndoStack(undoStack)
 {
     MorvaneCanvasScene *scene = editor->scene();
-    connect(scene, &MorvaneCanvasScene::statusTextChanged, statusBar, [statusBar](const QString &text) {
+    // The window's status bar shows the canvas's texts: the editor's own
+    // line under the canvas would repeat them.
+    editor->setStatusLineShown(false);
+    connect(editor, &CanvasEditor::statusTextChanged, statusBar, [statusBar](const QString &text) {
         if (text.isEmpty())
             statusBar->clearMessage();
         else
@@ -46,6 +51,11 @@ void CanvasHost::setDocument(RigxData *document)
         mEditor->setCurrentAnimation(entity->animation(0));
         mEditor->setCurrentTime(0);
     }
+    // Once the window has its size: the whole character in view.
+    QTimer::singleShot(0, mEditor, [editor = QPointer<CanvasEditor>(mEditor)] {
+        if (editor)
+            editor->fitView();
+    });
 }
 
 bool CanvasHost::link(QAction *windowAction, const QString &editorName)

@@ -331,9 +331,6 @@ void MorvaneWindow::setupConnections()
         setMorvaneWindowTitle();
     });
 
-    connect(mUi->actionBlack, &QAction::triggered, this, [this] { setCanvasBackground(Qt::black); });
-    connect(mUi->actionGrey, &QAction::triggered, this,
-            [this] { setCanvasBackground(Qt::lightGray); });
     connect(mUi->actionHelp, &QAction::triggered, this, [this] { HelpViewer::showManual(this); });
     connect(mUi->actionBatch_Convert_Between_rigx_rigj, &QAction::triggered, this, [this] {
         auto *dialog = new BatchConvert(rigx, this);
@@ -498,12 +495,12 @@ void MorvaneWindow::on_actionDisable_Open_GL_requires_restart_triggered(bool che
 
 QColor MorvaneWindow::canvasBackground() const
 {
-    return canvas()->view()->backgroundBrush().color();
+    return canvas()->backgroundColor();
 }
 
 void MorvaneWindow::setCanvasBackground(const QColor &color)
 {
-    canvas()->view()->setBackgroundBrush(color);
+    canvas()->setBackgroundColor(color);
 }
 
 void MorvaneWindow::on_actionColorBackground_triggered()

@@ -32,7 +32,6 @@ QList<QAction *> WindowActions::projectDependent(Ui::MorvaneWindow *ui)
     return {ui->actionSave_Project_As, ui->actionSave_New_Version,
             ui->actionImport_Another_Project_Into_Current,
             ui->actionGenerate_Sprite_Sheet_from_Project_Textures,
-            ui->actionBlack,           ui->actionGrey,
             ui->actionColorBackground,
             // The clipboard.
             ui->actionCut, ui->actionCopy, ui->actionPaste, ui->actionCopy_Current_Frame,
@@ -50,8 +49,6 @@ QList<QAction *> WindowActions::pending(Ui::MorvaneWindow *ui)
         ui->actionGenerate_TexturePacker_Spritesheet_tps,
         ui->actionSave_As_Resized_Project_and_images,
         ui->actionClose_Project,
-        // Selection.
-        ui->actionDelete_From_All_Frames, ui->actionDelete_All_Instances,
         // Canvas modes.
         ui->actionShow_Bones, ui->actionLock_Bones, ui->actionShow_Sprites_2,
         ui->actionLock_Sprites, ui->actionForce_names,
@@ -66,7 +63,11 @@ QList<std::pair<QAction *, QString>> WindowActions::canvasLinks(Ui::MorvaneWindo
         {ui->actionRestore_Zoom, QStringLiteral("actionRestore_Zoom")},
         {ui->actionCenterView, QStringLiteral("actionCenter_View")},
         {ui->actionWhite, QStringLiteral("actionWhite_Background")},
+        {ui->actionBlack, QStringLiteral("actionBlack_Background")},
+        {ui->actionGrey, QStringLiteral("actionGrey_Background")},
         {ui->actionDelete, QStringLiteral("actionDelete")},
+        {ui->actionDelete_From_All_Frames, QStringLiteral("actionDelete_From_All_Frames")},
+        {ui->actionDelete_All_Instances, QStringLiteral("actionDelete_All_Instances")},
         {ui->actionSelect_All, QStringLiteral("actionSelect_All")},
         {ui->actionMove_Up_in_Z_Order, QStringLiteral("actionMove_Up_in_Z_Order")},
         {ui->actionMove_Down_In_Z_Order, QStringLiteral("actionMove_Down_In_Z_Order")},

@@ -3,7 +3,6 @@
 #include "canvas/canvaseditor.h"
 
 #include "canvas/editorsession.h"
-
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
@@ -14,13 +13,16 @@
 #include "canvas/tools/toolmanager.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QLabel>
 #include <QMenu>
-#include <QSettings>
 #include <QPainter>
+#include <QSettings>
+#include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <functional>
 
 namespace Morvane {
@@ -33,7 +35,12 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     , mTools(new ToolManager(this))
     , mToolBar(new QToolBar(this))
     , mStatus(new QLabel(this))
+    , mFitTimer(new QTimer(this))
 {
+    mFitTimer->setSingleShot(true);
+    mFitTimer->setInterval(100);
+    connect(mFitTimer, &QTimer::timeout, this, &CanvasEditor::fitNow);
+    mView->viewport()->installEventFilter(this);
     mScene->setToolManager(mTools);
     mTools->registerTool(new SelectTool(mScene));
     mTools->registerTool(new PanTool(mScene));
@@ -87,21 +94,27 @@ CanvasEditor::CanvasEditor(QWidget *parent)
         {"actionLight_Background", tr("Light Background"), QColor(0xa0, 0xa0, 0xa4)},
         {"actionDark_Background", tr("Dark Background"), QColor(0x30, 0x30, 0x34)},
         {"actionWhite_Background", tr("White Background"), QColor(Qt::white)},
+        {"actionBlack_Background", tr("Black Background"), QColor(Qt::black)},
+        {"actionGrey_Background", tr("Grey Background"), QColor(Qt::lightGray)},
     };
     const QColor savedBackground(
         QSettings().value(QStringLiteral("Canvas/background"), backgrounds[0].color.name()).toString());
     mView->setBackgroundBrush(savedBackground.isValid() ? savedBackground : backgrounds[0].color);
     for (const auto &b : backgrounds) {
         const QColor color = b.color;
-        connect(addAction(QLatin1String(b.name), b.text), &QAction::triggered, this, [this, color] {
-            mView->setBackgroundBrush(color);
-            QSettings().setValue(QStringLiteral("Canvas/background"), color.name());
-        });
+        connect(addAction(QLatin1String(b.name), b.text), &QAction::triggered, this,
+                [this, color] { setBackgroundColor(color); });
     }
     connect(addAction(QStringLiteral("actionSelect_All"), tr("Select All"), QKeySequence::SelectAll),
             &QAction::triggered, this, &CanvasEditor::selectAll);
     connect(addAction(QStringLiteral("actionDelete"), tr("Delete"), QKeySequence::Delete),
             &QAction::triggered, mScene, &MorvaneCanvasScene::deleteSelection);
+    connect(addAction(QStringLiteral("actionDelete_From_All_Frames"), tr("Delete From All Frames"),
+                      QKeySequence(Qt::SHIFT | Qt::Key_Delete)),
+            &QAction::triggered, mScene, [this] { mScene->deleteSelectionFromAllFrames(false); });
+    connect(addAction(QStringLiteral("actionDelete_All_Instances"), tr("Delete All Instances"),
+                      QKeySequence(Qt::CTRL | Qt::Key_Delete)),
+            &QAction::triggered, mScene, [this] { mScene->deleteSelectionFromAllFrames(true); });
     connect(addAction(QStringLiteral("actionClone"), tr("Clone"), QKeySequence(Qt::CTRL | Qt::Key_D)),
             &QAction::triggered, mScene, &MorvaneCanvasScene::cloneSelection);
     mToolBar->addSeparator();
@@ -178,9 +191,16 @@ CanvasEditor::CanvasEditor(QWidget *parent)
     layout->addWidget(mToolBar);
     layout->addWidget(mView);
     layout->addWidget(mStatus);
-    connect(mScene, &MorvaneCanvasScene::statusTextChanged, mStatus, &QLabel::setText);
+    // The scene's and the tools' texts share one line.
+    auto showStatus = [this](const QString &text) {
+        if (text == mStatus->text())
+            return;
+        mStatus->setText(text);
+        Q_EMIT statusTextChanged(text);
+    };
+    connect(mScene, &MorvaneCanvasScene::statusTextChanged, this, showStatus);
     for (AbstractTool *tool : mTools->tools())
-        connect(tool, &AbstractTool::statusTextChanged, mStatus, &QLabel::setText);
+        connect(tool, &AbstractTool::statusTextChanged, this, showStatus);
     mView->setAcceptDrops(true);
     mView->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(mView, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
@@ -231,6 +251,57 @@ void CanvasEditor::setCurrentAnimation(Animation *animation)
     mScene->setCurrentAnimation(animation);
 }
 
+bool CanvasEditor::eventFilter(QObject *watched, QEvent *event)
+{
+    // While a fit waits for the view's size, each resize starts the wait again.
+    if (watched == mView->viewport() && mFitPending &&
+        (event->type() == QEvent::Resize || event->type() == QEvent::Show))
+        mFitTimer->start();
+    return QWidget::eventFilter(watched, event);
+}
+
+void CanvasEditor::fitView()
+{
+    // A window being shown resizes its views several times: the fit waits
+    // until the size has stayed put for a moment.
+    mFitPending = true;
+    mFitTimer->start();
+}
+
+void CanvasEditor::fitNow()
+{
+    if (!mView->viewport()->isVisible())
+        return; // still pending: the next show or resize tries again
+    mFitPending = false;
+    QRectF shown;
+    for (int i = 0; i < mScene->instTimelineProxyCount(); ++i) {
+        const ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
+        // The outline, not the bounding rectangle: a sub-entity's reaches far
+        // to hold whatever its animation draws.
+        if (p->isShownInPose() && p->isVisible())
+            shown = shown.united(p->mapRectToScene(p->localRect()));
+    }
+    if (shown.isEmpty())
+        return;
+    const double margin = 0.08 * std::max(shown.width(), shown.height());
+    mView->setZoom(
+        std::min(100, mView->zoomForRect(shown.adjusted(-margin, -margin, margin, margin))));
+    mView->centerOn(shown.center());
+}
+
+void CanvasEditor::setBackgroundColor(const QColor &color)
+{
+    if (!color.isValid())
+        return;
+    mView->setBackgroundBrush(color);
+    QSettings().setValue(QStringLiteral("Canvas/background"), color.name());
+}
+
+QColor CanvasEditor::backgroundColor() const
+{
+    return mView->backgroundBrush().color();
+}
+
 void CanvasEditor::setCurrentTime(int ms)
 {
     mScene->setCurrentTime(ms);
@@ -262,6 +333,16 @@ QMenu *CanvasEditor::createContextMenu(QWidget *parent)
     addCopy(properties, tr("angle"), QStringLiteral("angle"));
     addCopy(properties, tr("alpha"), QStringLiteral("alpha"));
     return menu;
+}
+
+QString CanvasEditor::statusText() const
+{
+    return mStatus->text();
+}
+
+void CanvasEditor::setStatusLineShown(bool on)
+{
+    mStatus->setVisible(on);
 }
 
 void CanvasEditor::setCopyToAllFramesAction(const QString &entry, QAction *action)

@@ -8,9 +8,11 @@
 #include <QWidget>
 
 class QAction;
+class QColor;
 class QLabel;
 class QMenu;
 class QToolBar;
+class QTimer;
 
 namespace Morvane {
 
@@ -37,6 +39,13 @@ public:
     void setDocument(RigxData *document);
     void setCurrentAnimation(Animation *animation);
     void setCurrentTime(int ms);
+    /// Zooms so that everything shown fits the view with a margin (at most
+    /// 200 %) and centres it; before the view has its size (a window
+    /// still being laid out), once it has settled.
+    void fitView();
+    /// The canvas background; it persists across runs.
+    void setBackgroundColor(const QColor &color);
+    QColor backgroundColor() const;
 
     MorvaneCanvasScene *scene() const { return mScene; }
     /// The current entity, animation, time and selection, for the other pieces.
@@ -56,11 +65,22 @@ public:
     /// The window's copy-to-all-frames actions, by their entry text ("x", "y",
     /// "x scale", "y scale", "angle", "alpha", or "items" for the whole items).
     void setCopyToAllFramesAction(const QString &entry, QAction *action);
+    /// The status text of the scene and the tools, shown under the canvas
+    /// unless a host shows it elsewhere (then it hides this line).
+    QString statusText() const;
+    void setStatusLineShown(bool on);
+
+Q_SIGNALS:
+    void statusTextChanged(const QString &text);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     QAction *addAction(const QString &objectName, const QString &text,
                        const QKeySequence &shortcut = QKeySequence());
     void selectAll();
+    void fitNow();
 
     MorvaneCanvasScene *mScene;
     EditorSession *mSession;
@@ -68,6 +88,8 @@ private:
     ToolManager *mTools;
     QToolBar *mToolBar;
     QLabel *mStatus;
+    QTimer *mFitTimer;
+    bool mFitPending = false;
     QList<QAction *> mActions;
     QHash<QString, QPointer<QAction>> mCopyActions; // the window's, not owned
 };

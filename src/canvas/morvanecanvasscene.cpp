@@ -36,6 +36,17 @@
 #include <algorithm>
 #include <cmath>
 
+// The editor library is static: its resources are registered by hand, and
+// outside any namespace, as the registration function is global.
+static void initCanvasResources()
+{
+    static bool done = false;
+    if (!done) {
+        Q_INIT_RESOURCE(canvas);
+        done = true;
+    }
+}
+
 namespace Morvane {
 
 /// Thin lines from each bone and object to its parent bone, so the hierarchy
@@ -100,22 +111,9 @@ MorvaneCanvasScene::MorvaneCanvasScene(QObject *parent)
     mFadeTimer->setInterval(14);
     connect(mFpsTimer, &QTimer::timeout, this, &MorvaneCanvasScene::onFps);
     connect(mFadeTimer, &QTimer::timeout, this, &MorvaneCanvasScene::on_fadingStatusTimer_timeout);
-    QPixmap cursor(QStringLiteral(":/images/rotateCursor.png"));
-    if (cursor.isNull()) {
-        // Drawn here when the resource is absent: a round arrow.
-        cursor = QPixmap(24, 24);
-        cursor.fill(Qt::transparent);
-        QPainter p(&cursor);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.setPen(QPen(Qt::white, 4));
-        p.drawArc(QRectF(4, 4, 16, 16), 30 * 16, 280 * 16);
-        p.setPen(QPen(Qt::black, 2));
-        p.drawArc(QRectF(4, 4, 16, 16), 30 * 16, 280 * 16);
-        p.setBrush(Qt::black);
-        const QPointF head[] = {{20, 4}, {21, 11}, {14, 9}};
-        p.drawPolygon(head, 3);
-    }
-    mRotateCursor = QCursor(cursor);
+    initCanvasResources();
+    // A round arrow, hot spot in its middle.
+    mRotateCursor = QCursor(QPixmap(QStringLiteral(":/images/rotateCursor.png")));
 }
 
 MorvaneCanvasScene::~MorvaneCanvasScene()
@@ -379,8 +377,10 @@ void MorvaneCanvasScene::syncProxies()
         addItem(p);
         mProxies.push_back(p);
     }
-    for (ObjectGraphicsProxy *p : mProxies)
+    for (ObjectGraphicsProxy *p : mProxies) {
         p->refreshAbsent();
+        p->clearChildLinks();
+    }
     if (!mInstance || !anim)
         return;
 
@@ -422,6 +422,9 @@ void MorvaneCanvasScene::syncProxies()
                 p->setParentTimeline(parentTimeline, parent->displayInfo());
         }
     }
+    // Backwards, so that each list of children comes out in timeline order.
+    for (auto it = mProxies.rbegin(); it != mProxies.rend(); ++it)
+        (*it)->linkToParent();
     for (ObjectGraphicsProxy *p : mProxies) {
         p->setLocked(mLockedTimelines.contains(p->timelineIndex()));
         if (mHiddenTimelines.contains(p->timelineIndex()))
@@ -545,7 +548,7 @@ void MorvaneCanvasScene::createUndoForSprite(ObjectGraphicsProxy *proxy, bool a,
     if (const ObjectGraphicsProxy *parent = proxy->parentProxy()) {
         const DisplayInfo &pw = parent->displayInfo();
         if (pw.xScale != 0.0 && pw.yScale != 0.0 && pw.alpha != 0.0)
-            local = local.mapToParentInfo(pw);
+            local = mapToParent(local, pw, proxy->inheritFlags());
     }
     // The key holds everything the key in force holds; only the spatial
     // values the canvas changes are taken from the item.
@@ -703,7 +706,7 @@ void MorvaneCanvasScene::reparentSelection(ObjectGraphicsProxy *bone)
         const DisplayInfo &pw = instTimelineProxyFromIndex(boneTimeline)->displayInfo();
         if (pw.xScale == 0.0 || pw.yScale == 0.0 || pw.alpha == 0.0)
             continue;
-        const DisplayInfo local = p->displayInfo().mapToParentInfo(pw);
+        const DisplayInfo local = mapToParent(p->displayInfo(), pw, p->inheritFlags());
         DisplayInfo info = ref->key()->info();
         info.x = local.x;
         info.y = local.y;
@@ -745,7 +748,8 @@ void MorvaneCanvasScene::createBone(const QPointF &from, const QPointF &to,
             qRadiansToDegrees(std::atan2(to.y() - from.y(), to.x() - from.x())));
         world.width = length;
         world.height = bone.height();
-        const DisplayInfo local = parent ? world.mapToParentInfo(parentWorld) : world;
+        const DisplayInfo local =
+            parent ? mapToParent(world, parentWorld, inheritFlags(&bone)) : world;
         DisplayInfo info = world;
         info.x = local.x;
         info.y = local.y;
@@ -870,8 +874,9 @@ void MorvaneCanvasScene::deleteSelection()
             const DisplayInfo gw = grandparent ? grandparent->displayInfo() : DisplayInfo();
             if (grandparent && (gw.xScale == 0.0 || gw.yScale == 0.0 || gw.alpha == 0.0))
                 continue;
-            childLocal.insert(child, grandparent ? child->displayInfo().mapToParentInfo(gw)
-                                                 : child->displayInfo());
+            childLocal.insert(
+                child, grandparent ? mapToParent(child->displayInfo(), gw, child->inheritFlags())
+                                   : child->displayInfo());
         }
     }
     startUndoWithSelection(tr("object(s) deleted"));
@@ -934,6 +939,108 @@ void MorvaneCanvasScene::deleteSelection()
     endUndoWithSelection(false, false, true);
 }
 
+void MorvaneCanvasScene::deleteSelectionFromAllFrames(bool allAnimations)
+{
+    Animation *shown = currentAnimation();
+    Entity *entity = currentEntity();
+    if (!shown || !entity || !undoStack() || mSelection.isEmpty())
+        return;
+    QSet<const Object *> objects;
+    for (const ObjectGraphicsProxy *p : std::as_const(mSelection)) {
+        if (const Timeline *tl = shown->timeline(p->timelineIndex()); tl && tl->object())
+            objects.insert(tl->object());
+    }
+    QList<Animation *> animations{shown};
+    if (allAnimations) {
+        animations.clear();
+        for (int i = 0; i < entity->animationCount(); ++i)
+            animations.append(entity->animation(i));
+    }
+
+    // Everything is read before the first command changes the document: per
+    // mainline key, the local state each child of a deleted item is to have
+    // under the nearest ancestor that stays, from the world state it shows.
+    struct Kept
+    {
+        Animation *animation;
+        int timeline;
+        int time;
+        DisplayInfo local;
+    };
+    QList<Kept> kept;
+    auto deleted = [&objects](const ObjectRef *ref) {
+        const Timeline *tl = ref ? ref->timeline() : nullptr;
+        return tl && objects.contains(tl->object());
+    };
+    for (Animation *anim : std::as_const(animations)) {
+        for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
+            const MainlineKey *mk = anim->mainlineKey(m);
+            const int time = mk->currentTime();
+            const int sample = anim->sampleTime(time);
+            for (int i = 0; i < mk->refCount(); ++i) {
+                const ObjectRef *child = mk->ref(i);
+                if (deleted(child) || !deleted(child->parentRef()) || !child->timeline())
+                    continue;
+                const ObjectRef *stays = child->parentRef();
+                for (int guard = 0; stays && deleted(stays) && guard < ObjectRef::MaxParentDepth;
+                     ++guard)
+                    stays = stays->parentRef();
+                const DisplayInfo world = child->unmappedInfo(sample);
+                DisplayInfo local = world;
+                if (stays && !deleted(stays)) {
+                    const DisplayInfo pw = stays->unmappedInfo(sample);
+                    if (pw.xScale == 0.0 || pw.yScale == 0.0 || pw.alpha == 0.0)
+                        continue;
+                    local = mapToParent(world, pw, inheritFlags(child->timeline()->object()));
+                }
+                kept.append({anim, anim->indexOfTimeline(child->timeline()), time, local});
+            }
+        }
+    }
+
+    startUndoWithSelection(allAnimations ? tr("object(s) deleted from all animations")
+                                         : tr("object(s) deleted from all frames"));
+    for (const Kept &k : std::as_const(kept)) {
+        Timeline *tl = k.animation->timeline(k.timeline);
+        TimelineKey key = tl->keyFromTime(k.animation->sampleTime(k.time));
+        DisplayInfo info = key.info();
+        info.x = k.local.x;
+        info.y = k.local.y;
+        info.angle = k.local.angle;
+        info.xScale = k.local.xScale;
+        info.yScale = k.local.yScale;
+        info.alpha = k.local.alpha;
+        key.setInfo(info);
+        key.setCachedTime(k.time);
+        tl->createUndoFromKey(key);
+    }
+    QUndoStack *stack = undoStack();
+    stack->beginMacro(tr("Completing Deletion"));
+    for (Animation *anim : std::as_const(animations)) {
+        for (int i = 0; i < anim->timelineCount(); ++i) {
+            Timeline *tl = anim->timeline(i);
+            if (!objects.contains(tl->object()))
+                continue;
+            // The references first, then the keys they pointed at (undone, the
+            // keys are back before the references look for them), then the
+            // empty timeline: saving would drop it outside the undo stack, and
+            // reading gives keys without references references again.
+            for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
+                MainlineKey *mk = anim->mainlineKey(m);
+                if (mk->refFromTimeline(tl))
+                    mDocument->pushUndo(new RemoveRefCommand(mk, tl));
+            }
+            for (int k = tl->keyCount() - 1; k >= 0; --k)
+                mDocument->pushUndo(new RemoveTimelineKeyCommand(tl->key(k)));
+            mDocument->pushUndo(new RemoveTimelineCommand(anim, i));
+            --i;
+        }
+    }
+    stack->endMacro();
+    setSelectedProxies({});
+    endUndoWithSelection(false, false, false);
+}
+
 void MorvaneCanvasScene::cloneSelection()
 {
     Animation *anim = currentAnimation();
@@ -976,7 +1083,7 @@ void MorvaneCanvasScene::cloneSelection()
         const DisplayInfo &pw = source.parentWorld;
         const bool mapped = source.parentTimeline >= 0 && pw.xScale != 0.0 && pw.yScale != 0.0
                             && pw.alpha != 0.0;
-        const DisplayInfo local = mapped ? world.mapToParentInfo(pw) : world;
+        const DisplayInfo local = mapped ? mapToParent(world, pw, inheritFlags(&copy)) : world;
         TimelineKey key = tl->keyFromTime(sample);
         DisplayInfo info = key.info();
         info.x = local.x;

@@ -173,6 +173,13 @@ public:
     /// other mainline keys keep showing what they showed. An item whose only
     /// key stands here is left (deleting it would delete its whole timeline).
     void deleteSelection();
+    /// Takes the selected items out of every mainline key of the shown
+    /// animation ("object(s) deleted from all frames"), or with
+    /// `allAnimations` of every animation of the entity ("object(s) deleted
+    /// from all animations"), with their keys and timelines there (the object
+    /// infos stay). Their children keep their place on the canvas at every
+    /// mainline key, under the nearest ancestor that stays.
+    void deleteSelectionFromAllFrames(bool allAnimations = false);
     /// Copies of the selected items (new object infos with their own
     /// timelines), keyed here ten units down and right of the originals, with
     /// the same parents; the copies are selected afterwards.

@@ -84,18 +84,30 @@ void MorvaneGraphicsView::centerView()
     for (int i = 0; mScene && i < mScene->instTimelineProxyCount(); ++i) {
         const ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
         if (p->isShownInPose())
-            shown = shown.united(p->sceneBoundingRect());
+            shown = shown.united(p->mapRectToScene(p->localRect()));
     }
     centerOn(shown.isNull() ? QPointF(0, 0) : shown.center());
 }
 
 void MorvaneGraphicsView::wheelEvent(QWheelEvent *event)
 {
+    // One step per notch (120 eighths of a degree): a wheel turned fast
+    // reports several notches in one event, a fine wheel or a touchpad parts
+    // of one, which add up until they make a notch.
     const int delta = event->angleDelta().y();
     if (delta == 0)
         return;
+    if ((delta > 0) != (mWheelRest > 0))
+        mWheelRest = 0;
+    mWheelRest += delta;
     const bool fast = event->modifiers() == Qt::ControlModifier;
-    setZoom(wheelZoom(mZoom, delta > 0, fast));
+    int zoom = mZoom;
+    for (; mWheelRest >= 120; mWheelRest -= 120)
+        zoom = wheelZoom(zoom, true, fast);
+    for (; mWheelRest <= -120; mWheelRest += 120)
+        zoom = wheelZoom(zoom, false, fast);
+    if (zoom != mZoom)
+        setZoom(zoom);
     event->accept();
 }
 

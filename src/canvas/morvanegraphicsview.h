@@ -48,6 +48,7 @@ protected:
 private:
     MorvaneCanvasScene *mScene;
     int mZoom = 100;
+    int mWheelRest = 0; // wheel turn not yet making a notch, eighths of a degree
     bool mSpaceHeld = false;
     bool mPanning = false;
     QPoint mPanLast;

@@ -58,6 +58,7 @@ void ObjectGraphicsProxy::refreshFromPose(const PoseItem &item, const QPixmap &p
     prepareGeometryChange();
     mObjectType = item.object ? item.object->objectType() : 0;
     mName = item.object ? item.object->name() : QString();
+    mInherit = Morvane::inheritFlags(item.object);
     mShown = true;
     mChanged = false;
     mPivotChanged = false;
@@ -96,7 +97,7 @@ void ObjectGraphicsProxy::setParentTimeline(int index, const DisplayInfo &parent
     mParentTimeline = index;
     // A zero parent scale has no inverse: such a child keeps its world state.
     if (parentWorld.xScale != 0.0 && parentWorld.yScale != 0.0 && parentWorld.alpha != 0.0)
-        mLocal = mWorld.mapToParentInfo(parentWorld);
+        mLocal = Morvane::mapToParent(mWorld, parentWorld, mInherit);
     else
         mLocal = mWorld;
 }
@@ -109,18 +110,47 @@ ObjectGraphicsProxy *ObjectGraphicsProxy::parentProxy() const
 QList<ObjectGraphicsProxy *> ObjectGraphicsProxy::childrenProxys() const
 {
     QList<ObjectGraphicsProxy *> children;
-    for (int i = 0; i < mScene->instTimelineProxyCount(); ++i) {
-        ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(i);
-        if (p && p->isShownInPose() && p->mParentTimeline == mTimelineIndex)
-            children.append(p);
-    }
+    for (ObjectGraphicsProxy *p = mScene->instTimelineProxyFromIndex(mFirstChild); p;
+         p = mScene->instTimelineProxyFromIndex(p->mNextSibling))
+        children.append(p);
     return children;
+}
+
+void ObjectGraphicsProxy::linkToParent()
+{
+    ObjectGraphicsProxy *parent = mShown ? parentProxy() : nullptr;
+    if (!parent || parent == this)
+        return;
+    mNextSibling = parent->mFirstChild;
+    parent->mFirstChild = mTimelineIndex;
 }
 
 double ObjectGraphicsProxy::parentAlpha() const
 {
     const ObjectGraphicsProxy *parent = parentProxy();
     return parent ? parent->mWorld.alpha : 1.0;
+}
+
+QList<ObjectGraphicsProxy *> ObjectGraphicsProxy::keyNonInheritingProxies() const
+{
+    QList<ObjectGraphicsProxy *> keep;
+    const bool moved = mWorld.x != mPoseWorld.x || mWorld.y != mPoseWorld.y;
+    const bool turned = mWorld.angle != mPoseWorld.angle;
+    const bool scaled = mWorld.xScale != mPoseWorld.xScale || mWorld.yScale != mPoseWorld.yScale;
+    if (!moved && !turned && !scaled)
+        return keep;
+    for (ObjectGraphicsProxy *child : childrenProxys()) {
+        if (child->isMarkedSelected())
+            continue;
+        // Any change of the parent (a turn or scale too) moves a child that
+        // inherits position.
+        if (!child->inheritsPos() || (turned && !child->inheritsAngle()) ||
+            (scaled && !child->inheritsScale()))
+            keep.append(child);
+        // What the child did inherit moved it: its own children may not follow.
+        keep.append(child->keyNonInheritingProxies());
+    }
+    return keep;
 }
 
 void ObjectGraphicsProxy::setDisplayInfo(const DisplayInfo &world)
@@ -137,9 +167,11 @@ void ObjectGraphicsProxy::refreshChildren()
     // Children keep their local state under this item; refreshChildren
     // recurses through the hierarchy. A cycle cannot occur: the pose has
     // parents before children and no bone is its own ancestor.
-    for (ObjectGraphicsProxy *child : childrenProxys()) {
-        child->prepareGeometryChange();
-        DisplayInfo world = child->mLocal.unmapFromParentInfo(mWorld);
+    for (ObjectGraphicsProxy *child = mScene->instTimelineProxyFromIndex(mFirstChild); child;
+         child = mScene->instTimelineProxyFromIndex(child->mNextSibling)) {
+        // Only the transform changes (setPos and setTransform report that);
+        // the outline keeps its size.
+        DisplayInfo world = unmapFromParent(child->mLocal, mWorld, child->mInherit);
         world.width = child->mWorld.width;
         world.height = child->mWorld.height;
         child->mWorld = world;

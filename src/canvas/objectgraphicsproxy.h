@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-#include "model/displayinfo.h"
+#include "model/inheritance.h"
 
 #include <QGraphicsItem>
 #include <QPixmap>
@@ -50,8 +50,22 @@ public:
     void setParentTimeline(int index, const DisplayInfo &parentWorld);
     ObjectGraphicsProxy *parentProxy() const;
     QList<ObjectGraphicsProxy *> childrenProxys() const;
+    /// Links the item into its parent's list of children (by timeline index),
+    /// which the scene rebuilds after each refresh: children are then found
+    /// without a search, and a drag follows them without allocating.
+    void clearChildLinks() { mFirstChild = mNextSibling = -1; }
+    void linkToParent();
     /// The parent's world alpha (1 at the root): what a sub-entity is drawn with.
     double parentAlpha() const;
+    /// What the item takes from its parent bone (`Inherit` bits).
+    unsigned inheritFlags() const { return mInherit; }
+    bool inheritsPos() const { return mInherit & InheritPosition; }
+    bool inheritsAngle() const { return mInherit & InheritAngle; }
+    bool inheritsScale() const { return mInherit & InheritScale; }
+    /// The descendants, not selected themselves, that kept their world state
+    /// through a change of their parent by the present gesture because they do
+    /// not inherit what changed: they need keys of their own.
+    QList<ObjectGraphicsProxy *> keyNonInheritingProxies() const;
 
     /// World state (canvas space) as drawn now.
     const DisplayInfo &displayInfo() const { return mWorld; }
@@ -93,6 +107,9 @@ private:
     int mTimelineIndex;
     int mObjectType = 0;
     int mParentTimeline = -1;
+    int mFirstChild = -1;
+    int mNextSibling = -1;
+    unsigned mInherit = InheritAll;
     QString mName;
     DisplayInfo mWorld;
     DisplayInfo mPoseWorld;

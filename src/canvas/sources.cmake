@@ -31,3 +31,4 @@ list(APPEND MORVANE_EDITOR_SOURCES
     canvas/twoboneik.h
 )
 include(canvas/clipboard/sources.cmake)
+list(APPEND MORVANE_EDITOR_RESOURCES canvas/canvas.qrc)

@@ -2,9 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "eval/poseevaluator.h"
 
-#include "model/displayinfo.h"
 #include "model/animation.h"
+#include "model/displayinfo.h"
 #include "model/file.h"
+#include "model/inheritance.h"
 #include "model/mainlinekey.h"
 #include "model/objectref.h"
 #include "model/timeline.h"
@@ -106,6 +107,32 @@ inline void composeOntoParent(PoseItem &out, const PoseItem &parent)
     out.alpha *= parent.alpha;
 }
 
+// The same for a child that inherits only some of position, angle and scale
+// (bones never inherit scale): what it does not inherit stays its own.
+inline void composeOntoParent(PoseItem &out, const PoseItem &parent, unsigned inherit)
+{
+    if (inherit == InheritAll) [[likely]] {
+        composeOntoParent(out, parent);
+        return;
+    }
+    const double x = out.x;
+    const double y = out.y;
+    const double angle = out.angle;
+    const double xScale = out.xScale;
+    const double yScale = out.yScale;
+    composeOntoParent(out, parent);
+    if (!(inherit & InheritPosition)) {
+        out.x = x;
+        out.y = y;
+    }
+    if (!(inherit & InheritAngle))
+        out.angle = angle;
+    if (!(inherit & InheritScale)) {
+        out.xScale = xScale;
+        out.yScale = yScale;
+    }
+}
+
 } // namespace
 
 void PoseEvaluator::rebuild(const Animation *animation)
@@ -160,7 +187,9 @@ void PoseEvaluator::rebuild(const Animation *animation)
                                time, curve, info.defaultPivot(), pivotFile,
                                key->fileInfo().file(), key});
         }
-        for (int k = -1; k < line.keyCount; ++k)
+        // A timeline without keys (its object deleted from every frame) has
+        // no spans; no reference reaches it.
+        for (int k = -1; line.keyCount > 0 && k < line.keyCount; ++k)
             mKeySpans.push_back(keySpan(keys.data(), line.keyCount, k));
         mLines.push_back(line);
     }
@@ -194,6 +223,7 @@ void PoseEvaluator::rebuild(const Animation *animation)
         auto appendSpan = [&](const ObjectRef *ref, int line, int parentSlot) {
             Span span = mKeySpans[size_t(spanAt(line, mk->currentTime()))];
             span.parentSlot = parentSlot;
+            span.inherit = inheritFlags(mLines[size_t(line)].object);
             span.ref = ref;
             span.line = line;
             mSpans.push_back(span);
@@ -318,11 +348,16 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
         sinCosDegrees(out.angle, &sine, &cosine);
         if (span->parentSlot >= 0) {
             const PoseItem &parent = pose.bones[size_t(span->parentSlot)];
-            if (parent.xScale * parent.yScale < 0.0)
-                sine = -sine;
-            composeOntoParent(out, parent);
-            out.sinAngle = sine * parent.cosAngle + cosine * parent.sinAngle;
-            out.cosAngle = cosine * parent.cosAngle - sine * parent.sinAngle;
+            composeOntoParent(out, parent, span->inherit);
+            if (span->inherit & InheritAngle) {
+                if (parent.xScale * parent.yScale < 0.0)
+                    sine = -sine;
+                out.sinAngle = sine * parent.cosAngle + cosine * parent.sinAngle;
+                out.cosAngle = cosine * parent.cosAngle - sine * parent.sinAngle;
+            } else {
+                out.sinAngle = sine;
+                out.cosAngle = cosine;
+            }
         } else {
             out.sinAngle = sine;
             out.cosAngle = cosine;
@@ -333,7 +368,7 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
         evaluateSpan(*span, t, out);
         out.z = i;
         if (span->parentSlot >= 0)
-            composeOntoParent(out, pose.bones[size_t(span->parentSlot)]);
+            composeOntoParent(out, pose.bones[size_t(span->parentSlot)], span->inherit);
         out.shownFile = out.file ? out.file->redirectedFile() : nullptr;
     }
 }
@@ -363,6 +398,7 @@ PoseEvaluator::Span PoseEvaluator::keySpan(const Key *keys, int n, int first) co
     Q_ASSERT(n > 0 && first < n);
     Span span{};
     span.parentSlot = -1;
+    span.inherit = InheritAll;
     span.line = -1;
 
     int ia = first;

@@ -105,6 +105,7 @@ private:
         int until;
         int curve; // index into mCurves, -1 for linear (and when held)
         int parentSlot; // bones: an earlier slot of the same key; -1 at the root
+        unsigned inherit; // Inherit bits of the reference's object
 
         double width;
         double height;

@@ -3,6 +3,7 @@
 #include "model/objectref.h"
 
 #include "model/animation.h"
+#include "model/inheritance.h"
 #include "model/mainlinekey.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
@@ -77,6 +78,15 @@ int ZRef::zIndex() const
     return row();
 }
 
+namespace {
+
+unsigned inheritFlagsOf(const Timeline *timeline)
+{
+    return inheritFlags(timeline ? timeline->object() : nullptr);
+}
+
+} // namespace
+
 DisplayInfo ObjectRef::unmappedInfo(int sampleTime) const
 {
     const Timeline *tl = timeline();
@@ -96,9 +106,9 @@ DisplayInfo ObjectRef::unmappedInfo(int sampleTime) const
     for (int i = depth - 2; i >= 0; --i) {
         const Timeline *ptl = chain[i]->timeline();
         const DisplayInfo local = ptl ? ptl->displayInfoFromTime(sampleTime) : DisplayInfo();
-        parent = local.unmapFromParentInfo(parent);
+        parent = unmapFromParent(local, parent, inheritFlagsOf(ptl));
     }
-    return info.unmapFromParentInfo(parent);
+    return unmapFromParent(info, parent, inheritFlagsOf(tl));
 }
 
 void ObjectRef::updateCurrentInfo(int sampleTime)

@@ -57,6 +57,7 @@ list(APPEND MORVANE_CORE_SOURCES
     model/charactermap.h
     model/displayinfo.cpp
     model/displayinfo.h
+    model/inheritance.h
     model/entityinfo.cpp
     model/entityinfo.h
     model/tweeninfo.cpp

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "canvastesthelpers.h"
-
 #include "canvas/canvaseditor.h"
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
@@ -9,23 +7,26 @@
 #include "canvas/onionskinitem.h"
 #include "canvas/tools/selecttool.h"
 #include "canvas/tools/toolmanager.h"
-#include "model/object.h"
 #include "canvas/transformcontrolitemgroup.h"
+#include "canvastesthelpers.h"
 #include "model/mainlinekey.h"
+#include "model/object.h"
 #include "model/objectref.h"
 #include "model/timeline.h"
 
-#include <QApplication>
 #include <QAction>
+#include <QApplication>
 #include <QGraphicsSceneDragDropEvent>
-#include <QMimeData>
-#include <QSignalSpy>
-#include <QUrl>
 #include <QMenu>
+#include <QMimeData>
 #include <QRandomGenerator>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
+#include <QUrl>
 #include <QWheelEvent>
+
+#include <cmath>
 
 using namespace Morvane;
 using namespace Morvane::Testing;
@@ -133,6 +134,11 @@ private slots:
     void rotationSnapping();
     void drawsBonesAndSelection();
     void viewActions();
+    void inheritFlagsThroughGestures_data();
+    void inheritFlagsThroughGestures();
+    void deleteFromAllFrames_data();
+    void deleteFromAllFrames();
+    void rotateCursorOutsideTheCorners();
     void randomGesturesUndoToTheSavedBytes();
 };
 
@@ -825,6 +831,11 @@ void TestCanvasScene::wheelZoom_data()
     QTest::newRow("100 % out") << 100 << -120 << 92;
     // u = 0.5: a = 200.0005, step = 300.00025
     QTest::newRow("5000.5 % rounds in") << 5000 << 120 << 5299;
+    // A wheel turned fast reports two notches at once: two steps, 100 -> 107 -> 115.
+    QTest::newRow("two notches in one event") << 100 << 240 << 115;
+    QTest::newRow("two notches out") << 100 << -240 << 84;
+    // A fine wheel's part of a notch waits for the rest.
+    QTest::newRow("half a notch") << 100 << 60 << 100;
 }
 
 void TestCanvasScene::wheelZoom()
@@ -977,6 +988,11 @@ void TestCanvasScene::viewActions()
         QVERIFY(!c.editor.action(QStringLiteral("actionSmooth_Sampling"))->isEnabled());
         c.editor.action(QStringLiteral("actionPixel_Art_Mode"))->trigger();
         QVERIFY(c.scene()->smoothTransform());
+        // Every background choice goes through the editor, which keeps it.
+        c.editor.action(QStringLiteral("actionBlack_Background"))->trigger();
+        QCOMPARE(c.view()->backgroundBrush().color(), QColor(Qt::black));
+        c.editor.action(QStringLiteral("actionGrey_Background"))->trigger();
+        QCOMPARE(c.editor.backgroundColor(), QColor(Qt::lightGray));
         c.editor.action(QStringLiteral("actionDark_Background"))->trigger();
         QCOMPARE(c.view()->backgroundBrush().color(), QColor(0x30, 0x30, 0x34));
         c.view()->setZoom(350);
@@ -990,6 +1006,220 @@ void TestCanvasScene::viewActions()
     Canvas again; // the background persists
     QCOMPARE(again.view()->backgroundBrush().color(), QColor(0x30, 0x30, 0x34));
     QSettings().remove(QStringLiteral("Canvas"));
+}
+
+void TestCanvasScene::inheritFlagsThroughGestures_data()
+{
+    QTest::addColumn<QString>("notInherited"); // of the forearm, under the upper arm
+    QTest::addColumn<bool>("rotate");          // else the upper arm is nudged
+    QTest::addColumn<bool>("keyed");           // the forearm gets a key of its own
+    QTest::newRow("nudge, inherits all") << QString() << false << false;
+    QTest::newRow("nudge, no position") << "position" << false << true;
+    QTest::newRow("nudge, no angle") << "angle" << false << false;
+    QTest::newRow("nudge, no scale") << "scale" << false << false;
+    QTest::newRow("rotate, inherits all") << QString() << true << false;
+    QTest::newRow("rotate, no angle") << "angle" << true << true;
+    QTest::newRow("rotate, no position") << "position" << true << true;
+}
+
+void TestCanvasScene::inheritFlagsThroughGestures()
+{
+    QFETCH(QString, notInherited);
+    QFETCH(bool, rotate);
+    QFETCH(bool, keyed);
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    Entity *entity = c.hero.document.entity(0);
+    Animation *anim = c.hero.animation(QStringLiteral("idle"));
+    Object *forearm = entity->objectFromName(QStringLiteral("arm_front_lower"));
+    QVERIFY(forearm);
+    forearm->setInheritPos(notInherited != QLatin1String("position"));
+    forearm->setInheritAngle(notInherited != QLatin1String("angle"));
+    forearm->setInheritScale(notInherited != QLatin1String("scale"));
+    c.show(QStringLiteral("idle"), 300);
+    c.scene()->refresh();
+    const int forearmLine =
+        anim->indexOfTimeline(anim->timelineFromObjectName(QStringLiteral("arm_front_lower")));
+    const int upperLine =
+        anim->indexOfTimeline(anim->timelineFromObjectName(QStringLiteral("arm_front_upper")));
+    QVERIFY(!anim->timeline(forearmLine)->actualKeyFromTime(300));
+    const QByteArray before = c.hero.savedBytes();
+    const QMap<int, QList<double>> start = worldPose(entity, anim, 300);
+    const QList<int> neighbours = {0, 600};
+    QList<QMap<int, QList<double>>> neighbourPoses;
+    for (int t : neighbours)
+        neighbourPoses.append(worldPose(entity, anim, t));
+    // The canvas shows what the document composes.
+    const ObjectGraphicsProxy *forearmProxy = c.scene()->instTimelineProxyFromIndex(forearmLine);
+    QVERIFY(std::abs(forearmProxy->displayInfo().x - start[forearmLine][0]) < 1e-6);
+    QVERIFY(std::abs(forearmProxy->displayInfo().angle - start[forearmLine][2]) < 1e-6);
+
+    ObjectGraphicsProxy *upper = c.scene()->instTimelineProxyFromIndex(upperLine);
+    c.scene()->setSelectedProxies({upper});
+    if (rotate) {
+        const double zoom = c.scene()->zoom();
+        const QPointF grip = c.scene()->transformBox()->handlePosition(4) + QPointF(12, 12) / zoom;
+        c.drag(grip, grip + QPointF(-30, 25) / zoom);
+    } else {
+        QTest::keyPress(c.view(), Qt::Key_Right, Qt::ShiftModifier);
+        QTest::keyRelease(c.view(), Qt::Key_Right, Qt::ShiftModifier);
+    }
+    QCOMPARE(c.hero.stack.count(), 1);
+    const QMap<int, QList<double>> end = worldPose(entity, anim, 300);
+    const double dx = end[upperLine][0] - start[upperLine][0];
+    double turn = end[upperLine][2] - start[upperLine][2];
+    turn -= 360.0 * std::round(turn / 360.0);
+    QVERIFY(rotate ? std::abs(turn) > 1 : std::abs(dx - 10) < 1e-6);
+
+    const QList<double> &was = start[forearmLine];
+    const QList<double> &now = end[forearmLine];
+    const bool moved = std::abs(now[0] - was[0]) > 1e-6 || std::abs(now[1] - was[1]) > 1e-6;
+    double forearmTurn = now[2] - was[2];
+    forearmTurn -= 360.0 * std::round(forearmTurn / 360.0);
+    // What the forearm does not inherit stays where it was on the canvas.
+    QCOMPARE(moved, notInherited != QLatin1String("position"));
+    if (notInherited == QLatin1String("angle") || !rotate)
+        QVERIFY2(std::abs(forearmTurn) < 1e-6, qPrintable(QString::number(forearmTurn)));
+    else
+        QVERIFY2(std::abs(forearmTurn - turn) < 1e-6,
+                 qPrintable(QString::number(forearmTurn - turn)));
+    QCOMPARE(anim->timeline(forearmLine)->actualKeyFromTime(300) != nullptr, keyed);
+    // The neighbouring keys show what they showed.
+    for (int i = 0; i < neighbours.size(); ++i)
+        QVERIFY2(samePose(neighbourPoses[i], worldPose(entity, anim, neighbours[i])),
+                 qPrintable(QStringLiteral("pose at %1 changed").arg(neighbours[i])));
+
+    const QByteArray after = c.hero.savedBytes();
+    c.hero.stack.undo();
+    QCOMPARE(c.hero.savedBytes(), before);
+    c.hero.stack.redo();
+    QCOMPARE(c.hero.savedBytes(), after);
+}
+
+void TestCanvasScene::deleteFromAllFrames_data()
+{
+    QTest::addColumn<QString>("animation");
+    QTest::addColumn<int>("time");
+    QTest::addColumn<QString>("object");
+    QTest::addColumn<bool>("allInstances");
+    QTest::addColumn<QString>("label");
+    const QString fromAll = QStringLiteral("object(s) deleted from all frames");
+    const QString everywhere = QStringLiteral("object(s) deleted from all animations");
+    QTest::newRow("a sprite") << "walk" << 100 << "head" << false << fromAll;
+    QTest::newRow("a bone with children") << "walk" << 300 << "arm_front_upper" << false << fromAll;
+    QTest::newRow("a sprite, every animation") << "idle" << 0 << "torso" << true << everywhere;
+    QTest::newRow("a bone, every animation")
+        << "idle" << 700 << "leg_back_upper" << true << everywhere;
+}
+
+void TestCanvasScene::deleteFromAllFrames()
+{
+    QFETCH(QString, animation);
+    QFETCH(int, time);
+    QFETCH(QString, object);
+    QFETCH(bool, allInstances);
+    QFETCH(QString, label);
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(animation, time);
+    Entity *entity = c.hero.document.entity(0);
+    const QByteArray before = c.hero.savedBytes();
+    QList<Animation *> affected{c.hero.animation(animation)};
+    if (allInstances)
+        affected = {c.hero.animation(QStringLiteral("idle")),
+                    c.hero.animation(QStringLiteral("walk"))};
+    // Timelines move up when one goes: poses by timeline name.
+    auto poseByName = [entity](Animation *anim, int t) {
+        QMap<int, QList<double>> byName;
+        const QMap<int, QList<double>> pose = worldPose(entity, anim, t);
+        for (auto it = pose.constBegin(); it != pose.constEnd(); ++it)
+            byName.insert(int(qHash(anim->timeline(it.key())->name())), it.value());
+        return byName;
+    };
+    QList<QMap<int, QMap<int, QList<double>>>> poses;
+    for (Animation *anim : std::as_const(affected)) {
+        QVERIFY(anim->timelineFromObjectName(object));
+        QMap<int, QMap<int, QList<double>>> byTime;
+        for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
+            const int t = anim->mainlineKey(m)->currentTime();
+            QMap<int, QList<double>> pose = poseByName(anim, t);
+            pose.remove(int(qHash(object)));
+            byTime.insert(t, pose);
+        }
+        poses.append(byTime);
+    }
+    const int timelines = c.hero.animation(animation)->timelineCount();
+    ObjectGraphicsProxy *target = c.scene()->idProxy(object);
+    QVERIFY(target);
+    c.scene()->setSelectedProxies({target});
+    c.editor
+        .action(allInstances ? QStringLiteral("actionDelete_All_Instances")
+                             : QStringLiteral("actionDelete_From_All_Frames"))
+        ->trigger();
+
+    QCOMPARE(c.hero.stack.count(), 1);
+    QCOMPARE(c.hero.stack.undoText(), label);
+    QVERIFY(c.scene()->selectedProxies().isEmpty());
+    QVERIFY(!c.scene()->idProxy(object));
+    QCOMPARE(c.hero.animation(animation)->timelineCount(), timelines - 1);
+    QVERIFY(entity->objectFromName(object)); // the object info stays
+    for (int a = 0; a < affected.size(); ++a) {
+        Animation *anim = affected[a];
+        QVERIFY(!anim->timelineFromObjectName(object));
+        // The children stay where they were, under the nearest bone that stays.
+        for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
+            const int t = anim->mainlineKey(m)->currentTime();
+            QVERIFY2(samePose(poses[a].value(t), poseByName(anim, t)),
+                     qPrintable(QStringLiteral("%1 at %2 changed").arg(anim->name()).arg(t)));
+        }
+    }
+    // Only the chosen animations lose the object.
+    if (!allInstances)
+        QVERIFY(c.hero.animation(QStringLiteral("idle"))->timelineFromObjectName(object));
+    // Saved and read again, it stays deleted.
+    const QByteArray after = c.hero.savedBytes();
+    const QString saved = QFileInfo(c.hero.projectPath()).path() + QStringLiteral("/all.rigx");
+    QVERIFY(ProjectFile::save(&c.hero.document, saved));
+    RigxData reread;
+    QString error;
+    QVERIFY2(ProjectFile::open(&reread, saved, nullptr, &error), qPrintable(error));
+    for (const Animation *anim : std::as_const(affected))
+        QVERIFY(!reread.entity(0)->animation(anim->name())->timelineFromObjectName(object));
+
+    c.hero.stack.undo();
+    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.scene()->idProxy(object));
+    c.hero.stack.redo();
+    QCOMPARE(c.hero.savedBytes(), after);
+    c.hero.stack.undo();
+    QCOMPARE(c.hero.savedBytes(), before);
+}
+
+void TestCanvasScene::rotateCursorOutsideTheCorners()
+{
+    Canvas c;
+    QVERIFY(c.hero.ok);
+    c.show(QStringLiteral("idle"), 0);
+    const QImage cursor = c.scene()->rotateCursor().pixmap().toImage();
+    QCOMPARE(cursor.size(), QSize(24, 24));
+    // A round arrow: opaque pixels, some of them dark.
+    int dark = 0;
+    for (int y = 0; y < cursor.height(); ++y) {
+        for (int x = 0; x < cursor.width(); ++x) {
+            const QColor px = cursor.pixelColor(x, y);
+            dark += px.alpha() > 200 && px.lightness() < 60;
+        }
+    }
+    QVERIFY2(dark > 20, qPrintable(QString::number(dark)));
+
+    ObjectGraphicsProxy *torso = c.scene()->idProxy(QStringLiteral("torso"));
+    c.scene()->setSelectedProxies({torso});
+    const double zoom = c.scene()->zoom();
+    QTest::mouseMove(c.viewport(),
+                     c.at(c.scene()->transformBox()->handlePosition(2) + QPointF(12, -12) / zoom));
+    QCOMPARE(c.viewport()->cursor().pixmap().toImage(), cursor);
+    QTest::mouseMove(c.viewport(), c.at(Canvas::middle(torso)));
+    QVERIFY(c.viewport()->cursor().pixmap().isNull());
 }
 
 void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
@@ -1011,7 +1241,7 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
         const QPointF from = Canvas::middle(target);
         const int before = c.hero.stack.count();
         const double zoom = c.scene()->zoom();
-        switch (random.bounded(11)) {
+        switch (random.bounded(13)) {
         case 0: // move
             c.drag(from, from + QPointF(random.bounded(60) - 30, random.bounded(60) - 30));
             break;
@@ -1070,6 +1300,39 @@ void TestCanvasScene::randomGesturesUndoToTheSavedBytes()
             c.scene()->setSelectedProxies({target});
             c.editor.action(QStringLiteral("actionDelete"))->trigger();
             break;
+        case 11: // delete from all frames, or from every animation
+            c.scene()->setSelectedProxies({target});
+            c.editor
+                .action(random.bounded(3) ? QStringLiteral("actionDelete_From_All_Frames")
+                                          : QStringLiteral("actionDelete_All_Instances"))
+                ->trigger();
+            break;
+        case 12: { // the target stops (or starts) inheriting part of its parent's
+                   // state, then its parent is nudged
+            Animation *anim = c.scene()->currentAnimation();
+            Object *object = anim->timeline(target->timelineIndex())->object();
+            ObjectGraphicsProxy *parent = target->parentProxy();
+            if (!object || !parent)
+                break;
+            switch (random.bounded(3)) {
+            case 0:
+                object->setInheritPos(!object->inhPos());
+                break;
+            case 1:
+                object->setInheritAngle(!object->inhAngle());
+                break;
+            default:
+                object->setInheritScale(!object->inhScale());
+                break;
+            }
+            c.scene()->refresh();
+            parent = c.scene()->instTimelineProxyFromIndex(parent->timelineIndex());
+            c.scene()->setSelectedProxies({parent});
+            const Qt::Key key = Qt::Key(Qt::Key_Left + random.bounded(4));
+            QTest::keyPress(c.view(), key, Qt::ShiftModifier);
+            QTest::keyRelease(c.view(), key, Qt::ShiftModifier);
+            break;
+        }
         case 9: // clone
             c.scene()->setSelectedProxies({target});
             c.editor.action(QStringLiteral("actionClone"))->trigger();

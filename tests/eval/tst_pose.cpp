@@ -3,6 +3,7 @@
 #include "eval/entityinstance.h"
 #include "eval/poseevaluator.h"
 #include "evaltesthelpers.h"
+#include "model/inheritance.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -99,6 +100,8 @@ private slots:
     void blendedKeyCarriesFirstKeysData();
     void chain_data();
     void chain();
+    void inheritFlags_data();
+    void inheritFlags();
     void keysBetweenMainlineKeys_data();
     void keysBetweenMainlineKeys();
     void hostileKeysPoseSafely_data();
@@ -108,6 +111,7 @@ private slots:
     void bonesParentsFirstAndObjectsInZOrder();
     void childrenFollowEveryTurnOfTheBone();
     void parentCycleTerminates();
+    void timelineWithoutKeys();
     void evaluatorMatchesModel();
     void posingDoesNotAllocate();
 };
@@ -263,14 +267,90 @@ void TstPose::chain_data()
     QTest::addColumn<DisplayInfo>("sprite");   // under lower
     QTest::addColumn<DisplayInfo>("expected"); // the sprite in the world
 
+    // Bones never inherit scale: the lower bone is unscaled, so is the sprite.
     QTest::newRow("turned and stretched")
-        << info(100, 100, 90, 2, 1) << info(0, 0) << info(10, 0) << info(100, 120, 90, 2, 1);
+        << info(100, 100, 90, 2, 1) << info(0, 0) << info(10, 0) << info(100, 110, 90, 1, 1);
+    // The upper bone's scale still stretches the distance to the lower bone.
+    QTest::newRow("scale moves the child bone, not its size")
+        << info(0, 0, 0, 2, 1) << info(50, 0) << info(10, 0) << info(110, 0, 0, 1, 1);
     QTest::newRow("alpha multiplies down the chain")
         << info(0, 0, 0, 1, 1, 0.5) << info(0, 0, 0, 1, 1, 0.5) << info(0, 0, 0, 1, 1, 0.8)
         << info(0, 0, 0, 1, 1, 0.2);
-    // Still mirrored one level down: 360 - 10 + 330.
-    QTest::newRow("mirror reverses angles below it")
-        << info(0, 0, 0, -1, 1) << info(10, 0, 30) << info(0, 0, 10) << info(-10, 0, 320, -1, 1);
+    // The mirror reverses the lower bone's angle (360 - 30) but, its scale not
+    // being inherited, not the sprite's: 10 + 330.
+    QTest::newRow("mirror reverses the angle of the bone below it")
+        << info(0, 0, 0, -1, 1) << info(10, 0, 30) << info(0, 0, 10) << info(-10, 0, 340, 1, 1);
+}
+
+void TstPose::inheritFlags_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("pos");
+    QTest::addColumn<bool>("angle");
+    QTest::addColumn<bool>("scale");
+    QTest::addColumn<DisplayInfo>("bone");
+    QTest::addColumn<DisplayInfo>("child");
+    QTest::addColumn<DisplayInfo>("expected");
+
+    // Under a bone at (100, 50) turned 90 degrees with scales 2 and 3 and half
+    // alpha, the child's offset (10, 20) scales to (20, 60) and turns to
+    // (-60, 20): it lands at (40, 70).
+    const DisplayInfo bone = info(100, 50, 90, 2, 3, 0.5);
+    const DisplayInfo child = info(10, 20, 30, 1.5, 0.5, 0.8);
+    QTest::newRow("sprite inherits all") << int(Object::Sprite) << true << true << true << bone
+                                         << child << info(40, 70, 120, 3, 1.5, 0.4);
+    QTest::newRow("sprite without position") << int(Object::Sprite) << false << true << true << bone
+                                             << child << info(10, 20, 120, 3, 1.5, 0.4);
+    QTest::newRow("sprite without angle") << int(Object::Sprite) << true << false << true << bone
+                                          << child << info(40, 70, 30, 3, 1.5, 0.4);
+    QTest::newRow("sprite without scale") << int(Object::Sprite) << true << true << false << bone
+                                          << child << info(40, 70, 120, 1.5, 0.5, 0.4);
+    QTest::newRow("sprite inherits only alpha") << int(Object::Sprite) << false << false << false
+                                                << bone << child << info(10, 20, 30, 1.5, 0.5, 0.4);
+    QTest::newRow("bone never inherits scale") << int(Object::Bone) << true << true << true << bone
+                                               << child << info(40, 70, 120, 1.5, 0.5, 0.4);
+    QTest::newRow("point inherits all") << int(Object::Point) << true << true << true << bone
+                                        << child << info(40, 70, 120, 3, 1.5, 0.4);
+    // Not inheriting the angle also ignores the mirror's reversal of it.
+    QTest::newRow("mirrored, angle inherited")
+        << int(Object::Sprite) << true << true << true << info(0, 0, 0, -1, 1) << info(10, 0, 30)
+        << info(-10, 0, 330, -1, 1);
+    QTest::newRow("mirrored, angle not inherited")
+        << int(Object::Sprite) << true << false << true << info(0, 0, 0, -1, 1) << info(10, 0, 30)
+        << info(-10, 0, 30, -1, 1);
+}
+
+void TstPose::inheritFlags()
+{
+    QFETCH(int, type);
+    QFETCH(bool, pos);
+    QFETCH(bool, angle);
+    QFETCH(bool, scale);
+    QFETCH(DisplayInfo, bone);
+    QFETCH(DisplayInfo, child);
+    QFETCH(DisplayInfo, expected);
+
+    Rig rig;
+    Timeline *boneLine = rig.timeline(QStringLiteral("arm"), Object::Bone);
+    Timeline *childLine = rig.timeline(QStringLiteral("hand"), type, boneLine);
+    childLine->object()->setInheritPos(pos);
+    childLine->object()->setInheritAngle(angle);
+    childLine->object()->setInheritScale(scale);
+    rig.key(boneLine, 0, bone);
+    rig.key(childLine, 0, child);
+    rig.link();
+
+    const Pose pose = poseAt(rig.animation, 0); // the model's path agrees
+    const PoseItem *item = findItem(pose, childLine);
+    QVERIFY(item);
+    QString wrong = differs(
+        info(item->x, item->y, item->angle, item->xScale, item->yScale, item->alpha), expected);
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
+
+    // Editing maps the world state back into the same local key.
+    const unsigned flags = Morvane::inheritFlags(childLine->object());
+    wrong = differs(mapToParent(expected, bone, flags), child, 1e-9);
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong));
 }
 
 void TstPose::chain()
@@ -525,6 +605,21 @@ void TstPose::parentCycleTerminates()
     QVERIFY(std::isfinite(world.x));
 }
 
+void TstPose::timelineWithoutKeys()
+{
+    // What deleting an object from every frame leaves: its timeline, empty.
+    Rig rig;
+    Timeline *empty = rig.timeline(QStringLiteral("gone"));
+    Timeline *kept = rig.timeline(QStringLiteral("kept"));
+    rig.key(kept, 0, info(5, 6));
+    rig.link();
+    QCOMPARE(empty->keyCount(), 0);
+    const Pose pose = poseAt(rig.animation, 300);
+    QCOMPARE(pose.objects.size(), size_t(1));
+    QCOMPARE(pose.objects.front().timeline, kept);
+    QCOMPARE(pose.objects.front().x, 5.0);
+}
+
 void TstPose::evaluatorMatchesModel()
 {
     QRandomGenerator random(777);
@@ -566,6 +661,11 @@ void TstPose::evaluatorMatchesModel()
             Timeline *parent =
                 random.bounded(4) ? bones[int(random.bounded(bones.size()))] : nullptr;
             sprites.append(rig.timeline(QStringLiteral("s%1").arg(i), Object::Sprite, parent));
+            // Some inherit only part of their parent's state.
+            Object *object = sprites.last()->object();
+            object->setInheritPos(random.bounded(4) != 0);
+            object->setInheritAngle(random.bounded(4) != 0);
+            object->setInheritScale(random.bounded(4) != 0);
         }
         for (Timeline *tl : bones + sprites) {
             QList<int> times{0};

@@ -475,9 +475,17 @@ void SelectTool::record(const QString &label, const QList<ObjectGraphicsProxy *>
     MorvaneCanvasScene *s = scene();
     if (!s->anyObjectMoved())
         return;
-    const QList<ObjectGraphicsProxy *> changed = items.isEmpty() ? topLevelSelection() : items;
+    QList<ObjectGraphicsProxy *> changed = items.isEmpty() ? topLevelSelection() : items;
+    // Children that do not inherit what their parent's change was kept their
+    // place on the canvas: keyed too, so that neighbouring keys keep theirs.
+    for (qsizetype i = 0; i < changed.size(); ++i) {
+        for (ObjectGraphicsProxy *child : changed[i]->keyNonInheritingProxies()) {
+            if (!changed.contains(child))
+                changed.append(child);
+        }
+    }
     s->startUndoWithSelection(label);
-    for (ObjectGraphicsProxy *p : changed)
+    for (ObjectGraphicsProxy *p : std::as_const(changed))
         s->createUndoForSprite(p);
     s->endUndoWithSelection(false, false, true);
     s->setObjectMoved(false);

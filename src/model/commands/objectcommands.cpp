@@ -5,6 +5,7 @@
 #include "model/animation.h"
 #include "model/commands/timelinekeycommands.h"
 #include "model/entity.h"
+#include "model/mainlinekey.h"
 #include "model/object.h"
 #include "model/timeline.h"
 
@@ -71,6 +72,41 @@ void AppendTimelineCommand::undo()
         return;
     anim->deleteTimeline(mIndex);
     mIndex = -1;
+}
+
+RemoveTimelineCommand::RemoveTimelineCommand(Animation *animation, int index, QUndoCommand *parent)
+    : QUndoCommand(parent)
+    , mAnimation(animation ? freshAddress(animation->address()) : Address())
+    , mIndex(index)
+{
+}
+
+RemoveTimelineCommand::~RemoveTimelineCommand()
+{
+    delete mRemoved;
+}
+
+void RemoveTimelineCommand::redo()
+{
+    Animation *anim = freshAddress(mAnimation).animation();
+    Timeline *tl = anim && !mRemoved ? anim->timeline(mIndex) : nullptr;
+    if (!tl || tl->keyCount() > 0)
+        return;
+    for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
+        if (anim->mainlineKey(m)->refFromTimeline(tl))
+            return;
+    }
+    if (anim->removeTimeline(tl))
+        mRemoved = tl;
+}
+
+void RemoveTimelineCommand::undo()
+{
+    Animation *anim = freshAddress(mAnimation).animation();
+    if (!anim || !mRemoved || mIndex > anim->timelineCount())
+        return;
+    anim->appendTimeline(mRemoved, mIndex, true);
+    mRemoved = nullptr;
 }
 
 } // namespace Morvane

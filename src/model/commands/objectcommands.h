@@ -12,6 +12,7 @@ namespace Morvane {
 class Animation;
 class Entity;
 class Object;
+class Timeline;
 
 /// Appends an object info (a copy of `object`) to an entity; undo takes the
 /// appended one out again. Nothing happens when the entity no longer resolves
@@ -47,6 +48,24 @@ private:
     int mObjectIndex;
     QString mName;
     int mIndex = -1;
+};
+
+/// Takes an animation's timeline out once it holds no keys and no mainline
+/// key refers to it (saving drops such a timeline, which no undo step could
+/// bring back); undo puts it back at its place.
+class RemoveTimelineCommand : public QUndoCommand
+{
+public:
+    RemoveTimelineCommand(Animation *animation, int index, QUndoCommand *parent = nullptr);
+    ~RemoveTimelineCommand() override;
+
+    void redo() override;
+    void undo() override;
+
+private:
+    Address mAnimation;
+    int mIndex;
+    Timeline *mRemoved = nullptr; // owned while taken out
 };
 
 } // namespace Morvane
