@@ -13,8 +13,12 @@
 #include "canvas/tools/toolmanager.h"
 #include "canvashost.h"
 #include "model/animation.h"
+#include "model/timeline.h"
+#include "model/timelinekey.h"
 #include "timeline/mainlineview.h"
 #include "timeline/timelineeditor.h"
+#include "timeline/timelineitems.h"
+#include "timeline/timelinerows.h"
 #include "timeline/timelineview.h"
 #include "autosaver.h"
 #include "imagecoderpath.h"
@@ -68,6 +72,29 @@ static void initMorvaneResources()
 }
 
 namespace Morvane {
+
+namespace {
+
+// The addresses of the object keys selected in the timeline.
+QList<Address> selectedTimelineKeys(const TimelineView *view, const EditorSession *session)
+{
+    QList<Address> keys;
+    const Animation *animation = session->currentAnimation();
+    if (!animation)
+        return keys;
+    for (const TimelineKeyGraphicsProxy *marker : view->selectedKeys()) {
+        const RowId &row = marker->row()->id();
+        if (row.kind != RowId::Kind::Timeline)
+            continue;
+        const Timeline *timeline = animation->timeline(row.timeline);
+        if (const TimelineKey *key = timeline ? timeline->actualKeyFromTime(marker->currentTime())
+                                              : nullptr)
+            keys.append(key->address());
+    }
+    return keys;
+}
+
+} // namespace
 
 RigxData *MorvaneWindow::rigx = nullptr;
 
@@ -249,10 +276,12 @@ void MorvaneWindow::setupWidgets()
         mUi->menuWindow->addAction(dock->toggleViewAction());
     }
     // The timeline takes its dock's place holder.
+    TimelineEditor *timelineEditor = nullptr;
     for (QDockWidget *dock : std::as_const(mDockWidgets)) {
         if (dock->objectName() != QLatin1String("timelineDock"))
             continue;
         auto *timeline = new TimelineEditor(canvas()->session(), dock);
+        timelineEditor = timeline;
         delete dock->widget();
         dock->setWidget(timeline);
         connect(timeline, &TimelineEditor::statusMessage, this,
@@ -280,8 +309,19 @@ void MorvaneWindow::setupWidgets()
             panel = new VariablesPanel(session);
         else if (name == QLatin1String("tagsDock"))
             panel = new TagsPanel(session);
-        else if (name == QLatin1String("curveEditorDock"))
-            panel = new CurveEditor(session);
+        else if (name == QLatin1String("curveEditorDock")) {
+            auto *curves = new CurveEditor(session);
+            if (timelineEditor) {
+                // Keys selected in the timeline are the curve editor's keys.
+                TimelineView *view = timelineEditor->timelineView();
+                connect(view, &TimelineView::keySelectionChanged, curves, [view, session, curves] {
+                    const QList<Address> keys = selectedTimelineKeys(view, session);
+                    if (!keys.isEmpty())
+                        curves->setKeys(keys);
+                });
+            }
+            panel = curves;
+        }
         if (panel) {
             delete dock->widget();
             dock->setWidget(panel);

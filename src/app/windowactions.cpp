@@ -25,6 +25,11 @@ void WindowActions::applyStandardShortcuts(Ui::MorvaneWindow *ui)
     };
     for (const auto &[action, key] : keys)
         action->setShortcuts(key);
+    // Shift+Del is Delete From All Frames here; the platform also gives it to Cut, and a key
+    // that two actions share fires neither.
+    QList<QKeySequence> cut = ui->actionCut->shortcuts();
+    cut.removeAll(QKeySequence(Qt::SHIFT | Qt::Key_Delete));
+    ui->actionCut->setShortcuts(cut);
 }
 
 QList<QAction *> WindowActions::projectDependent(Ui::MorvaneWindow *ui)
