@@ -96,6 +96,7 @@ TimelineView::TimelineView(EditorSession *session, QWidget *parent)
     setScene(mScene);
     setObjectName(QStringLiteral("timelineView"));
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    setResizeAnchor(NoAnchor);
     setDragMode(NoDrag);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -112,12 +113,13 @@ TimelineView::TimelineView(EditorSession *session, QWidget *parent)
         connect(mSession, &EditorSession::documentChanged, this, [this] {
             mAutoFit = true;
             refresh();
+            scrollToStart();
         });
         connect(mSession, &EditorSession::animationChanged, this, [this] {
             mAutoFit = true;
             clean();
             refresh();
-            horizontalScrollBar()->setValue(horizontalScrollBar()->minimum());
+            scrollToStart();
         });
         connect(mSession, &EditorSession::documentEdited, this, &TimelineView::refresh);
         connect(mSession, &EditorSession::timeChanged, this, &TimelineView::showTime);
@@ -996,6 +998,23 @@ void TimelineView::leaveEvent(QEvent *event)
     }
     mLastHovered.clear();
     QGraphicsView::leaveEvent(event);
+}
+
+void TimelineView::scrollToStart()
+{
+    horizontalScrollBar()->setValue(horizontalScrollBar()->minimum());
+    verticalScrollBar()->setValue(verticalScrollBar()->minimum());
+}
+
+void TimelineView::showEvent(QShowEvent *event)
+{
+    QGraphicsView::showEvent(event);
+    // A graphics view first shows the middle of its scene; the rows start at
+    // the mainline, top left, once the layout has settled.
+    if (!mShownOnce) {
+        mShownOnce = true;
+        QTimer::singleShot(0, this, &TimelineView::scrollToStart);
+    }
 }
 
 void TimelineView::resizeEvent(QResizeEvent *event)

@@ -165,12 +165,14 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void drawForeground(QPainter *painter, const QRectF &rect) override;
 
 private:
     enum class Gesture { None, DragKeys, Box, Retime };
 
     void applyZoom(double factor);
+    void scrollToStart();
     void rebuild();
     void layoutRows();
     void placeItems();
@@ -195,6 +197,7 @@ private:
     QGraphicsScene *mScene;
     double mZoom = 0.25;
     bool mAutoFit = true;
+    bool mShownOnce = false;
     int mShownTime = 0;
     PlayheadItem *mPlayhead;
     std::vector<std::unique_ptr<TimelineGraphicsProxy>> mOwnedRows;
