@@ -3,6 +3,8 @@
 #include "timeline/mainlineview.h"
 
 #include "canvas/editorsession.h"
+#include "canvas/morvanecanvasscene.h"
+#include "canvas/onionskinitem.h"
 #include "timeline/timelineitems.h"
 #include "timeline/timelineview.h"
 
@@ -35,6 +37,9 @@ MainlineView::MainlineView(TimelineView *timeline, QWidget *parent)
     connect(timeline->horizontalScrollBar(), &QScrollBar::valueChanged, horizontalScrollBar(),
             &QScrollBar::setValue);
     connect(timeline->horizontalScrollBar(), &QScrollBar::rangeChanged, this, &MainlineView::syncRect);
+    // The onion skin's band follows the time.
+    if (EditorSession *session = timeline->session())
+        connect(session, &EditorSession::timeChanged, this, [this] { viewport()->update(); });
     syncRect();
 }
 
@@ -134,6 +139,24 @@ void MainlineView::drawBackground(QPainter *painter, const QRectF &rect)
     }
     painter->setPen(QColor(0, 0, 0, 160));
     painter->drawLine(QPointF(end, rect.top()), QPointF(end, rect.bottom()));
+
+    // The onion skin's range: a band from its earliest to its latest copy,
+    // with a tick at each copy's time.
+    const MorvaneCanvasScene *canvas = mTimeline->session() ? mTimeline->session()->scene() : nullptr;
+    const OnionSkinItem *onion = canvas ? canvas->onionSkin() : nullptr;
+    if (onion && onion->isOn()) {
+        QList<int> times = onion->earlierTimes() + onion->laterTimes();
+        if (!times.isEmpty()) {
+            const auto [lo, hi] = std::minmax_element(times.begin(), times.end());
+            const int now = mTimeline->shownTime();
+            const double from = std::min(*lo, now) * zoom;
+            const double to = std::max(*hi, now) * zoom;
+            painter->fillRect(QRectF(from, -4, to - from, 4), QColor(0x5c, 0xa8, 0xe0, 110));
+            painter->setPen(QColor(0x5c, 0xa8, 0xe0));
+            for (int t : std::as_const(times))
+                painter->drawLine(QPointF(t * zoom, -6), QPointF(t * zoom, 0));
+        }
+    }
 }
 
 void MainlineView::scrubTo(double viewX)

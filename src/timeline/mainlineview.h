@@ -23,8 +23,8 @@ public:
 
     explicit MainlineView(TimelineView *timeline, QWidget *parent = nullptr);
 
-    /// The step of the graduation for a distance `v` (> 0): 1, 2 or 5 times a
-    /// power of ten, the first not below... as the ruler rounds it.
+    /// The graduation step for a distance of `v` milliseconds (> 0): 1, 2 or 5
+    /// times a power of ten; 1 for anything else.
     static double roundToCoolValue(double v);
     /// The next multiple of `snap` above `v`, or `v` itself when it is 0 and
     /// `snap` is not 1: the ruler's first mark.

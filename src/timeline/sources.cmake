@@ -20,5 +20,6 @@ list(APPEND MORVANE_EDITOR_SOURCES
     timeline/timelinerows.cpp
     timeline/timelinerows.h
     timeline/timelineview.cpp
+    timeline/timelineviewedits.cpp
     timeline/timelineview.h
 )

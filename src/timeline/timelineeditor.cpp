@@ -285,8 +285,7 @@ void TimelineEditor::refreshFields()
     mTimeField->setRange(0, frames ? length / snap : length);
     mTimeField->setSuffix(frames ? tr(" f") : tr(" ms"));
     mLengthField->setSuffix(frames ? tr(" f") : tr(" ms"));
-    if (!mLengthField->hasFocus())
-        mLengthField->setValue(frames ? std::max(1, length / snap) : std::max(1, length));
+    mLengthField->setValue(frames ? std::max(1, length / snap) : std::max(1, length));
     mUpdatingFields = false;
     for (QWidget *w : {static_cast<QWidget *>(mTimeField), static_cast<QWidget *>(mLengthField)})
         w->setEnabled(anim != nullptr);
@@ -318,7 +317,7 @@ void TimelineEditor::applyLength()
     const int ms = frames ? mLengthField->value() * snap : mLengthField->value();
     if (ms == mTimeline->animationLength())
         return;
-    report(tr("Changing the length comes with the key edits"));
+    mTimeline->truncateAnimationLength(ms);
     refreshFields();
 }
 

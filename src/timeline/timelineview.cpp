@@ -44,31 +44,6 @@ int KeySelection::keyCount() const
 
 namespace {
 
-bool showsTimeline(const Timeline *timeline, const TimelineRowFilter &filter,
-                   const QSet<int> &selected, int index)
-{
-    if (filter.selectedOnly && !selected.contains(index))
-        return false;
-    switch (timeline->objectType()) {
-    case Object::Event:
-        return filter.events;
-    case Object::Sound:
-        return filter.sounds;
-    case Object::SubEntity:
-        return filter.subEntities;
-    case Object::Box:
-        return filter.boxes;
-    case Object::Point:
-        return filter.points;
-    case Object::Skin:
-        return filter.skins;
-    case Object::Bone:
-        return filter.bones;
-    default:
-        return filter.sprites;
-    }
-}
-
 QString lineLabel(const ValInfoCollection *infos, const ValLine *line)
 {
     if (line->type() == VarType::Tag)
@@ -121,6 +96,7 @@ TimelineView::TimelineView(EditorSession *session, QWidget *parent)
     setScene(mScene);
     setObjectName(QStringLiteral("timelineView"));
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    setResizeAnchor(NoAnchor);
     setDragMode(NoDrag);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -137,16 +113,18 @@ TimelineView::TimelineView(EditorSession *session, QWidget *parent)
         connect(mSession, &EditorSession::documentChanged, this, [this] {
             mAutoFit = true;
             refresh();
+            scrollToStart();
         });
         connect(mSession, &EditorSession::animationChanged, this, [this] {
             mAutoFit = true;
             clean();
             refresh();
+            scrollToStart();
         });
         connect(mSession, &EditorSession::documentEdited, this, &TimelineView::refresh);
         connect(mSession, &EditorSession::timeChanged, this, &TimelineView::showTime);
         connect(mSession, &EditorSession::selectionChanged, this, [this] {
-            if (mFilter.selectedOnly)
+            if (mFilter.showSelectedOnly)
                 refresh();
             else
                 Q_EMIT rowsChanged(); // the labels show the canvas selection
@@ -305,7 +283,18 @@ QList<int> TimelineView::shownTimelines() const
     return result;
 }
 
-void TimelineView::setRowFilter(const TimelineRowFilter &filter)
+TimelineFilter TimelineView::timelineFilter() const
+{
+    TimelineFilter filter = mFilter;
+    filter.selectedTimelines.clear();
+    if (filter.showSelectedOnly && mSession) {
+        for (const ObjectGraphicsProxy *p : mSession->selection())
+            filter.selectedTimelines.insert(p->timelineIndex());
+    }
+    return filter;
+}
+
+void TimelineView::setTimelineFilter(const TimelineFilter &filter)
 {
     mFilter = filter;
     refresh();
@@ -313,55 +302,55 @@ void TimelineView::setRowFilter(const TimelineRowFilter &filter)
 
 void TimelineView::toggleShowSelected(bool on)
 {
-    mFilter.selectedOnly = on;
+    mFilter.showSelectedOnly = on;
     refresh();
 }
 
 void TimelineView::toggleShowEvents(bool on)
 {
-    mFilter.events = on;
+    mFilter.showEvents = on;
     refresh();
 }
 
 void TimelineView::toggleShowSounds(bool on)
 {
-    mFilter.sounds = on;
+    mFilter.showSounds = on;
     refresh();
 }
 
 void TimelineView::toggleShowSubEntities(bool on)
 {
-    mFilter.subEntities = on;
+    mFilter.showSubEntities = on;
     refresh();
 }
 
 void TimelineView::toggleShowBoxes(bool on)
 {
-    mFilter.boxes = on;
+    mFilter.showBoxes = on;
     refresh();
 }
 
 void TimelineView::toggleShowPoints(bool on)
 {
-    mFilter.points = on;
+    mFilter.showPoints = on;
     refresh();
 }
 
 void TimelineView::toggleShowSkins(bool on)
 {
-    mFilter.skins = on;
+    mFilter.showSkins = on;
     refresh();
 }
 
 void TimelineView::toggleShowBones(bool on)
 {
-    mFilter.bones = on;
+    mFilter.showBones = on;
     refresh();
 }
 
 void TimelineView::toggleShowSprites(bool on)
 {
-    mFilter.sprites = on;
+    mFilter.showSprites = on;
     refresh();
 }
 
@@ -410,18 +399,17 @@ void TimelineView::rebuild()
     }
 
     const Entity *entity = anim->parentEntity();
-    QSet<int> selectedTimelines;
-    if (mSession) {
-        for (const ObjectGraphicsProxy *p : mSession->selection())
-            selectedTimelines.insert(p->timelineIndex());
-    }
+    const TimelineFilter filter = timelineFilter();
 
     auto mainline = std::make_unique<AnimMainlineGraphicsProxy>();
     mMainline = mainline.get();
     mOwnedRows.push_back(std::move(mainline));
-    for (int i = 0; i < anim->timelineCount(); ++i) {
-        const Timeline *timeline = anim->timeline(i);
-        if (!timeline || !showsTimeline(timeline, mFilter, selectedTimelines, i))
+    // Rows in the filter's order, the order of the lines of a change set.
+    const int shown = anim->filteredTimelineCount(filter);
+    for (int line = 0; line < shown; ++line) {
+        const Timeline *timeline = anim->filteredTimeline(line, filter);
+        const int i = anim->indexOfTimeline(timeline);
+        if (!timeline || i < 0)
             continue;
         mOwnedRows.push_back(std::make_unique<AnimTimelineGraphicsProxy>(i, timeline->name(),
                                                                          timeline->objectType()));
@@ -1012,6 +1000,23 @@ void TimelineView::leaveEvent(QEvent *event)
     QGraphicsView::leaveEvent(event);
 }
 
+void TimelineView::scrollToStart()
+{
+    horizontalScrollBar()->setValue(horizontalScrollBar()->minimum());
+    verticalScrollBar()->setValue(verticalScrollBar()->minimum());
+}
+
+void TimelineView::showEvent(QShowEvent *event)
+{
+    QGraphicsView::showEvent(event);
+    // A graphics view first shows the middle of its scene; the rows start at
+    // the mainline, top left, once the layout has settled.
+    if (!mShownOnce) {
+        mShownOnce = true;
+        QTimer::singleShot(0, this, &TimelineView::scrollToStart);
+    }
+}
+
 void TimelineView::resizeEvent(QResizeEvent *event)
 {
     QGraphicsView::resizeEvent(event);
@@ -1076,15 +1081,15 @@ void TimelineView::addFilterMenu(QMenu *menu)
 {
     QMenu *show = menu->addMenu(tr("Show"));
     const std::tuple<const char *, bool, void (TimelineView::*)(bool)> entries[] = {
-        {QT_TR_NOOP("Selected Objects Only"), mFilter.selectedOnly, &TimelineView::toggleShowSelected},
-        {QT_TR_NOOP("Sprites"), mFilter.sprites, &TimelineView::toggleShowSprites},
-        {QT_TR_NOOP("Bones"), mFilter.bones, &TimelineView::toggleShowBones},
-        {QT_TR_NOOP("Boxes"), mFilter.boxes, &TimelineView::toggleShowBoxes},
-        {QT_TR_NOOP("Points"), mFilter.points, &TimelineView::toggleShowPoints},
-        {QT_TR_NOOP("Skins"), mFilter.skins, &TimelineView::toggleShowSkins},
-        {QT_TR_NOOP("Sub-entities"), mFilter.subEntities, &TimelineView::toggleShowSubEntities},
-        {QT_TR_NOOP("Events"), mFilter.events, &TimelineView::toggleShowEvents},
-        {QT_TR_NOOP("Sounds"), mFilter.sounds, &TimelineView::toggleShowSounds},
+        {QT_TR_NOOP("Selected Objects Only"), mFilter.showSelectedOnly, &TimelineView::toggleShowSelected},
+        {QT_TR_NOOP("Sprites"), mFilter.showSprites, &TimelineView::toggleShowSprites},
+        {QT_TR_NOOP("Bones"), mFilter.showBones, &TimelineView::toggleShowBones},
+        {QT_TR_NOOP("Boxes"), mFilter.showBoxes, &TimelineView::toggleShowBoxes},
+        {QT_TR_NOOP("Points"), mFilter.showPoints, &TimelineView::toggleShowPoints},
+        {QT_TR_NOOP("Skins"), mFilter.showSkins, &TimelineView::toggleShowSkins},
+        {QT_TR_NOOP("Sub-entities"), mFilter.showSubEntities, &TimelineView::toggleShowSubEntities},
+        {QT_TR_NOOP("Events"), mFilter.showEvents, &TimelineView::toggleShowEvents},
+        {QT_TR_NOOP("Sounds"), mFilter.showSounds, &TimelineView::toggleShowSounds},
     };
     for (const auto &[text, on, slot] : entries) {
         QAction *a = show->addAction(tr(text));
@@ -1107,24 +1112,6 @@ void TimelineView::showRowMenu(const QPoint &globalPos)
 }
 
 // Edits.
-
-bool TimelineView::createUndosFromSelectedItems()
-{
-    // Recording comes with the key-edit operations; until then the keys go back.
-    restorePositions();
-    return false;
-}
-
-bool TimelineView::deleteSelectedKeys()
-{
-    return false;
-}
-
-bool TimelineView::changeCurveOfSelectedKeys(const TweenInfo &curve)
-{
-    Q_UNUSED(curve);
-    return false;
-}
 
 bool TimelineView::scaleSelectedKeyTimes(double factor)
 {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include "canvas/editorsession.h"
+#include "model/timelinefilter.h"
+#include "timeline/keyedits.h"
 #include "timeline/timelinerows.h"
 
 #include <QGraphicsView>
@@ -32,20 +34,6 @@ struct KeySelection
     bool isEmpty() const { return lines.isEmpty(); }
     int keyCount() const;
     bool operator==(const KeySelection &) const = default;
-};
-
-/// Which timelines get rows.
-struct TimelineRowFilter
-{
-    bool selectedOnly = false;
-    bool events = true;
-    bool sounds = true;
-    bool subEntities = true;
-    bool boxes = true;
-    bool points = true;
-    bool skins = true;
-    bool bones = true;
-    bool sprites = true;
 };
 
 /// The rows of the shown animation with a marker per key: selecting, box
@@ -102,8 +90,10 @@ public:
     void setRowExpanded(TimelineGraphicsProxy *row, bool expanded);
     /// The timelines that have rows, by index in the animation, in row order.
     QList<int> shownTimelines() const;
-    TimelineRowFilter rowFilter() const { return mFilter; }
-    void setRowFilter(const TimelineRowFilter &filter);
+    /// The show filters, with the canvas selection for "selected only": the
+    /// same filter picks the lines of a key-time change set.
+    TimelineFilter timelineFilter() const;
+    void setTimelineFilter(const TimelineFilter &filter);
 
     // Selection.
     /// Selected keys by their original times (before the drag) or their
@@ -122,12 +112,17 @@ public:
     /// Records the markers' present times as one "keys moved" step; false when
     /// nothing moved.
     bool createUndosFromSelectedItems();
+    /// The selected keys as the key edits name them; a selected mainline key
+    /// stands for its timeline keys.
+    QList<KeyEdits::KeyId> selectedKeyIds() const;
     bool deleteSelectedKeys();
     bool changeCurveOfSelectedKeys(const TweenInfo &curve);
     /// Scales the selected keys' times about the earliest of them.
     bool scaleSelectedKeyTimes(double factor);
     /// The same as a drag of the selected keys by `deltaMs` would.
     bool moveSelectedKeys(int deltaMs);
+    /// Cuts or extends the animation (keys past the new length go).
+    bool truncateAnimationLength(int lengthMs);
 
     /// Rebuilds the rows for the shown animation (keeping expanded rows and,
     /// by time, the selection).
@@ -170,12 +165,14 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void drawForeground(QPainter *painter, const QRectF &rect) override;
 
 private:
     enum class Gesture { None, DragKeys, Box, Retime };
 
     void applyZoom(double factor);
+    void scrollToStart();
     void rebuild();
     void layoutRows();
     void placeItems();
@@ -200,6 +197,7 @@ private:
     QGraphicsScene *mScene;
     double mZoom = 0.25;
     bool mAutoFit = true;
+    bool mShownOnce = false;
     int mShownTime = 0;
     PlayheadItem *mPlayhead;
     std::vector<std::unique_ptr<TimelineGraphicsProxy>> mOwnedRows;
@@ -207,7 +205,7 @@ private:
     TimelineGraphicsProxy *mMainline = nullptr;
     std::vector<MainlineKeyGraphicsProxy *> mMarkers;
     QSet<QString> mExpanded;
-    TimelineRowFilter mFilter;
+    TimelineFilter mFilter;
     int mLength = 0;
     double mRowsHeight = 0.0;
     int mSnapPreview = 0;
