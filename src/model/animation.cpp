@@ -3,6 +3,7 @@
 #include "model/animation.h"
 
 #include "model/commands/animationcommands.h"
+#include "model/commands/mainlinekeycommands.h"
 #include "model/entity.h"
 #include "model/keytimechangeinstructionset.h"
 #include "model/mainlinekey.h"
@@ -209,11 +210,46 @@ int Animation::appendMainlineKey(MainlineKey *key, int time, bool sort, bool giv
     return result;
 }
 
+namespace {
+
+// The undoable form of appendMainKeysForOrphanTimeKeys: a command per missing
+// mainline key, then one per timeline key that is not yet the child of the
+// mainline key at its time, or not what that key's reference shows.
+void appendMainKeysForOrphanTimeKeysWithUndo(Animation *animation)
+{
+    RigxData *document = animation->document();
+    QList<int> missing;
+    for (int t = 0; t < animation->timelineCount(); ++t) {
+        const Timeline *tl = animation->timeline(t);
+        for (int i = 0; !tl->isSound() && i < tl->keyCount(); ++i) {
+            const int time = tl->key(i)->time(true);
+            if (!animation->mainlineKeyAtExactTime(time) && !missing.contains(time))
+                missing.append(time);
+        }
+    }
+    std::sort(missing.begin(), missing.end());
+    for (int time : std::as_const(missing))
+        RigxData::pushUndo(document, new AppendMainlineKeyCommand(animation, time));
+    for (int t = 0; t < animation->timelineCount(); ++t) {
+        Timeline *tl = animation->timeline(t);
+        for (int i = 0; !tl->isSound() && i < tl->keyCount(); ++i) {
+            TimelineKey *key = tl->key(i);
+            MainlineKey *mk = animation->mainlineKeyAtExactTime(key->time(true));
+            const ObjectRef *ref = mk ? mk->refFromTimeline(tl) : nullptr;
+            if (mk && (key->mainKey() != mk || !ref || ref->key() != key))
+                RigxData::pushUndo(document, new AssignChildKeyToMainlineKeyCommand(key, mk));
+        }
+    }
+}
+
+} // namespace
+
 void Animation::appendMainKeysForOrphanTimeKeys(bool withUndo)
 {
-    // The undoable form pushes the same steps as commands once the editor's
-    // command layer exists; the model change is the same either way.
-    Q_UNUSED(withUndo);
+    if (withUndo) {
+        appendMainKeysForOrphanTimeKeysWithUndo(this);
+        return;
+    }
     // Which mainline keys refer to which timeline, made on the first search past a
     // timeline's first key that misses: without it, keys that a file lists without
     // references make every search scan all the references of their mainline key. A
@@ -516,9 +552,10 @@ int Animation::filteredTimelineCount(const TimelineFilter &filter) const
 void Animation::setLinesToMovedLinesCommand(const KeyTimeChangeInstructionSet &set,
                                             const TimelineFilter &filter)
 {
-    auto before = clone();
+    auto *command = new ChangeAnimationCommand(this, QString());
     applyMovedLines(set, filter);
-    RigxData::pushUndo(document(), new ChangeAnimationCommand(std::move(before), this, QString()));
+    command->noteAfter();
+    RigxData::pushUndo(document(), command);
 }
 
 void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
@@ -657,31 +694,6 @@ void Animation::repointRefsToKeysInForce(const QHash<const ObjectRef *, Timeline
                 r->setKey(inForce);
         }
     }
-}
-
-void Animation::replaceContent(const Animation &source)
-{
-    if (&source == this)
-        return;
-    Animation copy(source);
-    mName = copy.mName;
-    mLength = copy.mLength;
-    mLooping = copy.mLooping;
-    mLoopTo = copy.mLoopTo;
-    mSnappingInterval = copy.mSnappingInterval;
-    mGuideLines = copy.mGuideLines;
-    std::swap(mOwnLineHolder, copy.mOwnLineHolder);
-    std::swap(mObjectLineHolders, copy.mObjectLineHolders);
-    std::swap(mMainlineKeys, copy.mMainlineKeys);
-    std::swap(mTimelines, copy.mTimelines);
-    for (const auto &mk : mMainlineKeys)
-        mk->setParentItem(this);
-    for (const auto &tl : mTimelines)
-        tl->setParentItem(this);
-    for (const auto &mk : copy.mMainlineKeys)
-        mk->setParentItem(&copy);
-    for (const auto &tl : copy.mTimelines)
-        tl->setParentItem(&copy);
 }
 
 Entity *Animation::parentEntity() const

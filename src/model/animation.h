@@ -145,9 +145,6 @@ public:
     /// mainline key's time (the first key when none is yet). A reference whose
     /// key is gone is found in `timelines` (its timeline before the key went).
     void repointRefsToKeysInForce(const QHash<const ObjectRef *, Timeline *> *timelines = nullptr);
-    /// Replaces everything but the place in the tree (name, settings,
-    /// mainline, timelines, guidelines and value lines) by a copy of `source`.
-    void replaceContent(const Animation &source);
 
     // Guidelines.
     void appendGuideLine(const GuideLine &line) { mGuideLines.append(line); }
@@ -189,6 +186,9 @@ public:
     void clearAllLinksAndChildren() override;
 
 private:
+    // Undo states read and put back the whole content.
+    friend class AnimationState;
+
     // The first position whose mainline key's time is not below `time`.
     int mainlineLowerBound(int time) const;
 

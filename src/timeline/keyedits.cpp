@@ -116,12 +116,18 @@ void removeKeys(Animation *anim, const QSet<MainlineKey *> &mainKeys,
 
 // Records a change made directly to the animation (after `before` was taken)
 // as one macro: selection, the whole animation before and after, selection.
-void recordSnapshot(MorvaneCanvasScene *scene, Animation *anim, std::unique_ptr<Animation> before,
-                    ObjectSelectionCommand *startSelection, const QString &text)
+// Records what `change` does to the animation as one macro: the canvas
+// selection, the whole animation before and after, the selection.
+template<typename Change>
+void recordChange(MorvaneCanvasScene *scene, Animation *anim, const QString &text, Change change)
 {
+    auto *start = new ObjectSelectionCommand(scene, false);
+    auto *command = new ChangeAnimationCommand(anim, QString());
+    change();
+    command->noteAfter();
     Macro macro(scene->model(), text);
-    macro.push(startSelection);
-    macro.push(new ChangeAnimationCommand(std::move(before), anim, QString()));
+    macro.push(start);
+    macro.push(command);
     macro.push(new ObjectSelectionCommand(scene, true));
 }
 
@@ -246,13 +252,10 @@ bool deleteKeys(MorvaneCanvasScene *scene, const QList<KeyId> &keys, QString *er
         }
     }
 
-    auto *start = new ObjectSelectionCommand(scene, false);
-    auto before = anim->clone();
-    removeKeys(anim, found.mainKeys, found.timeKeys);
     // Named keys count; the timeline keys going with a mainline key do not.
     const int total = int(found.timeKeys.size()) + int(found.mainKeys.size());
-    recordSnapshot(scene, anim, std::move(before), start,
-                   total == 1 ? tr("key deleted") : tr("keys deleted"));
+    recordChange(scene, anim, total == 1 ? tr("key deleted") : tr("keys deleted"),
+                 [&] { removeKeys(anim, found.mainKeys, found.timeKeys); });
     return true;
 }
 
@@ -269,13 +272,12 @@ bool changeCurve(MorvaneCanvasScene *scene, const QList<KeyId> &keys, const Twee
         setError(error, tr("no key to change"));
         return false;
     }
-    auto *start = new ObjectSelectionCommand(scene, false);
-    auto before = anim->clone();
-    for (MainlineKey *mk : std::as_const(found.mainOrder))
-        mk->setCurve(tween);
-    for (TimelineKey *k : std::as_const(found.timeOrder))
-        k->setCurve(tween);
-    recordSnapshot(scene, anim, std::move(before), start, tr("curve changed"));
+    recordChange(scene, anim, tr("curve changed"), [&] {
+        for (MainlineKey *mk : std::as_const(found.mainOrder))
+            mk->setCurve(tween);
+        for (TimelineKey *k : std::as_const(found.timeOrder))
+            k->setCurve(tween);
+    });
     return true;
 }
 
@@ -304,14 +306,13 @@ bool setAnimationLength(MorvaneCanvasScene *scene, int lengthMs, QString *error)
                 timeKeys.insert(k);
         }
     }
-    auto *start = new ObjectSelectionCommand(scene, false);
-    auto before = anim->clone();
-    removeKeys(anim, mainKeys, timeKeys);
-    anim->deleteEmptyTimelines(true);
-    anim->setLength(lengthMs);
-    if (anim->loopTo() > lengthMs)
-        anim->setLoopTo(lengthMs);
-    recordSnapshot(scene, anim, std::move(before), start, tr("animation length changed"));
+    recordChange(scene, anim, tr("animation length changed"), [&] {
+        removeKeys(anim, mainKeys, timeKeys);
+        anim->deleteEmptyTimelines(true);
+        anim->setLength(lengthMs);
+        if (anim->loopTo() > lengthMs)
+            anim->setLoopTo(lengthMs);
+    });
     return true;
 }
 

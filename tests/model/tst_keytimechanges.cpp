@@ -36,6 +36,8 @@ private Q_SLOTS:
     void cloneAnimation_data();
     void cloneAnimation();
     void changeAnimationSkipsGoneTarget();
+    void orphanKeysGainMainlineKeysWithUndo_data();
+    void orphanKeysGainMainlineKeysWithUndo();
 };
 
 namespace {
@@ -391,6 +393,49 @@ void TestKeyTimeChanges::changeAnimationSkipsGoneTarget()
     QCOMPARE(f.bytes(), without);
     f.stack.redo();
     QCOMPARE(f.bytes(), without);
+}
+
+void TestKeyTimeChanges::orphanKeysGainMainlineKeysWithUndo_data()
+{
+    QTest::addColumn<bool>("withUndo");
+    QTest::newRow("with undo") << true;
+    QTest::newRow("without") << false;
+}
+
+// A key of part_2 taken off its mainline key and given a time of its own, as an
+// edit in progress leaves it, gains a mainline key there; the undoable form
+// does it in steps that undo back to the start.
+void TestKeyTimeChanges::orphanKeysGainMainlineKeysWithUndo()
+{
+    QFETCH(bool, withUndo);
+    Fixture f;
+    Animation *anim = f.animation();
+    Timeline *tl = anim->timeline(2);
+    TimelineKey *k = tl->actualKeyFromTime(40);
+    MainlineKey *former = k->mainKey();
+    former->removeChildKey(k);
+    k->setCachedTime(60);
+    const int refsBefore = former->refCount();
+
+    anim->appendMainKeysForOrphanTimeKeys(withUndo);
+    QCOMPARE(times(anim, -1), QStringLiteral("0,40,60,80,120"));
+    MainlineKey *made = anim->mainlineKeyAtExactTime(60);
+    QCOMPARE(k->mainKey(), made);
+    QVERIFY(made->refFromTimeline(tl));
+    QCOMPARE(made->refFromTimeline(tl)->key(), k);
+    // A copy of the key in force there: every reference it had.
+    QCOMPARE(made->refCount(), refsBefore);
+    QCOMPARE(f.stack.count(), withUndo ? 2 : 0);
+    if (!withUndo)
+        return;
+    while (f.stack.canUndo())
+        f.stack.undo();
+    QCOMPARE(times(anim, -1), QStringLiteral("0,40,80,120"));
+    QCOMPARE(k->mainKey(), nullptr);
+    f.stack.redo();
+    f.stack.redo();
+    QCOMPARE(times(anim, -1), QStringLiteral("0,40,60,80,120"));
+    QCOMPARE(k->mainKey(), anim->mainlineKeyAtExactTime(60));
 }
 
 QTEST_GUILESS_MAIN(TestKeyTimeChanges)

@@ -6,37 +6,413 @@
 #include "model/commands/timelinekeycommands.h"
 #include "model/entity.h"
 #include "model/mainlinekey.h"
+#include "model/object.h"
+#include "model/objectref.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
 
+#include <QHash>
+
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace Morvane {
 
-// ChangeAnimationCommand
+// ChangeAnimationCommand's states
 
-struct ChangeAnimationCommand::States
+namespace {
+
+// Detached copies of timeline key values, shared by every stored animation
+// state: a drag moves keys without changing them, so the states of a long
+// session name the same values again and again. The pool lives as long as a
+// state holds it; values are only added, each distinct value once per live key.
+class KeyPool
 {
-    std::unique_ptr<Animation> before;
-    std::unique_ptr<Animation> after;
+public:
+    static std::shared_ptr<KeyPool> instance()
+    {
+        static std::weak_ptr<KeyPool> current;
+        std::shared_ptr<KeyPool> pool = current.lock();
+        if (!pool) {
+            pool = std::make_shared<KeyPool>();
+            current = pool;
+        }
+        return pool;
+    }
+
+    // The entry holding `key`'s values.
+    quint32 intern(const TimelineKey &key)
+    {
+        const auto cached = mByLiveKey.constFind(&key);
+        if (cached != mByLiveKey.constEnd() && sameValues(*mKeys[cached.value()], key))
+            return cached.value();
+        const auto id = quint32(mKeys.size());
+        mKeys.push_back(std::make_unique<TimelineKey>(key));
+        mByLiveKey.insert(&key, id);
+        return id;
+    }
+
+    const TimelineKey *key(quint32 id) const
+    {
+        return id < mKeys.size() ? mKeys[id].get() : nullptr;
+    }
+
+    qsizetype bytes() const
+    {
+        return qsizetype(mKeys.size() * (sizeof(TimelineKey) + sizeof(void *)))
+               + mByLiveKey.size() * qsizetype(4 * sizeof(void *));
+    }
+
+private:
+    static bool sameValues(const TimelineKey &a, const TimelineKey &b)
+    {
+        const DisplayInfo &p = a.info();
+        const DisplayInfo &q = b.info();
+        if (a.id() != b.id() || a.fileInfo().address() != b.fileInfo().address()
+            || a.fileInfo().address().document() != b.fileInfo().address().document()
+            || p.x != q.x || p.y != q.y || p.angle != q.angle || p.xScale != q.xScale
+            || p.yScale != q.yScale || p.width != q.width || p.height != q.height
+            || p.alpha != q.alpha || p.color != q.color || p.flags() != q.flags()
+            || p.pivotX(false) != q.pivotX(false) || p.pivotY(false) != q.pivotY(false)
+            || p.fileLink().item() != q.fileLink().item())
+            return false;
+        const TweenInfo &c = a.curve();
+        const TweenInfo &d = b.curve();
+        if (c.curveType() != d.curveType() || c.cCount() != d.cCount())
+            return false;
+        for (int i = 0; i < TweenInfo::MaxParameters; ++i) {
+            if (c.cAt(i) != d.cAt(i))
+                return false;
+        }
+        if (a.hasEntityOrSoundInfo() != b.hasEntityOrSoundInfo())
+            return false;
+        if (!a.hasEntityOrSoundInfo())
+            return true;
+        const EntityInfo &e = a.entityInfo();
+        const EntityInfo &f = b.entityInfo();
+        const SoundInfo &s = a.soundInfo();
+        const SoundInfo &t = b.soundInfo();
+        return e.animation == f.animation && e.animation.document() == f.animation.document()
+               && e.timeRatio == f.timeRatio && e.speedRatio == f.speedRatio
+               && e.ratioControlMethod == f.ratioControlMethod && s.volume == t.volume
+               && s.panning == t.panning && s.trigger == t.trigger;
+    }
+
+    std::vector<std::unique_ptr<TimelineKey>> mKeys;
+    // Where each live key's values were last put: found again without a search.
+    QHash<const TimelineKey *, quint32> mByLiveKey;
 };
+
+} // namespace
+
+// One state of an animation, kept small: the structure (which key values each
+// timeline holds at which time, the mainline and its references) as a packed
+// and compressed list of numbers, the key values in the shared pool, and the
+// few things with text or value lines as implicitly shared copies.
+class AnimationState
+{
+public:
+    /// `entity` names the objects of the timelines (the animation's own, or the
+    /// one a detached copy was made from).
+    AnimationState(const Animation &animation, const Entity *entity);
+    /// Makes `animation` what it was when the state was taken.
+    void restore(Animation *animation) const;
+    qsizetype bytes() const;
+
+private:
+    struct Shared
+    {
+        QString name;
+        int length = 0;
+        int looping = 0;
+        int loopTo = 0;
+        int snapping = 0;
+        QList<GuideLine> guides;
+        ValueLineHolder ownLines;
+        std::map<int, ValueLineHolder> objectLines;
+        QStringList timelineNames;
+        QList<int> timelineObjects; // object index in the entity, -1 for none
+        QList<int> timelineIds;
+        QList<TweenInfo> mainlineCurves;
+    };
+
+    std::shared_ptr<KeyPool> mPool;
+    QByteArray mPacked;
+    int mPackedSize = 0;
+    Shared mShared;
+};
+
+namespace {
+
+// Differences and sums that wrap instead of overflowing: any two numbers
+// give back the second from the first.
+qint32 difference(qint32 a, qint32 b)
+{
+    return qint32(quint32(a) - quint32(b));
+}
+
+qint32 sum(qint32 difference, qint32 b)
+{
+    return qint32(quint32(difference) + quint32(b));
+}
+
+// The last state packed, so that the "before" of an edit that follows another
+// shares the "after" of that one instead of holding the same numbers again.
+struct LastPacked
+{
+    std::vector<qint32> numbers;
+    QByteArray packed;
+};
+LastPacked &lastPacked()
+{
+    static LastPacked last;
+    return last;
+}
+
+} // namespace
+
+AnimationState::AnimationState(const Animation &animation, const Entity *entity)
+    : mPool(KeyPool::instance())
+{
+    Shared &s = mShared;
+    s.name = animation.mName;
+    s.length = animation.mLength;
+    s.looping = animation.mLooping;
+    s.loopTo = animation.mLoopTo;
+    s.snapping = animation.mSnappingInterval;
+    s.guides = animation.mGuideLines;
+    s.ownLines = animation.mOwnLineHolder;
+    s.objectLines = animation.mObjectLineHolders;
+
+    // Numbers that repeat from key to key are written as differences, which
+    // compress to almost nothing: a timeline's times and value ids from the key
+    // before, a mainline key's references from the same references of the key
+    // before when it has as many.
+    std::vector<qint32> n;
+    QHash<const Timeline *, int> timelineIndex;
+    n.push_back(animation.timelineCount());
+    for (int t = 0; t < animation.timelineCount(); ++t) {
+        const Timeline *tl = animation.timeline(t);
+        timelineIndex.insert(tl, t);
+        s.timelineNames.append(tl->name());
+        s.timelineObjects.append(entity && tl->object() ? entity->indexOfObject(tl->object()) : -1);
+        s.timelineIds.append(tl->id());
+        n.push_back(tl->keyCount());
+        qint32 time = 0;
+        qint32 id = 0;
+        for (int k = 0; k < tl->keyCount(); ++k) {
+            const TimelineKey *key = tl->key(k);
+            const auto value = qint32(mPool->intern(*key));
+            n.push_back(difference(key->cachedTime(), time));
+            n.push_back(difference(value, id));
+            time = key->cachedTime();
+            id = value;
+        }
+    }
+    std::vector<qint32> section;
+    const auto keyPlace = [&](const TimelineKey *key) {
+        const Timeline *tl = key ? key->parentTimeline() : nullptr;
+        const int t = timelineIndex.value(tl, -1);
+        section.push_back(t);
+        section.push_back(t < 0 ? -1 : tl->indexOfKey(key));
+    };
+    std::vector<qint32> previous[3];
+    const auto writeSection = [&](int which) {
+        std::vector<qint32> &before = previous[which];
+        const bool alike = before.size() == section.size();
+        for (size_t i = 0; i < section.size(); ++i)
+            n.push_back(alike ? difference(section[i], before[i]) : section[i]);
+        before.swap(section);
+        section.clear();
+    };
+    n.push_back(animation.mainlineKeyCount());
+    for (int m = 0; m < animation.mainlineKeyCount(); ++m) {
+        const MainlineKey *mk = animation.mainlineKey(m);
+        s.mainlineCurves.append(mk->curve());
+        n.push_back(mk->currentTime());
+        n.push_back(mk->id());
+        n.push_back((mk->editorFlag() ? 1 : 0) | (mk->onionSkinFlag() ? 2 : 0));
+        n.push_back(mk->boneRefCount());
+        for (int i = 0; i < mk->boneRefCount(); ++i) {
+            const BoneRef *r = mk->boneRef(i);
+            keyPlace(r->key());
+            section.push_back(mk->indexOfBoneRef(r->parentRef()));
+        }
+        writeSection(0);
+        n.push_back(mk->zRefCount());
+        for (int i = 0; i < mk->zRefCount(); ++i) {
+            const ZRef *r = mk->zRef(i);
+            keyPlace(r->key());
+            section.push_back(mk->indexOfBoneRef(r->parentRef()));
+            section.push_back(r->loadZIndex());
+        }
+        writeSection(1);
+        n.push_back(mk->childTimeKeyCount());
+        for (int i = 0; i < mk->childTimeKeyCount(); ++i)
+            keyPlace(mk->childTimeKey(i));
+        writeSection(2);
+    }
+
+    mPackedSize = int(n.size());
+    LastPacked &last = lastPacked();
+    if (last.numbers == n) {
+        mPacked = last.packed;
+        return;
+    }
+    mPacked = qCompress(reinterpret_cast<const uchar *>(n.data()),
+                        qsizetype(n.size() * sizeof(qint32)), 1);
+    // The compressor's buffer is sized for the worst case: keep only the bytes.
+    mPacked.squeeze();
+    last.numbers = std::move(n);
+    last.packed = mPacked;
+}
+
+void AnimationState::restore(Animation *animation) const
+{
+    const QByteArray bytes = qUncompress(mPacked);
+    if (bytes.size() != qsizetype(mPackedSize) * qsizetype(sizeof(qint32)))
+        return;
+    const auto *n = reinterpret_cast<const qint32 *>(bytes.constData());
+    const qint32 *end = n + mPackedSize;
+    const auto next = [&]() -> qint32 { return n < end ? *n++ : 0; };
+    const Shared &s = mShared;
+    const Entity *entity = animation->parentEntity();
+
+    std::vector<std::unique_ptr<Timeline>> timelines;
+    const int timelineCount = next();
+    for (int t = 0; t < timelineCount; ++t) {
+        Object *object = entity ? entity->object(s.timelineObjects.value(t)) : nullptr;
+        auto tl = std::make_unique<Timeline>(object, s.timelineNames.value(t), s.timelineIds.value(t));
+        const int keys = next();
+        qint32 time = 0;
+        qint32 id = 0;
+        for (int k = 0; k < keys; ++k) {
+            time = sum(next(), time);
+            id = sum(next(), id);
+            const TimelineKey *value = mPool->key(quint32(id));
+            auto *key = value ? new TimelineKey(*value) : new TimelineKey;
+            key->setCachedTime(time);
+            tl->appendTimelineKey(key, false, false);
+        }
+        timelines.push_back(std::move(tl));
+    }
+    std::vector<qint32> previous[3];
+    std::vector<qint32> section;
+    size_t at = 0;
+    const auto readSection = [&](int which, int count, int fields) {
+        std::vector<qint32> &before = previous[which];
+        const size_t size = size_t(std::max(count, 0)) * size_t(fields);
+        const bool alike = before.size() == size;
+        section.resize(size);
+        for (size_t i = 0; i < size; ++i)
+            section[i] = alike ? sum(next(), before[i]) : next();
+        before = section;
+        at = 0;
+    };
+    const auto field = [&]() -> qint32 { return at < section.size() ? section[at++] : 0; };
+    const auto keyAt = [&]() -> TimelineKey * {
+        const int t = field();
+        const int k = field();
+        return t >= 0 && size_t(t) < timelines.size() ? timelines[size_t(t)]->key(k) : nullptr;
+    };
+    std::vector<std::unique_ptr<MainlineKey>> mainline;
+    const int mainlineCount = next();
+    for (int m = 0; m < mainlineCount; ++m) {
+        auto mk = std::make_unique<MainlineKey>();
+        mk->setCurrentTime(next(), true, false);
+        mk->setId(next());
+        const int flags = next();
+        mk->setEditorFlag(flags & 1);
+        mk->setOnionSkinFlag(flags & 2);
+        mk->setCurve(s.mainlineCurves.value(m));
+        QList<int> parents;
+        const int bones = next();
+        readSection(0, bones, 3);
+        for (int i = 0; i < bones; ++i) {
+            mk->appendBoneRef(new BoneRef(keyAt()));
+            parents.append(field());
+        }
+        for (int i = 0; i < bones; ++i)
+            mk->boneRef(i)->setParentRef(mk->boneRef(parents.at(i)));
+        const int zs = next();
+        readSection(1, zs, 4);
+        for (int i = 0; i < zs; ++i) {
+            auto *r = new ZRef(keyAt());
+            r->setParentRef(mk->boneRef(field()));
+            r->setLoadZIndex(field());
+            mk->appendZRef(r);
+        }
+        const int children = next();
+        readSection(2, children, 2);
+        for (int i = 0; i < children; ++i)
+            mk->addChildTimelineKey(keyAt());
+        mainline.push_back(std::move(mk));
+    }
+
+    // The old content goes, mainline keys first: they release their keys.
+    animation->mMainlineKeys.clear();
+    animation->mTimelines.clear();
+    animation->mMainlineKeys = std::move(mainline);
+    animation->mTimelines = std::move(timelines);
+    for (const auto &mk : animation->mMainlineKeys)
+        mk->setParentItem(animation);
+    for (const auto &tl : animation->mTimelines)
+        tl->setParentItem(animation);
+    animation->mName = s.name;
+    animation->mLength = s.length;
+    animation->mLooping = s.looping;
+    animation->mLoopTo = s.loopTo;
+    animation->mSnappingInterval = s.snapping;
+    animation->mGuideLines = s.guides;
+    animation->mOwnLineHolder = s.ownLines;
+    animation->mObjectLineHolders = s.objectLines;
+}
+
+qsizetype AnimationState::bytes() const
+{
+    // The packed numbers (shared with a neighbouring state when equal count
+    // once per state here) and the copies kept beside them.
+    return mPacked.size() + qsizetype(sizeof(*this))
+           + mShared.mainlineCurves.size() * qsizetype(sizeof(TweenInfo))
+           + mShared.timelineNames.size() * qsizetype(sizeof(QString) + sizeof(Address) + sizeof(int));
+}
+
+// ChangeAnimationCommand
 
 ChangeAnimationCommand::ChangeAnimationCommand(std::unique_ptr<Animation> before,
                                                const Animation *after, const QString &text,
                                                bool applied, QUndoCommand *parent)
     : QUndoCommand(text, parent)
     , mAnimation(after ? freshAddress(after->address()) : Address())
-    , mStates(std::make_unique<States>())
     , mSkipRedo(applied)
 {
-    mStates->before = std::move(before);
+    const Entity *entity = after ? after->parentEntity() : nullptr;
+    if (before)
+        mBefore = std::make_unique<AnimationState>(*before, entity);
     if (after)
-        mStates->after = after->clone();
+        mAfter = std::make_unique<AnimationState>(*after, entity);
+}
+
+ChangeAnimationCommand::ChangeAnimationCommand(const Animation *animation, const QString &text,
+                                               QUndoCommand *parent)
+    : QUndoCommand(text, parent)
+    , mAnimation(animation ? freshAddress(animation->address()) : Address())
+    , mSkipRedo(true)
+{
+    if (animation)
+        mBefore = std::make_unique<AnimationState>(*animation, animation->parentEntity());
 }
 
 ChangeAnimationCommand::~ChangeAnimationCommand() = default;
+
+void ChangeAnimationCommand::noteAfter()
+{
+    const Animation *animation = freshAddress(mAnimation).animation();
+    if (animation)
+        mAfter = std::make_unique<AnimationState>(*animation, animation->parentEntity());
+}
 
 void ChangeAnimationCommand::redo()
 {
@@ -55,15 +431,19 @@ void ChangeAnimationCommand::undo()
 void ChangeAnimationCommand::apply(bool after)
 {
     Animation *animation = freshAddress(mAnimation).animation();
-    const Animation *state = after ? mStates->after.get() : mStates->before.get();
-    if (!animation || !state)
-        return;
-    animation->replaceContent(*state);
+    const AnimationState *state = after ? mAfter.get() : mBefore.get();
+    if (animation && state)
+        state->restore(animation);
 }
 
 qsizetype ChangeAnimationCommand::storedBytes() const
 {
-    return 0;
+    return (mBefore ? mBefore->bytes() : 0) + (mAfter ? mAfter->bytes() : 0);
+}
+
+qsizetype ChangeAnimationCommand::sharedKeyBytes()
+{
+    return KeyPool::instance()->bytes();
 }
 
 // SetMainlineKeyTimeCommand

@@ -16,31 +16,45 @@ class Animation;
 class MainlineKey;
 class RigxData;
 
+class AnimationState;
+
 /// Gives the animation back as a whole: redo puts the "after" state in place,
 /// undo the "before" state. The animation is found by its entity and animation
-/// indexes on every step; both states are kept compressed.
+/// indexes on every step. The states are kept small: their structure packed
+/// and compressed, the key values shared by all states, so a long session of
+/// drags on a large animation holds little more than what the drags changed.
 class ChangeAnimationCommand : public QUndoCommand
 {
 public:
-    /// `after` is the animation as it is now; with `applied` (the usual case:
-    /// the caller has just changed it) the first redo leaves it as it is.
+    /// `before` is a copy of the animation as it was, `after` the animation as
+    /// it is now; with `applied` (the usual case: the caller has just changed
+    /// it) the first redo leaves it as it is.
     ChangeAnimationCommand(std::unique_ptr<Animation> before, const Animation *after,
                            const QString &text, bool applied = true,
                            QUndoCommand *parent = nullptr);
+    /// Notes `animation` as it is now as the "before" state; change it, then
+    /// call `noteAfter` and push. The first redo leaves the animation as it is.
+    ChangeAnimationCommand(const Animation *animation, const QString &text,
+                           QUndoCommand *parent = nullptr);
     ~ChangeAnimationCommand() override;
+
+    /// Notes the animation as it is now as the "after" state.
+    void noteAfter();
 
     void redo() override;
     void undo() override;
 
-    /// The bytes the two states take (for measuring).
+    /// The bytes the two states of this command take.
     qsizetype storedBytes() const;
+    /// The bytes of the key values all states share.
+    static qsizetype sharedKeyBytes();
 
 private:
     void apply(bool after);
 
     Address mAnimation;
-    struct States;
-    std::unique_ptr<States> mStates;
+    std::unique_ptr<AnimationState> mBefore;
+    std::unique_ptr<AnimationState> mAfter;
     bool mSkipRedo;
 };
 
