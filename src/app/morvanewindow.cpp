@@ -11,6 +11,7 @@
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/tools/toolmanager.h"
+#include "export/exporttopngdialog.h"
 #include "canvashost.h"
 #include "model/animation.h"
 #include "model/timeline.h"
@@ -399,6 +400,14 @@ void MorvaneWindow::setupShorcuts()
                 mUi->actionCopy_with_children, mUi->actionDelete_All_Instances,
                 mUi->actionForce_names});
     mPendingActions = WindowActions::pending(mUi);
+    // Export renders through the canvas's scene; the dialog owns the rest.
+    mPendingActions.removeOne(mUi->actionExport_To_PNG);
+    connect(mUi->actionExport_To_PNG, &QAction::triggered, this, [this] {
+        ExportToPngDialog dialog(canvas()->session(), this);
+        if (QAction *pixelArt = canvas()->action(QStringLiteral("actionPixel_Art_Mode")))
+            dialog.setPixelArt(pixelArt->isChecked());
+        dialog.exec();
+    });
     for (QAction *action : std::as_const(mPendingActions))
         action->setEnabled(false);
     for (const auto &[action, name] : WindowActions::canvasLinks(mUi))

@@ -123,7 +123,8 @@ void RenderCommand::addOptions(QCommandLineParser &parser)
     parser.addOption(valueOption(
         "matte", "GIF: blend semi-transparent pixels over #RRGGBB instead of a threshold.",
         "COLOUR"));
-    parser.addOption(flagOption("shared-palette", "GIF: one palette for all frames."));
+    parser.addOption(flagOption("palette-per-frame",
+                                "GIF: a palette for each frame instead of one for all (slower)."));
 }
 
 QString RenderCommand::readOptions(const QCommandLineParser &parser, int defaultInterval,
@@ -223,10 +224,10 @@ QString RenderCommand::readOptions(const QCommandLineParser &parser, int default
 
     const bool gifOption = parser.isSet(opt("loop")) || parser.isSet(opt("dither"))
                            || parser.isSet(opt("alpha-threshold")) || parser.isSet(opt("matte"))
-                           || parser.isSet(opt("shared-palette"));
+                           || parser.isSet(opt("palette-per-frame"));
     if (gifOption && !gif)
         return QStringLiteral("--loop, --dither, --alpha-threshold, --matte and "
-                              "--shared-palette are for a GIF (--out BASE.gif)");
+                              "--palette-per-frame are for a GIF (--out BASE.gif)");
     if (gif && o->premultiplied)
         return QStringLiteral("--premultiplied is for PNGs");
     o->gif = GifOptions();
@@ -252,7 +253,7 @@ QString RenderCommand::readOptions(const QCommandLineParser &parser, int default
             .arg(parser.value(opt("alpha-threshold")));
     if (parser.isSet(opt("matte")) && !readColour(parser.value(opt("matte")), &o->gif.matte))
         return QStringLiteral("--matte takes #RRGGBB, not \"%1\"").arg(parser.value(opt("matte")));
-    o->gif.sharedPalette = parser.isSet(opt("shared-palette"));
+    o->gif.sharedPalette = !parser.isSet(opt("palette-per-frame"));
     return QString();
 }
 

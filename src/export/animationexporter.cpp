@@ -282,7 +282,12 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
     }
     const QString base = baseName(output);
     const bool eachFrame = options.trim == TrimType::EachFrame;
-    QRectF source = fixedSource(scene, options, frames);
+    // A box worked out from the images grows to whole canvas units, so that
+    // at 100 % every image pixel lands on one output pixel.
+    auto aligned = [&options](const QRectF &r) {
+        return options.trim == TrimType::Custom || r.isEmpty() ? r : QRectF(r.toAlignedRect());
+    };
+    QRectF source = aligned(fixedSource(scene, options, frames));
     // An animation that draws nothing still gives images: one transparent pixel.
     if (!eachFrame && source.isEmpty())
         source = QRectF(source.topLeft(), QSizeF(1, 1));
@@ -297,7 +302,7 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         renderer.setTime(frames.at(i).time);
         QRectF frameSource = source;
         if (eachFrame) {
-            frameSource = renderer.frameBounds();
+            frameSource = aligned(renderer.frameBounds());
             if (frameSource.isEmpty())
                 frameSource = QRectF(frameSource.topLeft(), QSizeF(1, 1));
         }
@@ -326,7 +331,8 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
     }
     if (pngs) {
         result.files = pngs->finish();
-        if (result.error.isEmpty())
+        // With every write done, the earliest frame that failed is known.
+        if (!pngs->error().isEmpty())
             result.error = pngs->error();
         result.ok = result.error.isEmpty() && !result.cancelled;
         return result;

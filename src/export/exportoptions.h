@@ -48,8 +48,10 @@ struct GifOptions
     /// When valid, semi-transparent pixels are blended over this colour
     /// instead, and only fully transparent ones stay transparent.
     QColor matte;
-    /// One palette for all frames (steady colours) or one per frame (truer colours).
-    bool sharedPalette = false;
+    /// One palette for all frames (steady colours, and one pass of the
+    /// library's colour reduction) or one per frame (truer colours, but a
+    /// pass per frame, several times slower).
+    bool sharedPalette = true;
 };
 
 /// Everything one export run needs to know besides the animation and the

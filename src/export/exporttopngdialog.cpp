@@ -414,6 +414,11 @@ void ExportToPngDialog::setOptions(const ExportOptions &o)
     updateState();
 }
 
+void ExportToPngDialog::setPixelArt(bool on)
+{
+    mPixelArt->setChecked(on);
+}
+
 int ExportToPngDialog::frameCount() const
 {
     const Animation *animation = mSession ? mSession->currentAnimation() : nullptr;
@@ -525,7 +530,11 @@ void ExportToPngDialog::updateState()
     mMatte->setEnabled(mUseMatte->isChecked());
     mBatchHorizontal->setEnabled(mBatch->isChecked() && sheet);
     mBatchVertical->setEnabled(mBatch->isChecked() && sheet);
-    mBatchIntervals->setEnabled(mBatch->isChecked());
+    // Writing the intervals into the animations waits for an undoable change
+    // of an animation's interval; the choice is kept meanwhile.
+    mBatchIntervals->setEnabled(false);
+    mBatchIntervals->setToolTip(tr("Not available yet: the animations' intervals cannot be "
+                                   "changed undoably yet."));
     // The ratio the constrained scale keeps.
     if (mScaleWidth->value() > 0)
         mScaleHeight->setProperty("ratio", mScaleHeight->value() / mScaleWidth->value());

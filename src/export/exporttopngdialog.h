@@ -43,6 +43,8 @@ public:
 
     ExportOptions options() const;
     void setOptions(const ExportOptions &options);
+    /// Follows the canvas's pixel-art mode (whole pixels, no smoothing).
+    void setPixelArt(bool on);
     /// Replaces the save-file dialog (tests, scripted use).
     void setFileChooser(FileChooser chooser) { mChooser = std::move(chooser); }
 

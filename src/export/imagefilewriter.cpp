@@ -5,7 +5,7 @@
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QImageWriter>
-#include <QSaveFile>
+#include <QFile>
 
 #include <cstring>
 
@@ -34,20 +34,30 @@ QByteArray ImageFileWriter::encodePng(const QImage &image, bool premultiplied)
 
 bool ImageFileWriter::writeFile(const QString &path, const QByteArray &bytes, QString *error)
 {
-    QSaveFile file(path);
-    if (bytes.isEmpty()) {
+    auto fail = [&](const QString &reason) {
         if (error)
             *error = QCoreApplication::translate("ImageFileWriter", "Cannot write file %1: %2")
-                         .arg(path, QCoreApplication::translate("ImageFileWriter",
-                                                                "the image could not be encoded"));
+                         .arg(path, reason);
         return false;
+    };
+    if (bytes.isEmpty())
+        return fail(QCoreApplication::translate("ImageFileWriter", "the image could not be encoded"));
+    // Written in place, without a sync per file: an export writes many files
+    // and none of them is the only copy of anything. A write that fails takes
+    // its half-written file away.
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return fail(file.errorString());
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        const QString reason = file.errorString();
+        file.close();
+        file.remove();
+        return fail(reason);
     }
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        if (error)
-            *error = QCoreApplication::translate("ImageFileWriter", "Cannot write file %1: %2")
-                         .arg(path, file.errorString());
-        file.cancelWriting();
-        return false;
+    file.close();
+    if (file.error() != QFileDevice::NoError) {
+        file.remove();
+        return fail(file.errorString());
     }
     return true;
 }

@@ -8,9 +8,8 @@
 
 namespace Morvane {
 
-/// Writes exported images. Every write goes through a temporary file renamed
-/// over the target, so a failed write never leaves half an image; errors name
-/// the file and the system's reason.
+/// Writes exported images. A failed write leaves no half image behind; errors
+/// name the file and the system's reason.
 class ImageFileWriter
 {
 public:

@@ -57,7 +57,8 @@ void TestRenderCli::prints_data()
         << QStringList{QStringLiteral("--out"), QStringLiteral("OUT/k.gif"),
                        QStringLiteral("--keyframes-only"), QStringLiteral("--trim"),
                        QStringLiteral("frame"), QStringLiteral("--background"),
-                       QStringLiteral("#336699"), QStringLiteral("--loop"), QStringLiteral("3")}
+                       QStringLiteral("#336699"), QStringLiteral("--loop"), QStringLiteral("3"),
+                       QStringLiteral("--palette-per-frame")}
         << QStringLiteral("{\"frames\":2,\"times\":[0,400],\"width\":10,\"height\":10,"
                           "\"source\":[20,30,30,40]}")
         << QStringList{QStringLiteral("k.gif")};
