@@ -178,6 +178,8 @@ void TestShortcuts::search_data()
     QTest::addColumn<QString>("everyRowContains");
     QTest::newRow("by text") << "zoom" << QStringList({"Zoom In", "Zoom Out", "Restore Zoom"}) << "zoom";
     QTest::newRow("by key text") << "Ctrl+Alt+Space" << QStringList({"Zoom Out"}) << QString();
+    // A second key of an action is listed and found too (Cut's standard Shift+Del).
+    QTest::newRow("by a second key") << "Shift+Del" << QStringList({"Cut", "Delete From All Frames"}) << QString();
     QTest::newRow("nothing matches") << "no such action" << QStringList() << QString();
 }
 
@@ -191,6 +193,15 @@ void TestShortcuts::search()
     dock->show();
     const int all = dock->shownRowCount();
     QVERIFY(all > 20);
+    // The canvas tools' keys work while the canvas has the focus.
+    for (int row = 0; row < dock->table()->rowCount(); ++row) {
+        const QString text = dock->table()->item(row, KeyShortcutDockWidget::ActionColumn)->text();
+        const QString where = dock->table()->item(row, KeyShortcutDockWidget::WhereColumn)->text();
+        if (text == QLatin1String("Bone") || text == QLatin1String("Pan"))
+            QCOMPARE(where, QString("Canvas"));
+        if (text == QLatin1String("Save Project"))
+            QCOMPARE(where, QString("Window"));
+    }
 
     QTest::keyClicks(dock->searchField(), typed);
     const QStringList shown = shownActions(dock);

@@ -4,13 +4,16 @@
 
 #include "shortcutclashes.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeySequenceEdit>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QTableWidget>
+#include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -25,16 +28,19 @@ QString whereText(const QAction *action)
     if (action->shortcutContext() != Qt::WidgetShortcut
         && action->shortcutContext() != Qt::WidgetWithChildrenShortcut)
         return KeyShortcutDockWidget::tr("Window");
+    // The piece itself, not a tool bar, its buttons or a menu that also show the action.
     for (QObject *object : action->associatedObjects()) {
-        if (auto *widget = qobject_cast<QWidget *>(object)) {
-            if (!widget->accessibleName().isEmpty())
-                return widget->accessibleName();
-            QString name = QString::fromLatin1(widget->metaObject()->className());
-            name = name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
-            if (name.endsWith(QLatin1String("Editor")) && name.size() > 6)
-                name.chop(6);
-            return name;
-        }
+        auto *widget = qobject_cast<QWidget *>(object);
+        if (!widget || qobject_cast<QToolBar *>(widget) || qobject_cast<QMenu *>(widget)
+            || qobject_cast<QAbstractButton *>(widget))
+            continue;
+        if (!widget->accessibleName().isEmpty())
+            return widget->accessibleName();
+        QString name = QString::fromLatin1(widget->metaObject()->className());
+        name = name.mid(name.lastIndexOf(QLatin1Char(':')) + 1);
+        if (name.endsWith(QLatin1String("Editor")) && name.size() > 6)
+            name.chop(6);
+        return name;
     }
     return QString();
 }
@@ -117,9 +123,14 @@ void KeyShortcutDockWidget::fill(const QList<QAction *> &actions, QWidget *windo
             continue;
         mTable->insertRow(row);
         auto *text = new QTableWidgetItem(action->text().remove(QLatin1Char('&')));
-        auto *key = new QTableWidgetItem(action->shortcut().toString(QKeySequence::NativeText));
-        // Keys the search matches in either spelling: "Ctrl+S" as shown, and portable.
-        key->setData(Qt::UserRole, action->shortcut().toString(QKeySequence::PortableText));
+        // Every key of the action ("Ctrl+X; Shift+Del"), so a second key is not hidden.
+        auto *key = new QTableWidgetItem(
+            QKeySequence::listToString(action->shortcuts(), QKeySequence::NativeText));
+        // Keys the search matches in either spelling: as shown, and portable.
+        QStringList portable;
+        for (const QKeySequence &sequence : action->shortcuts())
+            portable << sequence.toString(QKeySequence::PortableText);
+        key->setData(Qt::UserRole, portable);
         auto *where = new QTableWidgetItem(whereText(action));
         if (clashing.contains(action)) {
             for (QTableWidgetItem *item : {text, key, where}) {
@@ -145,15 +156,16 @@ void KeyShortcutDockWidget::applyFilter()
     for (int row = 0; row < mTable->rowCount(); ++row) {
         const QTableWidgetItem *text = mTable->item(row, ActionColumn);
         const QTableWidgetItem *shortcut = mTable->item(row, ShortcutColumn);
+        const QStringList keys = shortcut->data(Qt::UserRole).toStringList();
         bool shown = search.isEmpty() || text->text().contains(search, Qt::CaseInsensitive)
                      || shortcut->text().contains(search, Qt::CaseInsensitive)
-                     || shortcut->data(Qt::UserRole).toString().contains(search,
-                                                                        Qt::CaseInsensitive);
-        if (!key.isEmpty())
-            shown = shown
-                    && QKeySequence(shortcut->data(Qt::UserRole).toString(),
-                                    QKeySequence::PortableText)
-                           == key;
+                     || !keys.filter(search, Qt::CaseInsensitive).isEmpty();
+        if (!key.isEmpty()) {
+            bool found = false;
+            for (const QString &portable : keys)
+                found = found || QKeySequence(portable, QKeySequence::PortableText) == key;
+            shown = shown && found;
+        }
         mTable->setRowHidden(row, !shown);
     }
 }
