@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "editscript.h"
 
+#include "editclipboardsteps.h"
+
 #include "canvas/editorsession.h"
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/objectgraphicsproxy.h"
@@ -399,6 +401,11 @@ const EditStep sSteps[] = {
     {"length", &stepLength},
     {"undo", &stepUndo},
     {"redo", &stepRedo},
+    {"copy-frame", &stepCopyFrame},
+    {"copy-keys", &stepCopyKeys},
+    {"paste", &stepPaste},
+    {"paste-all-keys", &stepPasteAllKeys},
+    {"copy-to-all-frames", &stepCopyToAllFrames},
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "../canvas/canvastesthelpers.h"
+#include "clirunner.h"
 
 #include "canvas/canvaseditor.h"
 #include "canvas/clipboard/clipboardeditor.h"
@@ -21,6 +22,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMimeData>
 #include <QRandomGenerator>
@@ -139,6 +141,8 @@ private slots:
     void poseMovesBetweenTwoEditors();
     void shortcutsReachOneActionEach();
     void randomCopiesAndPastesUndoToTheSavedBytes();
+    void commandLineSteps_data();
+    void commandLineSteps();
 };
 
 void TestClipboard::frameCopyStartsAtZero_data()
@@ -608,6 +612,64 @@ void TestClipboard::randomCopiesAndPastesUndoToTheSavedBytes()
     while (e.hero.stack.canRedo())
         e.hero.stack.redo();
     QCOMPARE(e.hero.savedBytes(), end);
+}
+
+void TestClipboard::commandLineSteps_data()
+{
+    QTest::addColumn<QString>("steps");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("expected"); // in stdout on success, in stderr on failure
+    QTest::newRow("frame copied and pasted")
+        << R"({"do": "time", "time": 750}, {"do": "copy-frame"}, {"do": "time", "time": 250}, {"do": "paste"})"
+        << 0 << "keys pasted";
+    QTest::newRow("mainline key copied and pasted")
+        << R"({"do": "copy-keys", "keys": [{"line": "mainline", "time": 600}]}, {"do": "time", "time": 1100}, {"do": "paste"})"
+        << 0 << "keys pasted";
+    QTest::newRow("one timeline's keys")
+        << R"({"do": "copy-keys", "keys": [{"line": "spine", "time": 0}, {"line": "spine", "time": 600}]}, {"do": "time", "time": 300}, {"do": "paste"})"
+        << 0 << "keys pasted";
+    QTest::newRow("pasted to all keys")
+        << R"({"do": "time", "time": 300}, {"do": "copy-frame"}, {"do": "paste-all-keys"})"
+        << 0 << "pasted to all keys";
+    QTest::newRow("one property to all frames")
+        << R"({"do": "time", "time": 300}, {"do": "copy-to-all-frames", "objects": ["spine"], "property": "angle"})"
+        << 0 << "property copied to all frames";
+    QTest::newRow("the whole state to all frames")
+        << R"({"do": "time", "time": 300}, {"do": "copy-to-all-frames", "objects": ["spine", "hip"], "property": null})"
+        << 0 << "copied to all frames";
+    QTest::newRow("paste before any copy") << R"({"do": "paste"})" << 2 << "Nothing to paste";
+    QTest::newRow("a line that is not there")
+        << R"({"do": "copy-keys", "keys": [{"line": "tail", "time": 0}]})" << 2
+        << "no timeline or variable is named \"tail\"";
+    QTest::newRow("a key that is not there")
+        << R"({"do": "copy-keys", "keys": [{"line": "spine", "time": 300}]})" << 2
+        << "none of the keys exists";
+    QTest::newRow("a fractional time")
+        << R"({"do": "copy-keys", "keys": [{"line": "spine", "time": 0.5}]})" << 2 << "whole";
+    QTest::newRow("a property that is not one")
+        << R"({"do": "copy-to-all-frames", "objects": ["spine"], "property": "colour"})" << 2
+        << "\"property\" is one of";
+}
+
+void TestClipboard::commandLineSteps()
+{
+    QFETCH(QString, steps);
+    QFETCH(int, exitCode);
+    QFETCH(QString, expected);
+    HeroProject hero;
+    QVERIFY(hero.ok);
+    const QString script = hero.dir.path() + QStringLiteral("/script.json");
+    const QString out = hero.dir.path() + QStringLiteral("/hero/out.rigx");
+    QFile file(script);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QStringLiteral(R"({"animation": "idle", "steps": [%1]})").arg(steps).toUtf8());
+    file.close();
+    const CliRun run = runCli({QStringLiteral("edit"), hero.projectPath(), script,
+                               QStringLiteral("--out"), out});
+    QCOMPARE(run.exitCode, exitCode);
+    const QByteArray said = run.out + " / " + run.err;
+    QVERIFY2((exitCode == 0 ? run.out : run.err).contains(expected.toUtf8()), said.constData());
+    QCOMPARE(QFileInfo::exists(out), exitCode == 0);
 }
 
 QTEST_MAIN(TestClipboard)
