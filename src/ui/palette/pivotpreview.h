@@ -29,7 +29,7 @@ public:
     QRectF imageRect() const;
     QPointF pivot() const { return mPivot; }
 
-    QSize sizeHint() const override { return QSize(200, 150); }
+    QSize sizeHint() const override { return QSize(200, 180); }
 
 Q_SIGNALS:
     void pivotClicked(const QPointF &pivot);
