@@ -281,10 +281,14 @@ std::unique_ptr<Animation> retimedAnimation(const Animation &animation, double s
                 key->setCachedTime(int(retime(key->time())));
         }
     }
-    for (int i = 0; i < copy->mainlineKeyCount(); ++i) {
-        MainlineKey *key = copy->mainlineKey(i);
-        key->setCurrentTime(int(retime(key->currentTime())));
-    }
+    // Setting a time re-sorts the mainline and may pass a key not yet moved, so
+    // take the keys first, force every time, and sort once at the end.
+    QList<MainlineKey *> keys;
+    for (int i = 0; i < copy->mainlineKeyCount(); ++i)
+        keys.append(copy->mainlineKey(i));
+    for (MainlineKey *key : std::as_const(keys))
+        key->setCurrentTime(int(retime(key->currentTime())), true, true);
+    copy->sortMainlineKeysByTime();
     copy->setLength(std::max(1, int(retime(animation.length()))));
     copy->setLoopTo(std::min(copy->length(), int(retime(animation.loopTo()))));
     return copy;

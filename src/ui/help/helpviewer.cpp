@@ -26,7 +26,7 @@ namespace {
 const char *const PageOrder[] = {
     "index.md",         "getting-started.md",  "canvas.md",       "timeline.md",
     "panels.md",        "export.md",           "sprite-sheets.md", "batch-conversion.md",
-    "command-line.md",  "cli.md",              "shortcuts.md",
+    "command-line.md",  "cli.md",              "editing.md",      "shortcuts.md",
 };
 
 } // namespace
