@@ -95,6 +95,27 @@ QList<Address> selectedTimelineKeys(const TimelineView *view, const EditorSessio
     return keys;
 }
 
+// The keys selected in the timeline when it has the focus: a mainline key
+// stands for itself and every key at its time.
+QList<CopiedKey> focusedTimelineKeys(const TimelineView *view)
+{
+    QList<CopiedKey> keys;
+    if (!view->hasFocus() && !view->viewport()->hasFocus())
+        return keys;
+    for (const TimelineKeyGraphicsProxy *marker : view->selectedKeys()) {
+        const RowId &row = marker->row()->id();
+        CopiedKey key;
+        key.time = marker->currentTime();
+        if (row.kind == RowId::Kind::Timeline)
+            key.timeline = row.timeline;
+        else if (row.kind != RowId::Kind::Mainline)
+            continue;
+        if (!keys.contains(key))
+            keys.append(key);
+    }
+    return keys;
+}
+
 } // namespace
 
 RigxData *MorvaneWindow::rigx = nullptr;
@@ -214,6 +235,9 @@ MorvaneWindow::~MorvaneWindow()
     // The canvas reads the document: it lets go first, then a copy still being
     // written goes, then the document.
     mCanvas->setDocument(nullptr);
+    // The stack outlives this body (a child, deleted by QWidget) and says it
+    // is clean again as it goes: nothing that listens may still run then.
+    mUndoStack->disconnect();
     if (MorvaneSettings::mainWindow == this) {
         MorvaneSettings::mainWindow = nullptr;
         MorvaneSettings::mainScene = nullptr;
@@ -418,6 +442,11 @@ void MorvaneWindow::setupShorcuts()
     mClipboard->registerWithCanvas(canvas());
     connect(mClipboard, &ClipboardEditor::statusMessage, this,
             [this](const QString &text) { statusBar()->showMessage(text, 5000); });
+    // While the timeline has the focus, Copy takes its selected keys.
+    if (auto *timeline = findChild<TimelineEditor *>()) {
+        TimelineView *view = timeline->timelineView();
+        mClipboard->setKeySource([view] { return focusedTimelineKeys(view); });
+    }
     for (QAction *own : mClipboard->actions()) {
         if (auto *entry = findChild<QAction *>(own->objectName(), Qt::FindDirectChildrenOnly)) {
             entry->setShortcuts(own->shortcuts());

@@ -14,6 +14,13 @@
 #include "canvas/morvanecanvasscene.h"
 #include "canvas/morvanegraphicsview.h"
 #include "canvas/objectgraphicsproxy.h"
+#include "canvas/clipboard/clipboardeditor.h"
+#include "canvas/editorsession.h"
+#include "model/mainlinekey.h"
+#include "timeline/timelineeditor.h"
+#include "timeline/timelineitems.h"
+#include "timeline/timelinerows.h"
+#include "timeline/timelineview.h"
 #include "projectcontroller.h"
 #include "ui_morvanewindow.h"
 
@@ -55,6 +62,7 @@ private slots:
     void absolutePoseOption_data();
     void absolutePoseOption();
     void canvasDragUndoSave();
+    void timelineKeysCopyPaste();
     void canvasActionsFollowWindow();
 
 private:
@@ -501,6 +509,55 @@ void TestMorvaneWindow::canvasDragUndoSave()
     QVERIFY(ProjectFile::open(&reread, path));
     QCOMPARE(window.projectFilePath(), path);
     QCOMPARE(savedBytes(&reread), moved);
+}
+
+void TestMorvaneWindow::timelineKeysCopyPaste()
+{
+    const QString path = copyExample(mFixture.folder());
+    QVERIFY(!path.isEmpty());
+    MorvaneWindow window(QStringLiteral("r4.1"), {QStringLiteral("morvane"), path});
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    RigxData *document = window.project()->document();
+    const QByteArray before = savedBytes(document);
+    auto *timeline = window.findChild<TimelineEditor *>();
+    QVERIFY(timeline);
+    TimelineView *view = timeline->timelineView();
+    EditorSession *session = window.canvas()->session();
+    Animation *animation = session->currentAnimation();
+    QVERIFY(animation);
+    const int keysBefore = animation->mainlineKeyCount();
+
+    // Click the mainline key at 0 in the timeline, then Copy with the timeline focused.
+    TimelineKeyGraphicsProxy *marker = nullptr;
+    for (QGraphicsItem *item : view->scene()->items()) {
+        auto *key = qgraphicsitem_cast<TimelineKeyGraphicsProxy *>(item);
+        if (key && key->row()->id().kind == RowId::Kind::Mainline && key->currentTime() == 0)
+            marker = key;
+    }
+    QVERIFY(marker);
+    view->setFocus();
+    const QPoint at = view->mapFromScene(marker->sceneBoundingRect().center());
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, at);
+    QVERIFY(!view->selectedKeys().isEmpty());
+    view->setFocus();
+    window.ui()->actionCopy->trigger();
+    auto *clipboard = window.findChild<ClipboardEditor *>();
+    QVERIFY(clipboard);
+    QVERIFY(!clipboard->ownCopy()->isFrameCopy());
+    QVERIFY(clipboard->ownCopy()->copiedKeyCount() > 1);
+    QCOMPARE(savedBytes(document), before); // copying changes nothing
+
+    // Paste at 300: a mainline key stands there now; one undo gives the bytes back.
+    session->setCurrentTime(300);
+    window.ui()->actionPaste->trigger();
+    animation = session->currentAnimation();
+    QVERIFY(animation->mainlineKeyAtExactTime(300));
+    QCOMPARE(animation->mainlineKeyCount(), keysBefore + 1);
+    const QByteArray pasted = savedBytes(document);
+    window.ui()->actionUndo->trigger();
+    QCOMPARE(savedBytes(document), before);
+    window.ui()->actionRedo->trigger();
+    QCOMPARE(savedBytes(document), pasted);
 }
 
 void TestMorvaneWindow::canvasActionsFollowWindow()

@@ -189,8 +189,34 @@ void ClipboardEditor::cut()
         mScene->deleteSelection();
 }
 
+bool ClipboardEditor::copyKeys(const QList<CopiedKey> &keys)
+{
+    Animation *animation = mScene ? mScene->currentAnimation() : nullptr;
+    if (!animation) {
+        Q_EMIT statusMessage(tr("No animation is open to copy from."));
+        return false;
+    }
+    auto copy = std::make_unique<Copy>();
+    if (!copy->copyKeys(animation, keys)) {
+        Q_EMIT statusMessage(tr("None of the selected keys can be copied."));
+        return false;
+    }
+    const int count = copy->copiedKeyCount();
+    mCopy = std::move(copy);
+    publish();
+    Q_EMIT statusMessage(count == 1 ? tr("1 key copied.") : tr("%1 keys copied.").arg(count));
+    return true;
+}
+
 void ClipboardEditor::copy()
 {
+    if (mKeySource) {
+        const QList<CopiedKey> keys = mKeySource();
+        if (!keys.isEmpty()) {
+            copyKeys(keys);
+            return;
+        }
+    }
     mCollector.copySelectedSceneItems(mScene);
     copyItems(mCollector.timelines());
 }

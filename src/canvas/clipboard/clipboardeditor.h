@@ -3,6 +3,7 @@
 #pragma once
 
 #include "canvas/clipboard/clipboardpaste.h"
+#include "canvas/clipboard/copy.h"
 #include "canvas/clipboard/morvaneclipboard.h"
 
 #include <QByteArray>
@@ -11,6 +12,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 
 class QAction;
@@ -55,6 +57,14 @@ public:
     /// The copy made here last (never null).
     Copy *ownCopy() const { return mCopy.get(); }
 
+    /// Where Copy finds keys selected elsewhere (the timeline): while the
+    /// source answers a non-empty list, Copy and Cut take those keys of the
+    /// shown animation instead of canvas items.
+    using KeySource = std::function<QList<CopiedKey>()>;
+    void setKeySource(KeySource source) { mKeySource = std::move(source); }
+    /// Copies these keys of the shown animation, keeping their times apart.
+    bool copyKeys(const QList<CopiedKey> &keys);
+
 public Q_SLOTS:
     void cut();
     /// The selected items with their parent bones, or every shown item when
@@ -83,6 +93,7 @@ private:
     QByteArray mPublished;
     QList<QAction *> mActions;
     QList<std::pair<QString, QAction *>> mPropertyActions;
+    KeySource mKeySource;
 };
 
 } // namespace Morvane
