@@ -22,6 +22,7 @@ class QMenu;
 namespace Morvane {
 
 class Animation;
+class Copy;
 class EditorSession;
 class MainlineKeyGraphicsProxy;
 class PlayheadItem;
@@ -116,6 +117,9 @@ public:
     /// stands for its timeline keys.
     QList<KeyEdits::KeyId> selectedKeyIds() const;
     bool deleteSelectedKeys();
+    /// Pastes `copy` so that its earliest key lands at the current time, by
+    /// the clipboard's rules; one undo step. `message` gets the status line.
+    bool pasteKeys(Copy *copy, QString *message = nullptr);
     bool changeCurveOfSelectedKeys(const TweenInfo &curve);
     /// Scales the selected keys' times about the earliest of them.
     bool scaleSelectedKeyTimes(double factor);

@@ -6,6 +6,7 @@
 
 #include "timeline/timelineview.h"
 
+#include "canvas/clipboard/clipboardpaste.h"
 #include "canvas/editorsession.h"
 #include "canvas/morvanecanvasscene.h"
 #include "meta/metaowner.h"
@@ -125,6 +126,12 @@ QList<KeyEdits::KeyId> TimelineView::selectedKeyIds() const
         }
     }
     return keys;
+}
+
+bool TimelineView::pasteKeys(Copy *copy, QString *message)
+{
+    MorvaneCanvasScene *scene = mSession ? mSession->scene() : nullptr;
+    return scene && copy && Morvane::pasteKeys(scene, copy, mSession->currentTime(), message);
 }
 
 bool TimelineView::deleteSelectedKeys()

@@ -558,6 +558,13 @@ void TestMorvaneWindow::timelineKeysCopyPaste()
     QCOMPARE(savedBytes(document), before);
     window.ui()->actionRedo->trigger();
     QCOMPARE(savedBytes(document), pasted);
+
+    // The timeline pastes the same copy at 900 in one more step.
+    session->setCurrentTime(900);
+    QVERIFY(view->pasteKeys(clipboard->ownCopy()));
+    QVERIFY(session->currentAnimation()->mainlineKeyAtExactTime(900));
+    window.ui()->actionUndo->trigger();
+    QCOMPARE(savedBytes(document), pasted);
 }
 
 void TestMorvaneWindow::canvasActionsFollowWindow()
