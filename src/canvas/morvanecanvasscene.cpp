@@ -1233,6 +1233,36 @@ void MorvaneCanvasScene::unlockSelectedObjects()
     refresh(false);
 }
 
+void MorvaneCanvasScene::setTimelineHidden(int timelineIndex, bool hidden)
+{
+    if (hidden == isTimelineHidden(timelineIndex))
+        return;
+    if (hidden) {
+        mHiddenTimelines.insert(timelineIndex);
+        QList<ObjectGraphicsProxy *> keep = mSelection;
+        keep.removeAll(timelineProxy(timelineIndex));
+        setSelectedProxies(keep);
+    } else {
+        mHiddenTimelines.remove(timelineIndex);
+    }
+    refresh(false);
+}
+
+void MorvaneCanvasScene::setTimelineLocked(int timelineIndex, bool locked)
+{
+    if (locked == isTimelineLocked(timelineIndex))
+        return;
+    if (locked) {
+        mLockedTimelines.insert(timelineIndex);
+        QList<ObjectGraphicsProxy *> keep = mSelection;
+        keep.removeAll(timelineProxy(timelineIndex));
+        setSelectedProxies(keep);
+    } else {
+        mLockedTimelines.remove(timelineIndex);
+    }
+    refresh(false);
+}
+
 void MorvaneCanvasScene::setAllObjsVisible()
 {
     mHiddenTimelines.clear();

@@ -214,6 +214,14 @@ Q_SIGNALS:
     /// An edit was done, undone or redone.
     void documentEdited();
 
+public:
+    /// Hides or locks one timeline's object of the shown animation (a view of
+    /// the canvas, not an edit); a hidden or locked object leaves the selection.
+    void setTimelineHidden(int timelineIndex, bool hidden);
+    void setTimelineLocked(int timelineIndex, bool locked);
+    bool isTimelineHidden(int timelineIndex) const { return mHiddenTimelines.contains(timelineIndex); }
+    bool isTimelineLocked(int timelineIndex) const { return mLockedTimelines.contains(timelineIndex); }
+
 public Q_SLOTS:
     // Locking and hiding are views of the canvas, not edits: they are not
     // undoable and clear the selection. They hold for the shown animation.

@@ -57,8 +57,6 @@ TimelineLabelView::TimelineLabelView(TimelineView *timeline, QWidget *parent)
 
 void TimelineLabelView::forgetStates()
 {
-    mHidden.clear();
-    mLocked.clear();
     viewport()->update();
 }
 
@@ -129,8 +127,8 @@ void TimelineLabelView::drawBackground(QPainter *painter, const QRectF &rect)
         if (row->showCheckBox() && isTimeline) {
             const int timeline = row->id().timeline;
             const ObjectGraphicsProxy *proxy = proxyOf(mTimeline, row);
-            const bool locked = mLocked.contains(timeline) || (proxy && proxy->isLocked());
-            for (const auto &[x, on] : {std::pair{VisibleX, !mHidden.contains(timeline)},
+            const bool locked = isLocked(timeline) || (proxy && proxy->isLocked());
+            for (const auto &[x, on] : {std::pair{VisibleX, !isHidden(timeline)},
                                         std::pair{LockX, locked}}) {
                 QStyleOptionButton option;
                 option.rect = QRect(x + indent, int(midY - BoxSize / 2.0), BoxSize, BoxSize);
@@ -151,46 +149,35 @@ void TimelineLabelView::drawBackground(QPainter *painter, const QRectF &rect)
     }
 }
 
+// Hiding and locking belong to the canvas scene; the labels only show them.
+static MorvaneCanvasScene *canvasSceneOf(const TimelineView *timeline)
+{
+    return timeline && timeline->session() ? timeline->session()->scene() : nullptr;
+}
+
+bool TimelineLabelView::isHidden(int timelineIndex) const
+{
+    const MorvaneCanvasScene *scene = canvasSceneOf(mTimeline);
+    return scene && scene->isTimelineHidden(timelineIndex);
+}
+
+bool TimelineLabelView::isLocked(int timelineIndex) const
+{
+    const MorvaneCanvasScene *scene = canvasSceneOf(mTimeline);
+    return scene && scene->isTimelineLocked(timelineIndex);
+}
+
 void TimelineLabelView::setTimelineHidden(int timelineIndex, bool hidden)
 {
-    MorvaneCanvasScene *scene = mTimeline && mTimeline->session() ? mTimeline->session()->scene()
-                                                                  : nullptr;
-    ObjectGraphicsProxy *proxy = scene ? scene->timelineProxy(timelineIndex) : nullptr;
-    if (!proxy)
-        return;
-    // The scene hides and shows its selection: lend it this object for a moment.
-    QList<ObjectGraphicsProxy *> keep = scene->selectedProxies();
-    keep.removeAll(proxy);
-    scene->setSelectedProxies({proxy});
-    if (hidden) {
-        scene->hideSelectedObjects();
-        mHidden.insert(timelineIndex);
-    } else {
-        scene->showSelectedObjects();
-        mHidden.remove(timelineIndex);
-    }
-    scene->setSelectedProxies(keep);
+    if (MorvaneCanvasScene *scene = canvasSceneOf(mTimeline))
+        scene->setTimelineHidden(timelineIndex, hidden);
     viewport()->update();
 }
 
 void TimelineLabelView::setTimelineLocked(int timelineIndex, bool locked)
 {
-    MorvaneCanvasScene *scene = mTimeline && mTimeline->session() ? mTimeline->session()->scene()
-                                                                  : nullptr;
-    ObjectGraphicsProxy *proxy = scene ? scene->timelineProxy(timelineIndex) : nullptr;
-    if (!proxy)
-        return;
-    QList<ObjectGraphicsProxy *> keep = scene->selectedProxies();
-    keep.removeAll(proxy);
-    scene->setSelectedProxies({proxy});
-    if (locked) {
-        scene->lockSelectedObjects();
-        mLocked.insert(timelineIndex);
-    } else {
-        scene->unlockSelectedObjects();
-        mLocked.remove(timelineIndex);
-    }
-    scene->setSelectedProxies(keep);
+    if (MorvaneCanvasScene *scene = canvasSceneOf(mTimeline))
+        scene->setTimelineLocked(timelineIndex, locked);
     viewport()->update();
 }
 
@@ -216,17 +203,17 @@ void TimelineLabelView::mousePressEvent(QMouseEvent *event)
         return;
     const int timeline = row->id().timeline;
     if (row->showCheckBox() && x >= VisibleX && x < VisibleX + BoxSize + 2) {
-        setTimelineHidden(timeline, !mHidden.contains(timeline));
+        setTimelineHidden(timeline, !isHidden(timeline));
         return;
     }
     if (row->showCheckBox() && x >= LockX && x < LockX + BoxSize + 2) {
         const ObjectGraphicsProxy *proxy = proxyOf(mTimeline, row);
-        setTimelineLocked(timeline, !(mLocked.contains(timeline) || (proxy && proxy->isLocked())));
+        setTimelineLocked(timeline, !(isLocked(timeline) || (proxy && proxy->isLocked())));
         return;
     }
     ObjectGraphicsProxy *proxy = proxyOf(mTimeline, row);
     EditorSession *session = mTimeline->session();
-    if (!proxy || !session || mHidden.contains(timeline))
+    if (!proxy || !session || isHidden(timeline))
         return;
     QList<ObjectGraphicsProxy *> selection;
     if (event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier)) {

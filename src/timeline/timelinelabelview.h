@@ -28,8 +28,8 @@ public:
     explicit TimelineLabelView(TimelineView *timeline, QWidget *parent = nullptr);
 
     /// Whether the label view has hidden or locked the timeline's object.
-    bool isHidden(int timelineIndex) const { return mHidden.contains(timelineIndex); }
-    bool isLocked(int timelineIndex) const { return mLocked.contains(timelineIndex); }
+    bool isHidden(int timelineIndex) const;
+    bool isLocked(int timelineIndex) const;
     void setTimelineHidden(int timelineIndex, bool hidden);
     void setTimelineLocked(int timelineIndex, bool locked);
     /// Where a row's parts are, in this view's viewport (for tests and tips).
@@ -51,8 +51,6 @@ private:
     void forgetStates();
 
     QPointer<TimelineView> mTimeline;
-    QSet<int> mHidden;
-    QSet<int> mLocked;
 };
 
 } // namespace Morvane

@@ -31,7 +31,7 @@ namespace Morvane {
 
 namespace {
 
-struct FieldSpec
+struct FieldRow
 {
     PropertiesPanel::Field field;
     const char *label;
@@ -40,7 +40,7 @@ struct FieldSpec
     double step;
 };
 
-constexpr FieldSpec kFields[] = {
+constexpr FieldRow kFields[] = {
     {PropertiesPanel::Field::X, QT_TRANSLATE_NOOP("PropertiesPanel", "x"), -1e6, 1e6, 1.0},
     {PropertiesPanel::Field::Y, QT_TRANSLATE_NOOP("PropertiesPanel", "y"), -1e6, 1e6, 1.0},
     {PropertiesPanel::Field::Angle, QT_TRANSLATE_NOOP("PropertiesPanel", "angle"), -360.0, 720.0,
@@ -141,22 +141,22 @@ PropertiesPanel::PropertiesPanel(EditorSession *session, QWidget *parent)
     mKeyBox = new QGroupBox(tr("Key"));
     auto *keyForm = new QFormLayout(mKeyBox);
     keyForm->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    for (const FieldSpec &spec : kFields) {
+    for (const FieldRow &row : kFields) {
         auto *spin = new ValueSpinBox;
-        spin->setObjectName(QString::fromLatin1(spec.label).replace(QLatin1Char(' '), QLatin1Char('_')));
-        spin->setRange(spec.min, spec.max);
-        spin->setSingleStep(spec.step);
+        spin->setObjectName(QString::fromLatin1(row.label).replace(QLatin1Char(' '), QLatin1Char('_')));
+        spin->setRange(row.min, row.max);
+        spin->setSingleStep(row.step);
         spin->setDecimals(6);
         // Typing commits on Enter or when the field loses focus: one step per change.
         spin->setKeyboardTracking(false);
         spin->setAccelerated(true);
-        const Field field = spec.field;
+        const Field field = row.field;
         connect(spin, &QDoubleSpinBox::valueChanged, this, [this, field](double value) {
             if (!mUpdating)
                 applyField(field, value);
         });
         mSpins.insert(int(field), spin);
-        keyForm->addRow(tr(spec.label), spin);
+        keyForm->addRow(tr(row.label), spin);
     }
     mCurve = new QComboBox;
     mCurve->setObjectName(QStringLiteral("curve"));
@@ -260,8 +260,8 @@ void PropertiesPanel::refresh()
     const bool keyHere = timeline->actualKeyFromTime(time, true, true) != nullptr;
     mKeyBox->setTitle(keyHere ? tr("Key at %1 ms").arg(time)
                               : tr("At %1 ms (a change sets a key)").arg(time));
-    for (const FieldSpec &spec : kFields)
-        mSpins.value(int(spec.field))->setValue(fieldValue(key.info(), spec.field));
+    for (const FieldRow &row : kFields)
+        mSpins.value(int(row.field))->setValue(fieldValue(key.info(), row.field));
     mCurve->setCurrentIndex(mCurve->findData(key.curve().curveType()));
 
     const InheritFlags flags = InheritFlags::of(timeline->object());
@@ -280,9 +280,9 @@ void PropertiesPanel::applyField(Field field, double value)
     const QScopedValueRollback<bool> guard(mUpdating, true);
     const int sample = animation->sampleTime(mSession->currentTime());
     QString label;
-    for (const FieldSpec &spec : kFields) {
-        if (spec.field == field)
-            label = tr(spec.label);
+    for (const FieldRow &row : kFields) {
+        if (row.field == field)
+            label = tr(row.label);
     }
     label = selection.size() == 1 ? tr("%1 %2 changed").arg(selection.first()->name(), label)
                                   : tr("%1 of %n objects changed", nullptr,
