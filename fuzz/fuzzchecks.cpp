@@ -36,7 +36,6 @@ QByteArray readAndWrite(Reader &reader)
     RigxData document;
     document.setFilePath(sProjectPath);
     reader.read(&document);
-    ProjectWriter::prepareDocument(document);
     QByteArray out;
     QBuffer buffer(&out);
     buffer.open(QIODevice::WriteOnly);

@@ -435,7 +435,6 @@ bool ProjectFile::save(RigxData *document, const QString &path, const ProjectSav
     };
 
     host->beginProgress(QStringLiteral("Saving ") + target.fileName());
-    ProjectWriter::prepareDocument(*document);
     // The last few percent are left for the commit, which waits for the disk.
     const auto progress = [host](int percent) { host->progress(percent * 95 / 100); };
     QString writeError;

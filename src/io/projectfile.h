@@ -38,7 +38,8 @@ public:
     /// Writes `document` to `path` in the form its extension selects, through a
     /// temporary file that replaces the old one only when everything was written (the
     /// directory is synced after); a failure leaves the old file as it was. Empty
-    /// timelines and unused files are removed first. On success the document's path
+    /// timelines and unused missing images are left out of the file but not removed from
+    /// the document, whose undo stack may still point at them. On success the document's path
     /// becomes `path`.
     /// A symbolic link is kept: the file it leads to is written. A target that is not a
     /// regular file (a device, pipe, socket or folder) is refused untouched. Temporary files

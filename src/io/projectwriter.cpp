@@ -59,16 +59,6 @@ ProjectWriter::ProjectWriter(RigxData &document, ProjectSink &sink,
 {
 }
 
-void ProjectWriter::prepareDocument(RigxData &document)
-{
-    for (int e = 0; e < document.entityCount(); ++e) {
-        Entity *entity = document.entity(e);
-        for (int a = 0; a < entity->animationCount(); ++a)
-            entity->animation(a)->deleteEmptyTimelines(true);
-    }
-    document.removeUnusedFiles();
-}
-
 double ProjectWriter::normalizedAngle(double angle)
 {
     return NumberFormat::normalizedAngle(angle);
@@ -123,11 +113,46 @@ bool ProjectWriter::isClockwise(double from, double to)
 
 void ProjectWriter::indexFiles()
 {
+    // One pass over every key instead of one per file: projects hold far more keys than
+    // files.
+    QSet<const File *> used;
+    for (int e = 0; e < mDocument.entityCount(); ++e) {
+        const Entity *entity = mDocument.entity(e);
+        for (int a = 0; a < entity->animationCount(); ++a) {
+            const Animation *animation = entity->animation(a);
+            for (int t = 0; t < animation->timelineCount(); ++t) {
+                const Timeline *timeline = animation->timeline(t);
+                for (int k = 0; k < timeline->keyCount(); ++k) {
+                    if (const File *file = timeline->key(k)->fileInfo().file())
+                        used.insert(file);
+                }
+            }
+        }
+    }
+    const auto kept = [this, &used](const File *file) {
+        if (used.contains(file))
+            return true;
+        for (int e = 0; e < mDocument.entityCount(); ++e) {
+            if (mDocument.entity(e)->charMapsContainFile(file))
+                return true;
+        }
+        return file->fileStillValid(); // asked last: it looks at the disk
+    };
+
     mFilePositions.clear();
+    mWrittenFolders.clear();
     for (int f = 0; f < mDocument.folderCount(); ++f) {
         const Folder *folder = mDocument.folder(f);
-        for (int i = 0; i < folder->fileCount(); ++i)
-            mFilePositions.insert(folder->file(i), FilePosition(f, i));
+        std::vector<const File *> files;
+        for (int i = 0; i < folder->fileCount(); ++i) {
+            const File *file = folder->file(i);
+            if (!kept(file))
+                continue;
+            mFilePositions.insert(file, FilePosition(int(mWrittenFolders.size()), int(files.size())));
+            files.push_back(file);
+        }
+        if (!files.empty())
+            mWrittenFolders.emplace_back(folder, std::move(files));
     }
 }
 
@@ -192,8 +217,8 @@ void ProjectWriter::writeRoot()
         mSink.integerAttribute("pixel_mode", 1);
 
     writeAtlases();
-    for (int f = 0; f < mDocument.folderCount(); ++f)
-        writeFolder(*mDocument.folder(f), f);
+    for (std::size_t f = 0; f < mWrittenFolders.size(); ++f)
+        writeFolder(*mWrittenFolders[f].first, mWrittenFolders[f].second, int(f));
     writeTagList();
     for (int e = 0; e < mDocument.entityCount(); ++e)
         writeEntity(*mDocument.entity(e), e);
@@ -204,8 +229,7 @@ void ProjectWriter::writeAtlases()
 {
     // Distinct atlas names in ascending order; a folder refers to its name's position.
     std::map<QString, int> names;
-    for (int f = 0; f < mDocument.folderCount(); ++f) {
-        const Folder *folder = mDocument.folder(f);
+    for (const auto &[folder, files] : mWrittenFolders) {
         if (folder->spriteSheet())
             names.emplace(folder->spriteSheetName(), 0);
     }
@@ -224,7 +248,8 @@ void ProjectWriter::writeAtlases()
     mSink.endElement();
 }
 
-void ProjectWriter::writeFolder(const Folder &folder, int index)
+void ProjectWriter::writeFolder(const Folder &folder, const std::vector<const File *> &files,
+                                int index)
 {
     mSink.startElement("folder");
     mSink.integerAttribute("id", index);
@@ -233,8 +258,8 @@ void ProjectWriter::writeFolder(const Folder &folder, int index)
         mSink.attribute("name", name);
     if (folder.spriteSheet())
         mSink.integerAttribute("atlas", mAtlasIndexes.value(folder.spriteSheetName()));
-    for (int i = 0; i < folder.fileCount(); ++i)
-        writeFile(*folder.file(i), i);
+    for (std::size_t i = 0; i < files.size(); ++i)
+        writeFile(*files[i], int(i));
     mSink.endElement();
 }
 
@@ -386,9 +411,12 @@ void ProjectWriter::writeFrames(const Object &object)
 void ProjectWriter::writeAnimation(Animation &animation, int index)
 {
     mTimelineIndexes.clear();
-    for (int t = 0; t < animation.timelineCount(); ++t)
-        mTimelineIndexes.insert(animation.timeline(t), t);
-    mLastKeyIndexes.assign(std::size_t(animation.timelineCount()), -1);
+    for (int t = 0; t < animation.timelineCount(); ++t) {
+        const Timeline *timeline = animation.timeline(t);
+        if (timeline->keyCount() > 0)
+            mTimelineIndexes.insert(timeline, int(mTimelineIndexes.size()));
+    }
+    mLastKeyIndexes.assign(std::size_t(mTimelineIndexes.size()), -1);
 
     mSink.startElement("animation");
     mSink.integerAttribute("id", index);
@@ -412,7 +440,7 @@ void ProjectWriter::writeAnimation(Animation &animation, int index)
     }
     writeMainline(animation);
     const std::vector<const Object *> lineOnly = objectsWithLinesOnly(animation);
-    int nextId = animation.timelineCount();
+    int nextId = int(mTimelineIndexes.size());
     // Timelines, then sound lines, then event lines; each group ends with the objects that
     // have value lines but no keys here.
     for (const int group : {0, int(Object::Sound), int(Object::Event)}) {
@@ -421,8 +449,9 @@ void ProjectWriter::writeAnimation(Animation &animation, int index)
         };
         for (int t = 0; t < animation.timelineCount(); ++t) {
             Timeline *timeline = animation.timeline(t);
-            if (inGroup(timeline->objectType()))
-                writeTimeline(*timeline, t);
+            const auto written = mTimelineIndexes.constFind(timeline);
+            if (written != mTimelineIndexes.constEnd() && inGroup(timeline->objectType()))
+                writeTimeline(*timeline, written.value());
         }
         for (const Object *object : lineOnly) {
             if (inGroup(object->objectType()))
@@ -583,8 +612,10 @@ std::vector<const Object *> ProjectWriter::objectsWithLinesOnly(const Animation 
         if (!object || !MetaWriter::hasMeta(&holder, object->valInfoCollection()))
             continue;
         bool hasTimeline = false;
-        for (int t = 0; t < animation.timelineCount() && !hasTimeline; ++t)
-            hasTimeline = animation.timeline(t)->object() == object;
+        for (int t = 0; t < animation.timelineCount() && !hasTimeline; ++t) {
+            const Timeline *timeline = animation.timeline(t);
+            hasTimeline = timeline->object() == object && timeline->keyCount() > 0;
+        }
         if (!hasTimeline)
             objects.push_back(object);
     }

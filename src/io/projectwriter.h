@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace Morvane {
@@ -33,15 +34,14 @@ class TweenInfo;
 /// conventions (y up, counter-clockwise angles, pivot y from the bottom).
 ///
 /// Writing has two intended side effects on the document, both made before anything is
-/// emitted by `prepare`: key angles are normalised into 0..360, and the bone references of
-/// every mainline key are put into depth-first order. Ids are written as positions.
+/// emitted: key angles are normalised into 0..360, and the bone references of every
+/// mainline key are put into depth-first order. Ids are written as positions among what is
+/// written: timelines without keys, and missing images that nothing uses, are left out of
+/// the file but stay in the document, where the undo stack's addresses may still need them.
 class ProjectWriter
 {
 public:
     ProjectWriter(RigxData &document, ProjectSink &sink, const ProjectSaveOptions &options);
-
-    /// The clean-up before a save: empty timelines and unused files go.
-    static void prepareDocument(RigxData &document);
 
     /// Called with how much of the document has been written, 0..100 by the share of
     /// timeline keys, each time that share grows by a percent (never per key); 100 last.
@@ -81,7 +81,7 @@ private:
 
     void writeRoot();
     void writeAtlases();
-    void writeFolder(const Folder &folder, int index);
+    void writeFolder(const Folder &folder, const std::vector<const File *> &files, int index);
     void writeFile(const File &file, int index);
     void writeEntity(Entity &entity, int index);
     void writeObjInfo(const Entity &entity, const Object &object);
@@ -122,10 +122,12 @@ private:
     ProjectSink &mSink;
     const ProjectSaveOptions &mOptions;
     QHash<const File *, FilePosition> mFilePositions;
+    // The folders written, each with the files written of it, in file order.
+    std::vector<std::pair<const Folder *, std::vector<const File *>>> mWrittenFolders;
     QHash<QString, int> mAtlasIndexes;
     // Per entity: the `obj` number of each object (written obj_infos first, the rest after).
     QHash<const Object *, int> mObjectPositions;
-    // Per animation: each timeline's index.
+    // Per animation: each written timeline's index.
     QHash<const Timeline *, int> mTimelineIndexes;
     // Per timeline of the animation: the key index a reference found last, which is where
     // the next mainline key's reference usually points.
