@@ -54,6 +54,26 @@ bool matchesKind(const MorvaneModelItem *item, int kind)
         return false;
     }
 }
+// How many leading indexes name an item of `kind`.
+int indexesNaming(int kind)
+{
+    switch (kind) {
+    case ResolveEntity:
+    case ResolveFolder:
+        return 1;
+    case ResolveAnimation:
+    case ResolveObject:
+    case ResolveFile:
+        return 2;
+    case ResolveMainlineKey:
+    case ResolveTimeline:
+        return 3;
+    case ResolveKey:
+        return 4;
+    default:
+        return 5;
+    }
+}
 } // namespace
 
 Address::Address(RigxData *document)
@@ -163,8 +183,15 @@ void Address::invalidate()
 
 MorvaneModelItem *Address::resolve(int kind) const
 {
-    if (MorvaneModelItem *direct = mDirect.item())
-        return matchesKind(direct, kind) ? direct : nullptr;
+    MorvaneModelItem *direct = mDirect.item();
+    if (direct && matchesKind(direct, kind))
+        return direct;
+    // Asked for what contains the addressed item (an animation's address asked for its
+    // entity), the leading indexes answer, and nothing is cached: the cache holds what
+    // the whole address names.
+    const bool container = indexesNaming(kind) < mSize;
+    if (direct && !container)
+        return nullptr;
     if (!mDocument)
         return nullptr;
 
@@ -198,7 +225,7 @@ MorvaneModelItem *Address::resolve(int kind) const
         found = mDocument->fileFromIds(at(0), at(1));
         break;
     }
-    if (found)
+    if (found && !container)
         mDirect.set(found);
     return found;
 }

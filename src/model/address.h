@@ -34,8 +34,10 @@ class TimelineKey;
 ///                      mainline key index), key index (or reference type),
 ///                      reference index
 /// Resolving prefers the direct pointer; without one the document is asked and
-/// the result cached. Resolvers return null when nothing (or an item of another
-/// kind) stands at the indexes, or when no document is set.
+/// the result cached. What contains the addressed item (the entity of an
+/// animation's address) is found through the leading indexes and never cached.
+/// Resolvers return null when nothing (or an item of another kind) stands at the
+/// indexes, or when no document is set.
 class Address
 {
 public:

@@ -124,11 +124,12 @@ void TestAddress::resolvesEveryKind()
     QCOMPARE(f.entity->object(1)->address().toList(), (QList<int>{0, 1}));
     QCOMPARE(Address(&f.doc, key->address().toList()).key(), key);
 
-    // A resolved address of one kind does not answer for another.
+    // A resolved key's address still answers for what contains the key.
     const Address a(&f.doc, {0, 0, 1, 1});
     QCOMPARE(a.key(), key);
     QVERIFY(a.isValid());
-    QCOMPARE(a.timeline(), nullptr);
+    QCOMPARE(a.timeline(), key->parentTimeline());
+    QCOMPARE(a.key(), key);
 }
 
 void TestAddress::invalidatedOnDeleteAndReResolved()
@@ -184,7 +185,7 @@ void TestAddress::fileAddressUsesUniqueIds()
     const Address byIds(&doc, {second->id(), file->id()});
     QCOMPARE(byIds.file(), file);
     QCOMPARE(Address(&doc, {second->id()}).folder(), second);
-    QCOMPARE(byIds.folder(), nullptr); // resolved as a file: not a folder
+    QCOMPARE(byIds.folder(), second); // the file's folder
 
     second->deleteFile(0);
     QVERIFY(!a.isValid());

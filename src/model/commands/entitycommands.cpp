@@ -12,6 +12,8 @@
 
 #include <QCoreApplication>
 
+#include <functional>
+
 #include <cmath>
 
 namespace Morvane {
@@ -34,7 +36,72 @@ void bindObjects(Animation *animation, const Entity *entity, const QList<int> &r
         animation->timeline(i)->setObject(entity->object(rows.at(i)));
 }
 
+template <typename Visit> void forEachSubEntityKey(RigxData *document, Visit visit)
+{
+    for (int e = 0; document && e < document->entityCount(); ++e) {
+        Entity *entity = document->entity(e);
+        for (int a = 0; a < entity->animationCount(); ++a) {
+            Animation *animation = entity->animation(a);
+            for (int t = 0; t < animation->timelineCount(); ++t) {
+                Timeline *timeline = animation->timeline(t);
+                if (!timeline->isSubEntity())
+                    continue;
+                for (int k = 0; k < timeline->keyCount(); ++k) {
+                    TimelineKey *key = timeline->key(k);
+                    if (key->hasEntityOrSoundInfo())
+                        visit(key, key->entityInfo().animation);
+                }
+            }
+        }
+    }
+}
+
 } // namespace
+
+// Sub-entity keys name their animation by entity and animation row. Before rows shift,
+// every such name is resolved so that it holds the animation itself.
+void SubEntityTargets::pin(RigxData *document)
+{
+    forEachSubEntityKey(document, [](TimelineKey *, Address &target) { target.animation(); });
+}
+
+// After rows shifted: the rows are read back from the animations held. With `cut`, a key
+// whose animation went with the change is set to name none, and remembered for `restore`.
+void SubEntityTargets::reindex(RigxData *document, bool cut)
+{
+    forEachSubEntityKey(document, [this, document, cut](TimelineKey *key, Address &target) {
+        auto *animation = static_cast<Animation *>(target.directPointer());
+        Entity *entity = animation ? animation->parentEntity() : nullptr;
+        const int entityRow = entity ? document->indexOfEntity(entity) : -1;
+        if (entityRow >= 0) {
+            target.set(0, entityRow);
+            target.set(1, entity->indexOfAnimation(animation));
+        } else if (cut && target.entityIndex() >= 0) {
+            Address keyAddress = key->address();
+            keyAddress.setDirectPointer(key);
+            mCut.append({keyAddress, target.toList()});
+            target = Address(document, {-1, -1});
+        }
+    });
+}
+
+// Gives the keys that `reindex` cut their animation's rows back, once `reinsert` has put
+// that animation at those rows again.
+void SubEntityTargets::restore(RigxData *document, const std::function<void()> &reinsert)
+{
+    pin(document);
+    // The keys are found before the rows shift back; nothing in between destroys them.
+    QList<TimelineKey *> keys;
+    for (const Cut &cut : std::as_const(mCut))
+        keys.append(cut.key.key());
+    reinsert();
+    reindex(document, false);
+    for (qsizetype i = 0; i < keys.size(); ++i) {
+        if (keys.at(i))
+            keys.at(i)->entityInfo().animation = Address(document, mCut.at(i).rows);
+    }
+    mCut.clear();
+}
 
 AppendEntityCommand::AppendEntityCommand(RigxData *document, const QString &name,
                                          QUndoCommand *parent)
@@ -83,7 +150,9 @@ void RemoveEntityCommand::redo()
     Entity *entity = freshAddress(mEntity).entity();
     if (!entity || !mSnapshot || entity->name() != mSnapshot->name())
         return;
+    mTargets.pin(document);
     document->deleteEntity(mEntity.entityIndex());
+    mTargets.reindex(document, true);
     mRemoved = true;
     document->emitEntityAnimationStructureChanged();
 }
@@ -96,7 +165,9 @@ void RemoveEntityCommand::undo()
     auto *entity = new Entity(mSnapshot->name());
     entity->setTo(*mSnapshot);
     entity->setId(mSnapshot->id());
-    document->appendEntity(entity, qMin(mEntity.entityIndex(), document->entityCount()));
+    mTargets.restore(document, [&] {
+        document->appendEntity(entity, qMin(mEntity.entityIndex(), document->entityCount()));
+    });
     mRemoved = false;
     document->emitEntityAnimationStructureChanged();
 }
@@ -125,7 +196,7 @@ void InsertAnimationCommand::redo()
     bindObjects(copy.get(), entity, mObjectIndexes);
     const int at = mIndex < 0 || mIndex > entity->animationCount() ? entity->animationCount()
                                                                    : mIndex;
-    entity->insertAnimation(at, copy.release());
+    mTargets.restore(entity->document(), [&] { entity->insertAnimation(at, copy.release()); });
     mInsertedAt = at;
     if (RigxData *document = entity->document())
         document->emitEntityAnimationStructureChanged();
@@ -137,7 +208,11 @@ void InsertAnimationCommand::undo()
     Animation *animation = entity && mInsertedAt >= 0 ? entity->animation(mInsertedAt) : nullptr;
     if (!animation || animation->name() != mTemplate->name())
         return;
+    // Keys that came to point into the new animation (made after it) are cut here and
+    // given back when it returns.
+    mTargets.pin(entity->document());
     entity->deleteAnimation(mInsertedAt);
+    mTargets.reindex(entity->document(), true);
     mInsertedAt = -1;
     if (RigxData *document = entity->document())
         document->emitEntityAnimationStructureChanged();
@@ -162,7 +237,9 @@ void RemoveAnimationCommand::redo()
     Entity *entity = animation ? animation->parentEntity() : nullptr;
     if (!entity || !mSnapshot || animation->name() != mSnapshot->name())
         return;
+    mTargets.pin(entity->document());
     entity->deleteAnimation(mAnimation.animationIndex());
+    mTargets.reindex(entity->document(), true);
     mRemoved = true;
     if (RigxData *document = entity->document())
         document->emitEntityAnimationStructureChanged();
@@ -176,8 +253,10 @@ void RemoveAnimationCommand::undo()
         return;
     auto copy = mSnapshot->clone();
     bindObjects(copy.get(), entity, mObjectIndexes);
-    entity->insertAnimation(qMin(mAnimation.animationIndex(), entity->animationCount()),
-                            copy.release());
+    mTargets.restore(entity->document(), [&] {
+        entity->insertAnimation(qMin(mAnimation.animationIndex(), entity->animationCount()),
+                                copy.release());
+    });
     mRemoved = false;
     if (RigxData *document = entity->document())
         document->emitEntityAnimationStructureChanged();

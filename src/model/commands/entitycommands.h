@@ -9,6 +9,7 @@
 #include <QString>
 #include <QUndoCommand>
 
+#include <functional>
 #include <memory>
 
 namespace Morvane {
@@ -16,6 +17,25 @@ namespace Morvane {
 class Animation;
 class Entity;
 class RigxData;
+
+/// Keeps sub-entity keys naming the same animations while entity and animation rows
+/// shift under them. A key whose animation is taken away is made to name none until the
+/// animation comes back.
+class SubEntityTargets
+{
+public:
+    void pin(RigxData *document);
+    void reindex(RigxData *document, bool cut);
+    void restore(RigxData *document, const std::function<void()> &reinsert);
+
+private:
+    struct Cut
+    {
+        Address key;
+        QList<int> rows;
+    };
+    QList<Cut> mCut;
+};
 
 /// Appends a new entity (a unique name, one animation "NewAnimation" with a
 /// mainline key at 0) to the document; undo takes it out again when it is
@@ -48,6 +68,7 @@ public:
 private:
     Address mEntity;
     std::unique_ptr<Entity> mSnapshot; // owned copy, detached
+    SubEntityTargets mTargets;
     bool mRemoved = false;
 };
 
@@ -71,6 +92,7 @@ private:
     QList<int> mObjectIndexes; // per timeline, the entity's object it animates
     int mIndex;
     int mInsertedAt = -1;
+    SubEntityTargets mTargets;
 };
 
 /// Takes an animation out of its entity; undo puts a copy back at its row.
@@ -87,6 +109,7 @@ private:
     Address mAnimation;
     std::unique_ptr<Animation> mSnapshot;
     QList<int> mObjectIndexes;
+    SubEntityTargets mTargets;
     bool mRemoved = false;
 };
 
