@@ -8,6 +8,7 @@
 #include "model/file.h"
 #include "model/folder.h"
 #include "model/rigxdata.h"
+#include "projecttext.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -20,17 +21,12 @@
 #include <QUndoStack>
 
 using namespace Morvane;
+using Morvane::Testing::readAll;
 using Morvane::Testing::runCli;
 
 namespace {
 
 const QString example = QStringLiteral(MORVANE_SOURCE_DIR "/examples/hero");
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 bool copyTree(const QString &from, const QString &to)
 {

@@ -72,13 +72,9 @@ private slots:
     void instructions();
     void applyInOrder_data();
     void applyInOrder();
-    void deletingActiveMapReappliesOthers();
-    void editKeepsIdAndPlace();
+    void namesIdsAndCopies();
     void hiddenImageStandsIn();
     void poseFollowsMapsWithoutRebuild();
-    void entityKnowsItsFiles();
-    void unknownNamesChangeNothing();
-    void setToCopiesMaps();
 };
 
 void TstCharacterMap::instructions()
@@ -117,7 +113,9 @@ void TstCharacterMap::instructions()
 
 void TstCharacterMap::applyInOrder_data()
 {
-    QTest::addColumn<QStringList>("steps"); // "+name" activates, "-name" deactivates
+    // "+name" activates, "-name" deactivates, "!name" deletes, "~name" edits the map into
+    // "crimson" (c -> d), "=name" sets the active list to an unknown id and that map's.
+    QTest::addColumn<QStringList>("steps");
     QTest::addColumn<QStringList>("active");
     QTest::addColumn<QStringList>("expected"); // what a, b, c, d show
 
@@ -143,6 +141,14 @@ void TstCharacterMap::applyInOrder_data()
         << QStringList{"+red", "+blue", "-blue", "-blue"} << QStringList{"red"}
         << QStringList{"b", "b", "c", "d"};
     QTest::newRow("names match in case only") << QStringList{"+Red"} << QStringList{} << none;
+    QTest::newRow("deleting an active map reapplies the others")
+        << QStringList{"+red", "+hide", "+next", "!hide"} << QStringList{"red", "next"}
+        << QStringList{"b", "c", "c", "d"};
+    QTest::newRow("an edited map keeps its place")
+        << QStringList{"+red", "+blue", "~red"} << QStringList{"crimson", "blue"}
+        << QStringList{"c", "d", "d", "d"};
+    QTest::newRow("ids that name no map are dropped")
+        << QStringList{"=red"} << QStringList{"red"} << QStringList{"b", "b", "c", "d"};
 }
 
 void TstCharacterMap::applyInOrder()
@@ -151,49 +157,71 @@ void TstCharacterMap::applyInOrder()
     QFETCH(QStringList, active);
     QFETCH(QStringList, expected);
     MapRig m;
-    for (const QString &step : std::as_const(steps))
-        m.rig.entity->makeCharMapActive(step.mid(1), step.startsWith(QLatin1Char('+')));
+    Entity *entity = m.rig.entity;
+    QSignalSpy refreshed(&m.rig.document, &RigxData::refreshedCharMaps);
+    for (const QString &step : std::as_const(steps)) {
+        const QString name = step.mid(1);
+        switch (step.at(0).toLatin1()) {
+        case '!':
+            refreshed.clear();
+            QVERIFY(entity->deleteCharMap(name));
+            QVERIFY(!refreshed.isEmpty());
+            break;
+        case '~': {
+            CharacterMap edited(QStringLiteral("crimson"));
+            edited.addMap(m.address(2), m.address(3));
+            QVERIFY(entity->editCharMap(name, edited));
+            break;
+        }
+        case '=':
+            entity->setActiveCharMaps({-5, entity->charMapFromName(name)->id()});
+            break;
+        default:
+            entity->makeCharMapActive(name, step.startsWith(QLatin1Char('+')));
+        }
+    }
     QCOMPARE(m.activeNames(), active);
     QCOMPARE(m.shown(), expected);
-    for (const QString &name : m.rig.entity->charMapNames())
-        QCOMPARE(m.rig.entity->isCharMapActive(name), active.contains(name));
+    for (const QString &name : entity->charMapNames())
+        QCOMPARE(entity->isCharMapActive(name), active.contains(name));
 }
 
-void TstCharacterMap::deletingActiveMapReappliesOthers()
+void TstCharacterMap::namesIdsAndCopies()
 {
     MapRig m;
-    QSignalSpy changed(&m.rig.document, &RigxData::refreshedCharMaps);
-    for (const char *name : {"red", "hide", "next"})
-        m.rig.entity->makeCharMapActive(QString::fromLatin1(name), true);
-    QCOMPARE(m.shown(), (QStringList{"-", "c", "c", "d"}));
-    changed.clear();
+    Entity *entity = m.rig.entity;
+    File *unused = m.rig.file(QStringLiteral("e.png"));
+    QVERIFY(entity->charMapsContainFile(m.files.at(0)));
+    QVERIFY(entity->charMapsContainFile(m.files.at(3))); // a target only
+    QVERIFY(!entity->charMapsContainFile(unused));
+    QVERIFY(!entity->charMapsContainFile(nullptr));
+    QCOMPARE(entity->charMapFromId(-5), nullptr);
+    QCOMPARE(entity->charMap(4), nullptr);
 
-    QVERIFY(m.rig.entity->deleteCharMap(QStringLiteral("hide")));
-    QVERIFY(!changed.isEmpty());
-    QCOMPARE(m.activeNames(), (QStringList{"red", "next"}));
-    QCOMPARE(m.shown(), (QStringList{"b", "c", "c", "d"}));
-    QCOMPARE(m.rig.entity->charMapNames(), (QStringList{"red", "blue", "next"}));
-    QVERIFY(!m.rig.entity->deleteCharMap(QStringLiteral("hide")));
-    // New names are made unique against the maps left.
-    QCOMPARE(m.rig.entity->uniqueCharMapName(QStringLiteral("hide")), QStringLiteral("hide"));
-    QCOMPARE(m.rig.entity->uniqueCharMapName(QStringLiteral("red")), QStringLiteral("red_000"));
-}
-
-void TstCharacterMap::editKeepsIdAndPlace()
-{
-    MapRig m;
-    m.rig.entity->makeCharMapActive(QStringLiteral("red"), true);
-    m.rig.entity->makeCharMapActive(QStringLiteral("blue"), true);
-    const int id = m.rig.entity->charMapFromName(QStringLiteral("red"))->id();
-
+    // An edit keeps the map's id under its new name.
+    const int id = entity->charMapFromName(QStringLiteral("red"))->id();
     CharacterMap edited(QStringLiteral("crimson"));
-    edited.addMap(m.address(2), m.address(3));
-    QVERIFY(m.rig.entity->editCharMap(QStringLiteral("red"), edited));
-    QCOMPARE(m.rig.entity->charMapFromName(QStringLiteral("crimson"))->id(), id);
-    QCOMPARE(m.rig.entity->charMapFromName(QStringLiteral("red")), nullptr);
-    QCOMPARE(m.activeNames(), (QStringList{"crimson", "blue"}));
-    QCOMPARE(m.shown(), (QStringList{"c", "d", "d", "d"}));
-    QVERIFY(!m.rig.entity->editCharMap(QStringLiteral("red"), edited));
+    QVERIFY(entity->editCharMap(QStringLiteral("red"), edited));
+    QCOMPARE(entity->charMapFromName(QStringLiteral("crimson"))->id(), id);
+    QCOMPARE(entity->charMapFromName(QStringLiteral("red")), nullptr);
+    QVERIFY(!entity->editCharMap(QStringLiteral("red"), edited));
+
+    // New names are made unique against the maps left.
+    QVERIFY(entity->deleteCharMap(QStringLiteral("hide")));
+    QVERIFY(!entity->deleteCharMap(QStringLiteral("hide")));
+    QCOMPARE(entity->charMapNames(), (QStringList{"crimson", "blue", "next"}));
+    QCOMPARE(entity->uniqueCharMapName(QStringLiteral("hide")), QStringLiteral("hide"));
+    QCOMPARE(entity->uniqueCharMapName(QStringLiteral("blue")), QStringLiteral("blue_000"));
+
+    // A copy has the same maps with the same, still distinct, ids and the same active list.
+    entity->makeCharMapActive(QStringLiteral("blue"), true);
+    Entity copy;
+    copy.setTo(*entity);
+    QCOMPARE(copy.charMapNames(), entity->charMapNames());
+    QCOMPARE(copy.activeMap(), entity->activeMap());
+    QVERIFY(*copy.charMap(1) == *entity->charMap(1));
+    QCOMPARE(copy.charMap(1)->id(), entity->charMap(1)->id());
+    QVERIFY(copy.charMap(0)->id() != copy.charMap(1)->id());
 }
 
 void TstCharacterMap::hiddenImageStandsIn()
@@ -230,43 +258,6 @@ void TstCharacterMap::poseFollowsMapsWithoutRebuild()
     evaluator.evaluate(0, pose);
     QCOMPARE(pose.objects.front().file, m.files.at(0));
     QCOMPARE(pose.objects.front().shownFile, nullptr);
-}
-
-void TstCharacterMap::entityKnowsItsFiles()
-{
-    MapRig m;
-    File *unused = m.rig.file(QStringLiteral("e.png"));
-    QVERIFY(m.rig.entity->charMapsContainFile(m.files.at(0)));
-    QVERIFY(m.rig.entity->charMapsContainFile(m.files.at(3))); // a target only
-    QVERIFY(!m.rig.entity->charMapsContainFile(unused));
-    QVERIFY(!m.rig.entity->charMapsContainFile(nullptr));
-}
-
-void TstCharacterMap::unknownNamesChangeNothing()
-{
-    MapRig m;
-    QCOMPARE(m.rig.entity->charMapFromId(-5), nullptr);
-    QCOMPARE(m.rig.entity->charMap(4), nullptr);
-
-    // Ids that name no map are dropped from the active list.
-    m.rig.entity->setActiveCharMaps(
-        {-5, m.rig.entity->charMapFromName(QStringLiteral("red"))->id()});
-    QCOMPARE(m.activeNames(), QStringList{"red"});
-    QCOMPARE(m.shown().first(), QStringLiteral("b"));
-}
-
-void TstCharacterMap::setToCopiesMaps()
-{
-    MapRig m;
-    m.rig.entity->makeCharMapActive(QStringLiteral("blue"), true);
-    Entity copy;
-    copy.setTo(*m.rig.entity);
-    QCOMPARE(copy.charMapNames(), m.rig.entity->charMapNames());
-    QCOMPARE(copy.activeMap(), m.rig.entity->activeMap());
-    QVERIFY(*copy.charMap(1) == *m.rig.entity->charMap(1));
-    // Copies keep their ids, which stay distinct.
-    QCOMPARE(copy.charMap(1)->id(), m.rig.entity->charMap(1)->id());
-    QVERIFY(copy.charMap(0)->id() != copy.charMap(1)->id());
 }
 
 QTEST_GUILESS_MAIN(TstCharacterMap)

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "io/projectiohost.h"
+#include "projecttext.h"
 
-#include <QFile>
 #include <QString>
 #include <QStringList>
 
@@ -33,18 +33,6 @@ public:
     bool acceptMerge = true;
     int suppressDepth = 0;
 };
-
-inline QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-inline bool writeAll(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
 
 inline QString testData(const char *name)
 {

@@ -8,6 +8,7 @@
 #include <QTest>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 // Replays the fuzz seeds and every input a fuzzer once failed on. A check that breaks
 // aborts the test program, which CTest reports as a failure.

@@ -23,6 +23,7 @@
 #include <sys/sysmacros.h>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 namespace {
 

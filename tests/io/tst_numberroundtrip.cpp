@@ -16,6 +16,7 @@
 #include <cstdio>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 namespace {
 

@@ -1,29 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "projectgenerator.h"
-#include "testhost.h"
-
 #include "io/json.h"
-#include "io/jsonprojectwriter.h"
 #include "io/projectfile.h"
 #include "io/xmlprojectwriter.h"
-#include "model/animation.h"
-#include "model/entity.h"
-#include "model/file.h"
-#include "model/folder.h"
-#include "model/object.h"
 #include "model/rigxdata.h"
-#include "model/timeline.h"
-#include "model/timelinekey.h"
+#include "projectgenerator.h"
+#include "testhost.h"
 
 #include <QBuffer>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cmath>
-
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 namespace {
 
@@ -37,17 +27,6 @@ public:
 
     QList<int> events; // -1 begin, -2 end, else a percentage
 };
-
-QByteArray writeJson(RigxData &document, bool pretty)
-{
-    QByteArray out;
-    QBuffer buffer(&out);
-    buffer.open(QIODevice::WriteOnly);
-    ProjectSaveOptions options;
-    options.prettifyJson = pretty;
-    JsonProjectWriter::write(document, &buffer, options);
-    return out;
-}
 
 } // namespace
 
@@ -70,8 +49,6 @@ void TestProjectSave::progressRisesToHundred_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("pretty");
     QTest::newRow("xml") << QStringLiteral("p.rigx") << true;
-    QTest::newRow("xml compact") << QStringLiteral("p.rigx") << false;
-    QTest::newRow("json") << QStringLiteral("p.rigj") << true;
     QTest::newRow("json compact") << QStringLiteral("p.rigj") << false;
 }
 
@@ -113,21 +90,17 @@ void TestProjectSave::progressRisesToHundred()
 
 void TestProjectSave::progressWithoutHostIsQuiet()
 {
-    // The writers work without anyone listening (the autosave snapshot, the tests).
+    // The writers work without anyone listening (the autosave snapshot): a callback alone
+    // hears the progress, and the bytes are those of a save nobody follows.
     RigxData document;
     buildProject(document, {2, 3, 4, true});
+    QList<int> heard;
     QByteArray xml;
     QBuffer buffer(&xml);
     buffer.open(QIODevice::WriteOnly);
-    QVERIFY(XmlProjectWriter::write(document, &buffer, {}));
-    QVERIFY(xml.endsWith("</morvane_data>\n"));
-    QList<int> heard;
-    QByteArray again;
-    QBuffer second(&again);
-    second.open(QIODevice::WriteOnly);
-    QVERIFY(XmlProjectWriter::write(document, &second, {}, nullptr,
+    QVERIFY(XmlProjectWriter::write(document, &buffer, {}, nullptr,
                                     [&heard](int percent) { heard.append(percent); }));
-    QCOMPARE(again, xml);
+    QCOMPARE(xml, written(document));
     QVERIFY(!heard.isEmpty());
     QCOMPARE(heard.last(), 100);
 }
@@ -151,7 +124,7 @@ void TestProjectSave::jsonKeysAscendAtEveryLevel()
     QFETCH(bool, pretty);
     RigxData document;
     buildProject(document, {animations, 12, keys, true});
-    const QByteArray text = writeJson(document, pretty);
+    const QByteArray text = written(document, true, pretty);
     if (keys > 100)
         QVERIFY(text.size() > animations * (1 << 18));
 

@@ -30,6 +30,7 @@
 #include <unistd.h>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 namespace {
 

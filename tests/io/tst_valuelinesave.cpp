@@ -22,6 +22,7 @@
 #include <memory>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 namespace {
 
@@ -101,9 +102,8 @@ class TestValueLineSave : public QObject
 private slots:
     void linesWithoutTimelineAreKept_data();
     void linesWithoutTimelineAreKept();
-    void removeObjectMovesValueLines_data();
-    void removeObjectMovesValueLines();
-    void insertedObjectMovesValueLines();
+    void editedObjectListMovesValueLines_data();
+    void editedObjectListMovesValueLines();
 };
 
 void TestValueLineSave::linesWithoutTimelineAreKept_data()
@@ -154,23 +154,23 @@ void TestValueLineSave::linesWithoutTimelineAreKept()
     QVERIFY(host.lines.isEmpty());
 }
 
-void TestValueLineSave::removeObjectMovesValueLines_data()
+void TestValueLineSave::editedObjectListMovesValueLines_data()
 {
-    QTest::addColumn<QString>("removed");
-    QTest::addColumn<bool>("destroy"); // through deleteObject
-    QTest::addColumn<QList<double>>("remaining"); // values of the lines left, in order
-    QTest::newRow("remove first") << "a" << false << QList<double>{2.0, 3.0};
-    QTest::newRow("remove middle") << "b" << false << QList<double>{1.0, 3.0};
-    QTest::newRow("remove last") << "c" << false << QList<double>{1.0, 2.0};
-    QTest::newRow("delete middle") << "b" << true << QList<double>{1.0, 3.0};
-    QTest::newRow("delete first") << "a" << true << QList<double>{2.0, 3.0};
+    QTest::addColumn<QString>("edit");      // "remove NAME", "delete NAME" or "insert"
+    QTest::addColumn<QStringList>("after"); // the objects after the sprite, "name=value of f"
+    QTest::newRow("remove first") << "remove a" << QStringList{"b=2", "c=3"};
+    QTest::newRow("remove middle") << "remove b" << QStringList{"a=1", "c=3"};
+    QTest::newRow("remove last") << "remove c" << QStringList{"a=1", "b=2"};
+    QTest::newRow("delete middle") << "delete b" << QStringList{"a=1", "c=3"};
+    QTest::newRow("delete first") << "delete a" << QStringList{"b=2", "c=3"};
+    // Between "a" and "b", after the sprite at index 0; the new object has no line.
+    QTest::newRow("insert") << "insert" << QStringList{"a=1", "new", "b=2", "c=3"};
 }
 
-void TestValueLineSave::removeObjectMovesValueLines()
+void TestValueLineSave::editedObjectListMovesValueLines()
 {
-    QFETCH(QString, removed);
-    QFETCH(bool, destroy);
-    QFETCH(QList<double>, remaining);
+    QFETCH(QString, edit);
+    QFETCH(QStringList, after);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("p.rigx"));
     Fixture fixture(path, Object::Point,
@@ -178,61 +178,44 @@ void TestValueLineSave::removeObjectMovesValueLines()
     fixture.setValue(QStringLiteral("a"), 0, 1.0);
     fixture.setValue(QStringLiteral("b"), 0, 2.0);
     fixture.setValue(QStringLiteral("c"), 0, 3.0);
-
-    Object *object = fixture.entity->objectFromName(removed);
-    if (destroy) {
-        QVERIFY(fixture.entity->deleteObject(removed));
-    } else {
+    const QString name = edit.section(QLatin1Char(' '), 1);
+    if (edit.startsWith(QLatin1String("delete"))) {
+        QVERIFY(fixture.entity->deleteObject(name));
+    } else if (edit.startsWith(QLatin1String("remove"))) {
+        Object *object = fixture.entity->objectFromName(name);
         QVERIFY(fixture.entity->removeObject(object));
         delete object;
+    } else {
+        fixture.entity->appendObject(new Object(QStringLiteral("new"), Object::Point), 2);
     }
-    // Object 0 is the sprite; the others follow in order, each still with its own line.
-    QCOMPARE(fixture.entity->objectCount(), 3);
-    for (int i = 0; i < 2; ++i) {
-        const QList<QPair<int, double>> expected = {{0, remaining.at(i)}};
-        QCOMPARE(floatKeys(fixture.entity, fixture.animation, i + 1), expected);
+    // Each object still has its own line, or none; no line is left past the last object.
+    QCOMPARE(fixture.entity->objectCount(), after.size() + 1);
+    for (int i = 0; i < after.size(); ++i) {
+        QCOMPARE(fixture.entity->object(i + 1)->name(),
+                 after.at(i).section(QLatin1Char('='), 0, 0));
+        if (!after.at(i).contains(QLatin1Char('=')))
+            QVERIFY(!fixture.animation->objectLineHolder(i + 1));
+        else
+            QCOMPARE(floatKeys(fixture.entity, fixture.animation, i + 1),
+                     (QList<QPair<int, double>>{
+                         {0, after.at(i).section(QLatin1Char('='), 1).toDouble()}}));
     }
-    QVERIFY(!fixture.animation->objectLineHolder(3));
+    QVERIFY(!fixture.animation->objectLineHolder(after.size() + 1));
 
-    // Saved and read back, each object has its own line.
+    // Saved and read back, each object keyed on its line has that line.
     TestHost host;
     QVERIFY(ProjectFile::save(&fixture.document, path, {}, &host));
     RigxData reopened;
     QVERIFY(ProjectFile::open(&reopened, path, &host));
     const Entity *entity = reopened.entity(0);
-    QCOMPARE(entity->objectCount(), 3);
-    for (int i = 0; i < 2; ++i) {
-        const QList<QPair<int, double>> expected = {{0, remaining.at(i)}};
-        QCOMPARE(floatKeys(entity, entity->animation(0), i + 1), expected);
+    for (const QString &object : std::as_const(after)) {
+        if (!object.contains(QLatin1Char('=')))
+            continue;
+        const int index =
+            entity->indexOfObject(entity->objectFromName(object.section(QLatin1Char('='), 0, 0)));
+        QCOMPARE(floatKeys(entity, entity->animation(0), index),
+                 (QList<QPair<int, double>>{{0, object.section(QLatin1Char('='), 1).toDouble()}}));
     }
-}
-
-void TestValueLineSave::insertedObjectMovesValueLines()
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("p.rigx"));
-    Fixture fixture(path, Object::Point, {QStringLiteral("a"), QStringLiteral("b")});
-    fixture.setValue(QStringLiteral("a"), 0, 1.0);
-    fixture.setValue(QStringLiteral("b"), 0, 2.0);
-    // Between "a" (index 1) and "b" (index 2), after the sprite at index 0.
-    fixture.entity->appendObject(new Object(QStringLiteral("new"), Object::Point), 2);
-    const QList<QPair<int, double>> first = {{0, 1.0}};
-    const QList<QPair<int, double>> second = {{0, 2.0}};
-    QCOMPARE(floatKeys(fixture.entity, fixture.animation, 1), first);
-    QVERIFY(!fixture.animation->objectLineHolder(2));
-    QCOMPARE(floatKeys(fixture.entity, fixture.animation, 3), second);
-
-    TestHost host;
-    QVERIFY(ProjectFile::save(&fixture.document, path, {}, &host));
-    RigxData reopened;
-    QVERIFY(ProjectFile::open(&reopened, path, &host));
-    const Entity *entity = reopened.entity(0);
-    const auto keysOf = [entity](const char *name) {
-        return floatKeys(entity, entity->animation(0),
-                         entity->indexOfObject(entity->objectFromName(QString::fromLatin1(name))));
-    };
-    QCOMPARE(keysOf("a"), first);
-    QCOMPARE(keysOf("b"), second);
 }
 
 QTEST_GUILESS_MAIN(TestValueLineSave)

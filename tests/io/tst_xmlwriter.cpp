@@ -5,7 +5,6 @@
 #include <QBuffer>
 #include <QRandomGenerator>
 #include <QTest>
-#include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
 using namespace Morvane;
@@ -57,7 +56,6 @@ private slots:
     void matchesQtWriter();
     void escaping_data();
     void escaping();
-    void attributesReadBack();
     void numberAttributes();
     void largeOutputIsFlushed();
     void deviceFailureIsReported();
@@ -206,39 +204,6 @@ void TestXmlWriter::escaping()
         writer.writeEndElement();
     }
     QCOMPARE(utf8Out, "<e v=\"" + attribute + "\"/>");
-}
-
-void TestXmlWriter::attributesReadBack()
-{
-    QRandomGenerator random(99);
-    QStringList values;
-    QByteArray out;
-    QBuffer device(&out);
-    device.open(QIODevice::WriteOnly);
-    {
-        XmlWriter writer(&device);
-        writer.setAutoFormatting(true);
-        writer.writeStartDocument();
-        writer.writeStartElement("root");
-        for (int i = 0; i < 500; ++i) {
-            values.append(randomText(random));
-            writer.writeStartElement("v");
-            writer.writeAttribute("s", values.last());
-            writer.writeEndElement();
-        }
-        writer.writeEndDocument();
-    }
-    QXmlStreamReader reader(out);
-    int index = 0;
-    while (reader.readNext() != QXmlStreamReader::EndDocument && !reader.hasError()) {
-        if (reader.isStartElement() && reader.name() == QLatin1String("v")) {
-            QCOMPARE(reader.attributes().value(QLatin1String("s")).toString(),
-                     xmlClean(values.at(index)));
-            ++index;
-        }
-    }
-    QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
-    QCOMPARE(index, values.size());
 }
 
 void TestXmlWriter::numberAttributes()

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
-#include "io/jsonprojectreader.h"
-#include "io/jsonprojectwriter.h"
 #include "io/projectfile.h"
-#include "io/xmlprojectreader.h"
-#include "io/xmlprojectwriter.h"
 #include "meta/tagmanager.h"
 #include "meta/valinfocollection.h"
 #include "meta/valuelineholder.h"
@@ -14,15 +10,15 @@
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
+#include "projecttext.h"
 
-#include <QBuffer>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUndoStack>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 class TestMetaFiles : public QObject
 {
@@ -46,47 +42,12 @@ enum Form { Xml, CompactXml, Json };
 
 QByteArray write(RigxData &document, Form form)
 {
-    QByteArray out;
-    QBuffer buffer(&out);
-    buffer.open(QIODevice::WriteOnly);
-    ProjectSaveOptions options;
-    options.prettifyXml = form != CompactXml;
-    if (form == Json)
-        JsonProjectWriter::write(document, &buffer, options);
-    else
-        XmlProjectWriter::write(document, &buffer, options);
-    return out;
-}
-
-QByteArray writeXml(RigxData &document)
-{
-    return write(document, Xml);
+    return written(document, form == Json, form != CompactXml);
 }
 
 QByteArray readGolden(const QString &name)
 {
-    QFile file(QStringLiteral(MORVANE_TEST_DATA_DIR "/meta/") + name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool readXml(const QByteArray &text, RigxData *document, QStringList *warnings = nullptr)
-{
-    XmlProjectReader reader;
-    QString error;
-    if (!reader.parse(text, &error))
-        return false;
-    reader.read(document, warnings);
-    return true;
-}
-
-bool readJson(const QByteArray &text, RigxData *document, QStringList *warnings = nullptr)
-{
-    JsonProjectReader reader;
-    QString error;
-    if (!reader.parse(text, &error))
-        return false;
-    reader.read(document, warnings);
-    return true;
+    return readAll(QStringLiteral(MORVANE_TEST_DATA_DIR "/meta/") + name);
 }
 
 void addKeys(Animation *animation, Timeline *timeline, const QList<int> &times)
@@ -215,8 +176,7 @@ void TestMetaFiles::golden()
         const QByteArray text = readGolden(source);
         QVERIFY(!text.isEmpty());
         QStringList warnings;
-        QVERIFY(source.endsWith(QLatin1String("rigj")) ? readJson(text, &read, &warnings)
-                                                       : readXml(text, &read, &warnings));
+        QVERIFY(readText(text, &read, &warnings));
         QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
         // What was read means what was built, not only what writes the same.
         QCOMPARE(read.tagManager().tagsToStringList(), p.doc.tagManager().tagsToStringList());
@@ -241,12 +201,8 @@ void TestMetaFiles::golden()
     }
     const QByteArray actual = write(*document, Form(form));
     const QByteArray wanted = readGolden(expected);
-    if (actual != wanted) {
-        // Left beside the build for a diff against the golden file.
-        QFile out(QDir::temp().filePath(expected + QStringLiteral(".actual")));
-        if (out.open(QIODevice::WriteOnly))
-            out.write(actual);
-    }
+    if (actual != wanted) // left in the temporary folder for a diff against the golden file
+        writeAll(QDir::temp().filePath(expected + QStringLiteral(".actual")), actual);
     QCOMPARE(actual, wanted);
 }
 
@@ -299,7 +255,7 @@ void TestMetaFiles::danglingIdsAreDropped()
         meta + "</meta></animation></entity></morvane_data>";
     RigxData doc;
     QStringList found;
-    QVERIFY(readXml(text, &doc, &found));
+    QVERIFY(readText(text, &doc, &found));
     // The declaration of unknown type is always reported.
     QCOMPARE(found.size(), warnings + 1);
     Entity *entity = doc.entity(0);
@@ -361,7 +317,7 @@ void TestMetaFiles::hostileJson()
                                "mainline": {"key": [{"id": 0}]}, "meta": )" +
                             meta + "}]}]}";
     RigxData doc;
-    QVERIFY(readJson(text, &doc));
+    QVERIFY(readText(text, &doc));
     QCOMPARE(doc.tagManager().tagCount(), tags);
     QCOMPARE(doc.entityCount(), 1);
     const Entity *entity = doc.entity(0);
