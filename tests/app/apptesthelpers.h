@@ -6,11 +6,11 @@
 #include "model/entity.h"
 #include "model/rigxdata.h"
 #include "morvanesettings.h"
+#include "testfiles.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCoreApplication>
-#include <QFile>
 #include <QMessageBox>
 #include <QSettings>
 #include <QStandardPaths>
@@ -73,11 +73,7 @@ inline bool writeProject(const QString &path, const QString &entityName = QStrin
     return ProjectFile::save(&document, path);
 }
 
-inline bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
+using Testing::writeFile;
 
 // The window title for a project at `path` ("[Unsaved Project]" for none).
 inline QString windowTitle(const QString &path)

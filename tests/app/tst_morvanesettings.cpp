@@ -9,7 +9,6 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
-#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
@@ -33,7 +32,7 @@ private slots:
     void saveOptionsOpeningRewritesOpenGL();
     void settingsDialogApply_data();
     void settingsDialogApply();
-    void settingsDialogTexts();
+    void settingsDialogShowsStored();
     void updateOptionsDialogStoresChoice();
 };
 
@@ -145,19 +144,11 @@ void TestMorvaneSettings::pushUndoWithoutWindowAppliesAndDeletes()
 void TestMorvaneSettings::saveOptionsApply()
 {
     QPointer<SaveOptionsDialog> dialog = new SaveOptionsDialog;
-    QCOMPARE(dialog->windowTitle(), QString("Custom Save Options"));
-    const QStringList texts = {"Prettify XML",
-                               "Prettify Json",
-                               "Save sprite object/frame data in obj_info tags",
-                               "Save initial animation position as absolute values",
-                               "Make object names in obj_info tags unique to the entire file"};
     const QList<QCheckBox *> boxes = dialog->findChildren<QCheckBox *>();
-    QCOMPARE(boxes.size(), texts.size());
+    QCOMPARE(boxes.size(), 5);
     // Flip every box, then apply.
-    for (QCheckBox *box : boxes) {
-        QVERIFY(texts.contains(box->text()));
+    for (QCheckBox *box : boxes)
         box->setChecked(!box->isChecked());
-    }
     dialog->show();
     dialog->apply();
     QSettings store;
@@ -218,31 +209,20 @@ void TestMorvaneSettings::settingsDialogApply()
     QCOMPARE(store.value("autoSaveEnabled").toBool(), enabled);
 }
 
-void TestMorvaneSettings::settingsDialogTexts()
+void TestMorvaneSettings::settingsDialogShowsStored()
 {
     MorvaneSettings::autoSaveInterval = 125;
     MorvaneSettings::updateCheckSettings = 2;
     MorvaneSettingsDialog dialog;
-    QCOMPARE(dialog.windowTitle(), QString("Morvane Settings"));
+    // The interval in minutes shows as hours and minutes; the stored choice is checked.
     QCOMPARE(dialog.findChild<QTimeEdit *>()->time(), QTime(2, 5));
     QVERIFY(dialog.findChild<QRadioButton *>("allRadio")->isChecked());
-    QCOMPARE(dialog.findChild<QGroupBox *>()->title(), QString("Enable AutoSave"));
-    auto *buttons = dialog.findChild<QDialogButtonBox *>();
-    QCOMPARE(buttons->button(QDialogButtonBox::Ok)->text(), QString("Save Settings"));
-    QCOMPARE(dialog.findChild<QPushButton *>("checkStableButton")->text(),
-             QString("Check for stable updates now"));
-    QCOMPARE(dialog.findChild<QPushButton *>("checkAnyButton")->text(),
-             QString("Check for stable or beta updates now"));
-    QCOMPARE(dialog.findChild<QRadioButton *>("neverRadio")->text(),
-             QString("Don't automatically check for updates."));
 }
 
 void TestMorvaneSettings::updateOptionsDialogStoresChoice()
 {
     UpdateCheckOptionsDialog dialog;
-    QCOMPARE(dialog.windowTitle(), QString("Automatic Update Settings"));
     QPushButton *ok = dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
-    QCOMPARE(ok->text(), QString("Save Settings"));
     QVERIFY(!ok->isEnabled());
     dialog.findChild<QRadioButton *>("allRadio")->click();
     QVERIFY(ok->isEnabled());

@@ -17,7 +17,7 @@
 
 using namespace Morvane;
 using Morvane::Testing::runCli;
-using Morvane::Testing::writeAll;
+using Morvane::Testing::writeFile;
 
 namespace {
 
@@ -115,8 +115,8 @@ void TestAtlasProject::init()
     QVERIFY(mDir->isValid());
     QVERIFY(QDir(mDir->path()).mkdir(QStringLiteral("sheets")));
     QVERIFY(sheetImage().save(path(QStringLiteral("sheets/hero.png"))));
-    QVERIFY(writeAll(path(QStringLiteral("sheets/hero.json")), sheetDescription));
-    QVERIFY(writeAll(path(QStringLiteral("hero.rigx")), project));
+    QVERIFY(writeFile(path(QStringLiteral("sheets/hero.json")), sheetDescription));
+    QVERIFY(writeFile(path(QStringLiteral("hero.rigx")), project));
 }
 
 void TestAtlasProject::filesShowFrames()
@@ -169,9 +169,9 @@ void TestAtlasProject::brokenSheet()
 {
     QFETCH(QByteArray, description);
     QFETCH(bool, imageIsText);
-    QVERIFY(writeAll(path(QStringLiteral("sheets/hero.json")), description));
+    QVERIFY(writeFile(path(QStringLiteral("sheets/hero.json")), description));
     if (imageIsText)
-        QVERIFY(writeAll(path(QStringLiteral("sheets/hero.png")), "not pixels"));
+        QVERIFY(writeFile(path(QStringLiteral("sheets/hero.png")), "not pixels"));
 
     RigxData document;
     QVERIFY(ProjectFile::open(&document, path(QStringLiteral("hero.rigx"))));

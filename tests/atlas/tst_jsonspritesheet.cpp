@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 
 using namespace Morvane;
-using Morvane::Testing::writeAll;
+using Morvane::Testing::writeFile;
 
 namespace {
 
@@ -137,7 +137,7 @@ void TestJsonSpriteSheet::frames()
     QFETCH(QSize, size);
     QFETCH(QList<QRgb>, pixels);
 
-    QVERIFY(writeAll(path(QStringLiteral("a.json")), description("\"f\":" + frame)));
+    QVERIFY(writeFile(path(QStringLiteral("a.json")), description("\"f\":" + frame)));
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")));
     const QImage image = sheet.pixmapFromFileName(QStringLiteral("f"));
     QCOMPARE(image.size(), size);
@@ -152,7 +152,7 @@ void TestJsonSpriteSheet::frames()
 void TestJsonSpriteSheet::frameNamesMatchExactly()
 {
     // A trimmed 2 x 1 frame in a 64 x 64 source at (3, 5).
-    QVERIFY(writeAll(path(QStringLiteral("a.json")),
+    QVERIFY(writeFile(path(QStringLiteral("a.json")),
                      description("\"arm/upper.png\":" + frameJson(2, 3, 2, 1, false, 3, 5, 64, 64) +
                                  ",\"upper.png\":" + frameJson(0, 0, 3, 2, true, 0, 0, 3, 2))));
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")));
@@ -238,10 +238,10 @@ void TestJsonSpriteSheet::hostile()
     if (image == 0)
         QVERIFY(handSheet().save(sheetPath));
     else if (image == 1)
-        QVERIFY(writeAll(sheetPath, "frames are not pixels\n"));
+        QVERIFY(writeFile(sheetPath, "frames are not pixels\n"));
     else if (image == 3)
         QVERIFY(QDir(mDir->path()).mkdir(QStringLiteral("sheet.png")));
-    QVERIFY(writeAll(path(QStringLiteral("a.json")), text));
+    QVERIFY(writeFile(path(QStringLiteral("a.json")), text));
 
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")));
     const QImage frame = sheet.pixmapFromFileName(QStringLiteral("f"));
@@ -261,7 +261,7 @@ void TestJsonSpriteSheet::budget()
     for (int i = 0; i < 10; ++i)
         frames += (i ? "," : "") + QByteArray("\"f") + QByteArray::number(i) +
                   "\":" + frameJson(2, 3, 2, 1, false, 0, 0, 10, 10);
-    QVERIFY(writeAll(path(QStringLiteral("a.json")), description(frames)));
+    QVERIFY(writeFile(path(QStringLiteral("a.json")), description(frames)));
     JsonSpriteSheet sheet(path(QStringLiteral("a.json")), 16 + 3 * 100 + 50);
     QCOMPARE(sheet.frameNames(),
              QStringList({QStringLiteral("f0"), QStringLiteral("f1"), QStringLiteral("f2")}));
@@ -274,12 +274,12 @@ void TestJsonSpriteSheet::relatedSheets()
     QImage second(1, 1, QImage::Format_ARGB32);
     second.setPixel(0, 0, B);
     QVERIFY(second.save(path(QStringLiteral("sheet-1.png"))));
-    QVERIFY(writeAll(path(QStringLiteral("a.json")),
+    QVERIFY(writeFile(path(QStringLiteral("a.json")),
                      "{\"frames\":{\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1) +
                          "},\"meta\":{\"image\":\"sheet.png\","
                          "\"related_multi_packs\":[\"a-1.json\"]}}"));
     // The sibling also names a frame "f": the first sheet's wins.
-    QVERIFY(writeAll(path(QStringLiteral("a-1.json")),
+    QVERIFY(writeFile(path(QStringLiteral("a-1.json")),
                      "{\"frames\":{\"f\":" + frameJson(0, 0, 1, 1, false, 0, 0, 1, 1) +
                          ",\"g\":" + frameJson(0, 0, 1, 1, false, 0, 0, 1, 1) +
                          "},\"meta\":{\"image\":\"sheet-1.png\","
@@ -294,7 +294,7 @@ void TestJsonSpriteSheet::collectionNames()
 {
     QVERIFY(QDir(mDir->path()).mkdir(QStringLiteral("art")));
     QVERIFY(handSheet().save(path(QStringLiteral("art/sheet.png"))));
-    QVERIFY(writeAll(path(QStringLiteral("art/a.json")),
+    QVERIFY(writeFile(path(QStringLiteral("art/a.json")),
                      description("\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1))));
     SpriteSheetCollection sheets;
     sheets.setProjectDirectory(mDir->path());
@@ -316,7 +316,7 @@ void TestJsonSpriteSheet::collectionNames()
 
 void TestJsonSpriteSheet::emptySheetNotKept()
 {
-    QVERIFY(writeAll(path(QStringLiteral("a.json")), description("\"f\":{}")));
+    QVERIFY(writeFile(path(QStringLiteral("a.json")), description("\"f\":{}")));
     SpriteSheetCollection sheets;
     sheets.setProjectDirectory(mDir->path());
     QVERIFY(!sheets.spriteSheet(QStringLiteral("a.json"), true));
@@ -324,7 +324,7 @@ void TestJsonSpriteSheet::emptySheetNotKept()
     QCOMPARE(sheets.count(), 0);
     QVERIFY(!sheets.warnings().isEmpty());
     // Repaired on disk, it loads once the collection is cleared.
-    QVERIFY(writeAll(path(QStringLiteral("a.json")),
+    QVERIFY(writeFile(path(QStringLiteral("a.json")),
                      description("\"f\":" + frameJson(2, 3, 2, 1, false, 0, 0, 2, 1))));
     QVERIFY(!sheets.spriteSheet(QStringLiteral("a.json"), true));
     sheets.clear();

@@ -10,9 +10,8 @@
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/rigxdata.h"
+#include "testfiles.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUndoStack>
@@ -20,22 +19,6 @@
 #include <memory>
 
 namespace Morvane::Testing {
-
-inline bool copyTree(const QString &from, const QString &to)
-{
-    QDir source(from);
-    QDir().mkpath(to);
-    for (const QFileInfo &info : source.entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString target = to + QLatin1Char('/') + info.fileName();
-        if (info.isDir()) {
-            if (!copyTree(info.filePath(), target))
-                return false;
-        } else if (!QFile::copy(info.filePath(), target)) {
-            return false;
-        }
-    }
-    return true;
-}
 
 class HeroProject
 {
@@ -62,10 +45,27 @@ public:
             qWarning("%s", qPrintable(error));
             return QByteArray();
         }
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            return QByteArray();
-        return file.readAll();
+        return readAll(path);
+    }
+
+    /// Undoing the last step gives `before` back, redoing it gives what it made, and
+    /// undoing again `before`, all as saved bytes.
+    bool undoRedoRoundTrip(const QByteArray &before)
+    {
+        const QByteArray after = savedBytes();
+        stack.undo();
+        const bool undone = savedBytes() == before;
+        stack.redo();
+        const bool redone = savedBytes() == after;
+        stack.undo();
+        return undone && redone && savedBytes() == before;
+    }
+
+    /// The document saved to a file of its own and read again into `copy`.
+    bool reread(RigxData *copy)
+    {
+        const QString path = dir.path() + QStringLiteral("/hero/reread_%1.rigx").arg(saves++);
+        return ProjectFile::save(&document, path) && ProjectFile::open(copy, path);
     }
 
     Animation *animation(const QString &name) const { return document.entity(0)->animation(name); }

@@ -102,8 +102,7 @@ class TestCanvasScene : public QObject
     Q_OBJECT
 
 private slots:
-    void dragWithoutKeysIsOneUndoStep();
-    void editBetweenKeysKeepsNeighbouringPoses();
+    void dragBetweenKeys();
     void nudge_data();
     void nudge();
     void clickSelection();
@@ -136,54 +135,13 @@ private slots:
     void viewActions();
     void inheritFlagsThroughGestures_data();
     void inheritFlagsThroughGestures();
-    void deleteFromAllFrames_data();
-    void deleteFromAllFrames();
     void rotateCursorOutsideTheCorners();
     void randomGesturesUndoToTheSavedBytes();
 };
 
-void TestCanvasScene::dragWithoutKeysIsOneUndoStep()
-{
-    Canvas c;
-    QVERIFY(c.hero.ok);
-    c.show(QStringLiteral("idle"), 300);
-    Animation *anim = c.hero.animation(QStringLiteral("idle"));
-    QVERIFY(!anim->mainlineKeyAtExactTime(300));
-    const QByteArray before = c.hero.savedBytes();
-    const int mainlineKeys = anim->mainlineKeyCount();
-
-    const ObjectGraphicsProxy *torso = c.scene()->idProxy(QStringLiteral("torso"));
-    QVERIFY(torso);
-    const QPointF from = Canvas::middle(torso);
-    ObjectGraphicsProxy *subject = c.scene()->proxiesAt(from).value(0);
-    QVERIFY(subject);
-    Timeline *tl = anim->timeline(subject->timelineIndex());
-    QVERIFY(!tl->actualKeyFromTime(300));
-    const int keys = tl->keyCount();
-    const QPointF start(subject->displayInfo().x, subject->displayInfo().y);
-
-    c.drag(from, from + QPointF(40, 25));
-
-    QCOMPARE(c.hero.stack.count(), 1);
-    QCOMPARE(anim->mainlineKeyCount(), mainlineKeys + 1);
-    QCOMPARE(tl->keyCount(), keys + 1);
-    QVERIFY(tl->actualKeyFromTime(300));
-    // The pose read back from the document has the item where it was dropped.
-    subject = c.scene()->instTimelineProxyFromIndex(tl->parentAnimation()->indexOfTimeline(tl));
-    QVERIFY(std::abs(subject->displayInfo().x - (start.x() + 40)) < 1e-6);
-    QVERIFY(std::abs(subject->displayInfo().y - (start.y() + 25)) < 1e-6);
-    QCOMPARE(c.scene()->selectedProxies(), QList<ObjectGraphicsProxy *>{subject});
-    const QByteArray after = c.hero.savedBytes();
-
-    c.hero.stack.undo();
-    QCOMPARE(anim->mainlineKeyCount(), mainlineKeys);
-    QCOMPARE(tl->keyCount(), keys);
-    QCOMPARE(c.hero.savedBytes(), before);
-    c.hero.stack.redo();
-    QCOMPARE(c.hero.savedBytes(), after);
-}
-
-void TestCanvasScene::editBetweenKeysKeepsNeighbouringPoses()
+// A drag between keys, where the dragged item has no key, keys it there and at the next
+// mainline key, so that the poses at the neighbouring keys stay; one undo step each.
+void TestCanvasScene::dragBetweenKeys()
 {
     Canvas c;
     QVERIFY(c.hero.ok);
@@ -193,37 +151,45 @@ void TestCanvasScene::editBetweenKeysKeepsNeighbouringPoses()
 
     // A mainline key at 300 that only the head's timeline keys.
     c.show(QStringLiteral("idle"), 300);
-    ObjectGraphicsProxy *head = c.scene()->idProxy(QStringLiteral("head"));
-    QVERIFY(head);
-    c.scene()->setSelectedProxies({head});
+    c.scene()->setSelectedProxies({c.scene()->idProxy(QStringLiteral("head"))});
     QTest::keyClick(c.view(), Qt::Key_Up, Qt::ShiftModifier);
     QCOMPARE(c.hero.stack.count(), 1);
     QVERIFY(anim->mainlineKeyAtExactTime(300));
+    const QByteArray nudged = c.hero.savedBytes();
 
-    // Now the torso's bone, between 0 and 300, where it holds no key at 300.
     c.show(QStringLiteral("idle"), 150);
+    QVERIFY(!anim->mainlineKeyAtExactTime(150));
     const QList<int> times = {0, 300, 600};
     QList<QMap<int, QList<double>>> poses;
     for (int t : times)
         poses.append(worldPose(entity, anim, t));
-    ObjectGraphicsProxy *torso = c.scene()->idProxy(QStringLiteral("torso"));
+    const ObjectGraphicsProxy *torso = c.scene()->idProxy(QStringLiteral("torso"));
     QVERIFY(torso);
     const QPointF from = Canvas::middle(torso);
-    const ObjectGraphicsProxy *moved = c.scene()->proxiesAt(from).value(0);
-    QVERIFY(moved);
-    const int torsoTimeline = moved->timelineIndex();
-    QVERIFY(!anim->timeline(torsoTimeline)->actualKeyFromTime(300));
+    ObjectGraphicsProxy *subject = c.scene()->proxiesAt(from).value(0);
+    QVERIFY(subject);
+    const int line = subject->timelineIndex();
+    Timeline *tl = anim->timeline(line);
+    QVERIFY(!tl->actualKeyFromTime(300));
+    const int mainlineKeys = anim->mainlineKeyCount();
+    const int keys = tl->keyCount();
+    const QPointF start(subject->displayInfo().x, subject->displayInfo().y);
+
     c.drag(from, from + QPointF(-30, 12));
     QCOMPARE(c.hero.stack.count(), 2);
-    QVERIFY(anim->mainlineKeyAtExactTime(150));
+    QCOMPARE(anim->mainlineKeyCount(), mainlineKeys + 1);
+    QCOMPARE(tl->keyCount(), keys + 2);
+    QVERIFY(tl->actualKeyFromTime(150) && tl->actualKeyFromTime(300));
+    // The pose read back from the document has the item where it was dropped.
+    subject = c.scene()->instTimelineProxyFromIndex(line);
+    QVERIFY(std::abs(subject->displayInfo().x - (start.x() - 30)) < 1e-6);
+    QVERIFY(std::abs(subject->displayInfo().y - (start.y() + 12)) < 1e-6);
+    QCOMPARE(c.scene()->selectedProxies(), QList<ObjectGraphicsProxy *>{subject});
     for (int i = 0; i < times.size(); ++i)
         QVERIFY2(samePose(poses[i], worldPose(entity, anim, times[i])),
                  qPrintable(QStringLiteral("pose at %1 changed").arg(times[i])));
-    // What kept them: the moved timeline got a key of its own at 300.
-    QVERIFY(anim->timeline(torsoTimeline)->actualKeyFromTime(300));
-    QVERIFY(anim->timeline(torsoTimeline)->actualKeyFromTime(150));
 
-    c.hero.stack.undo();
+    QVERIFY(c.hero.undoRedoRoundTrip(nudged));
     c.hero.stack.undo();
     QCOMPARE(c.hero.savedBytes(), original);
 }
@@ -263,8 +229,7 @@ void TestCanvasScene::nudge()
     head = c.scene()->instTimelineProxyFromIndex(timeline);
     QVERIFY(std::abs(head->displayInfo().x - (start.x() + expected.x())) < 1e-6);
     QVERIFY(std::abs(head->displayInfo().y - (start.y() + expected.y())) < 1e-6);
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.hero.undoRedoRoundTrip(before));
 }
 
 void TestCanvasScene::clickSelection()
@@ -366,8 +331,7 @@ void TestCanvasScene::inverseKinematics()
         aim.setLength(chain);
         QVERIFY(QLineF(aim.p2(), newEnd).length() < 0.5);
     }
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.hero.undoRedoRoundTrip(before));
 }
 
 void TestCanvasScene::onionSkinTimes_data()
@@ -407,9 +371,8 @@ void TestCanvasScene::onionSkinDrawsAndPersists()
         for (int y = 0; y < image.height(); y += 2) {
             for (int x = 0; x < image.width(); x += 2) {
                 const QColor px(image.pixel(x, y));
-                if (red ? px.red() > px.green() + 60 && px.red() > px.blue() + 60
-                        : px.green() > px.red() + 40 && px.green() > px.blue() + 40)
-                    ++count;
+                count += red ? px.red() > px.green() + 60 && px.red() > px.blue() + 60
+                             : px.green() > px.red() + 40 && px.green() > px.blue() + 40;
             }
         }
         return count;
@@ -424,12 +387,9 @@ void TestCanvasScene::onionSkinDrawsAndPersists()
         c.editor.action(QStringLiteral("actionOnion_Skin"))->trigger();
         QVERIFY(c.scene()->onionSkin()->isOn());
         const QImage onion = c.viewport()->grab().toImage();
-        if (qEnvironmentVariableIsSet("MORVANE_ONION_PNG"))
-            onion.save(qEnvironmentVariable("MORVANE_ONION_PNG"));
         QVERIFY(tinted(onion, true) > tinted(plain, true) + 20);
         QVERIFY(tinted(onion, false) > tinted(plain, false) + 20);
-        // Drawing only: nothing recorded, nothing under the pointer that is not an object.
-        QCOMPARE(c.hero.stack.count(), 0);
+        QCOMPARE(c.hero.stack.count(), 0); // drawing only
     }
     // The next editor starts with it on.
     Canvas again;
@@ -494,35 +454,25 @@ void TestCanvasScene::lockAndHide()
     QCOMPARE(c.hero.stack.count(), 0); // not edits
 }
 
+// The menu's copy-to-all-frames entries stay disabled until the window provides them.
 void TestCanvasScene::contextMenu()
 {
     Canvas c;
     std::unique_ptr<QMenu> menu(c.editor.createContextMenu());
-    QStringList texts;
-    for (QAction *a : menu->actions()) {
-        if (!a->isSeparator())
-            texts.append(a->text());
-    }
-    QCOMPARE(texts, (QStringList{"Lock Selected Objects", "Unlock All Objects",
-                                 "Hide Selected Objects", "Show All Objects",
-                                 "Copy Selected Items to All Frames",
-                                 "Copy Selected Item Property To All Frames..."}));
-    // Until the window provides them, the copy entries are disabled.
     QMenu *properties = menu->actions().last()->menu();
     QVERIFY(properties);
     QCOMPARE(properties->actions().size(), 6);
     for (QAction *a : properties->actions())
         QVERIFY(!a->isEnabled());
     QAction windowAngle(QStringLiteral("angle"));
-    int triggered = 0;
-    connect(&windowAngle, &QAction::triggered, [&triggered] { ++triggered; });
+    QSignalSpy triggered(&windowAngle, &QAction::triggered);
     c.editor.setCopyToAllFramesAction(QStringLiteral("angle"), &windowAngle);
     menu.reset(c.editor.createContextMenu());
     QAction *angle = menu->actions().last()->menu()->actions().at(4);
     QCOMPARE(angle->text(), QStringLiteral("angle"));
     QVERIFY(angle->isEnabled());
     angle->trigger();
-    QCOMPARE(triggered, 1);
+    QCOMPARE(triggered.count(), 1);
 }
 
 void TestCanvasScene::dropImage_data()
@@ -583,70 +533,124 @@ void TestCanvasScene::dropImage()
     // Drawn with the image's size and its own pivot: 14 x 20, pivot written as
     // (0.5, 0.1) with y upwards, so 0.9 of the height from the top.
     QCOMPARE(sprite->localRect(), QRectF(-7, -18, 14, 20));
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.hero.undoRedoRoundTrip(before));
 }
 
 void TestCanvasScene::deleteSelection_data()
 {
-    QTest::addColumn<QString>("object");
+    QTest::addColumn<QString>("animation");
     QTest::addColumn<int>("time");
-    QTest::addColumn<QList<int>>("neighbours"); // mainline key times whose poses must stay
-    QTest::newRow("a sprite keyed here") << "head" << 200 << QList<int>{0, 400};
-    QTest::newRow("a bone with children, between keys") << "arm_front_upper" << 100
-                                                         << QList<int>{0, 200};
-    QTest::newRow("a bone with children, at a key") << "arm_back_upper" << 400
-                                                    << QList<int>{200, 600};
+    QTest::addColumn<QString>("object");
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("label");
+    const QString here = QStringLiteral("object(s) deleted");
+    const QString fromAll = QStringLiteral("object(s) deleted from all frames");
+    const QString everywhere = QStringLiteral("object(s) deleted from all animations");
+    QTest::newRow("a sprite keyed here") << "walk" << 200 << "head" << "actionDelete" << here;
+    QTest::newRow("a bone with children, between keys")
+        << "walk" << 100 << "arm_front_upper" << "actionDelete" << here;
+    QTest::newRow("a bone with children, at a key")
+        << "walk" << 400 << "arm_back_upper" << "actionDelete" << here;
+    QTest::newRow("all frames: a sprite")
+        << "walk" << 100 << "head" << "actionDelete_From_All_Frames" << fromAll;
+    QTest::newRow("all frames: a bone with children")
+        << "walk" << 300 << "arm_front_upper" << "actionDelete_From_All_Frames" << fromAll;
+    QTest::newRow("every animation: a sprite")
+        << "idle" << 0 << "torso" << "actionDelete_All_Instances" << everywhere;
+    QTest::newRow("every animation: a bone")
+        << "idle" << 700 << "leg_back_upper" << "actionDelete_All_Instances" << everywhere;
 }
 
+// What stays keeps its place on the canvas, the children of a deleted bone under the
+// nearest bone that stays; saved and read again, the item stays deleted.
 void TestCanvasScene::deleteSelection()
 {
-    QFETCH(QString, object);
+    QFETCH(QString, animation);
     QFETCH(int, time);
-    QFETCH(QList<int>, neighbours);
+    QFETCH(QString, object);
+    QFETCH(QString, action);
+    QFETCH(QString, label);
+    const bool here = action == QLatin1String("actionDelete");
+    const bool everywhere = action == QLatin1String("actionDelete_All_Instances");
     Canvas c;
     QVERIFY(c.hero.ok);
-    c.show(QStringLiteral("walk"), time);
-    Animation *anim = c.hero.animation(QStringLiteral("walk"));
+    c.show(animation, time);
     Entity *entity = c.hero.document.entity(0);
     const QByteArray before = c.hero.savedBytes();
+    QList<Animation *> affected{c.hero.animation(animation)};
+    if (everywhere)
+        affected = {c.hero.animation(QStringLiteral("idle")),
+                    c.hero.animation(QStringLiteral("walk"))};
+    // Timelines move up when one goes: poses by timeline name.
+    auto poseByName = [entity](Animation *anim, int t) {
+        QMap<int, QList<double>> byName;
+        const QMap<int, QList<double>> pose = worldPose(entity, anim, t);
+        for (auto it = pose.constBegin(); it != pose.constEnd(); ++it)
+            byName.insert(int(qHash(anim->timeline(it.key())->name())), it.value());
+        return byName;
+    };
+    QList<QMap<int, QMap<int, QList<double>>>> poses;
+    for (Animation *anim : std::as_const(affected)) {
+        QVERIFY(anim->timelineFromObjectName(object));
+        QMap<int, QMap<int, QList<double>>> byTime;
+        // Between keys a deleted bone's children blend under another parent: only the
+        // keys themselves (and the current time, which a plain delete keys) must stay.
+        QList<int> times;
+        if (here)
+            times.append(time);
+        for (int m = 0; m < anim->mainlineKeyCount(); ++m)
+            times.append(anim->mainlineKey(m)->currentTime());
+        for (int t : times) {
+            byTime.insert(t, poseByName(anim, t));
+            if (!here || t == time)
+                byTime[t].remove(int(qHash(object)));
+        }
+        poses.append(byTime);
+    }
+    const int timelines = c.hero.animation(animation)->timelineCount();
     ObjectGraphicsProxy *target = c.scene()->idProxy(object);
     QVERIFY(target);
-    const int timeline = target->timelineIndex();
-    QMap<int, QMap<int, QList<double>>> poses;
-    for (int t : neighbours)
-        poses.insert(t, worldPose(entity, anim, t));
-    QMap<int, QList<double>> here = worldPose(entity, anim, time);
-    here.remove(timeline);
-
+    const int line = target->timelineIndex();
     c.scene()->setSelectedProxies({target});
-    c.editor.action(QStringLiteral("actionDelete"))->trigger();
+    c.editor.action(action)->trigger();
+
     QCOMPARE(c.hero.stack.count(), 1);
-    QCOMPARE(c.hero.stack.undoText(), QStringLiteral("object(s) deleted"));
-    const MainlineKey *mk = anim->mainlineKeyAtExactTime(time);
-    QVERIFY(mk);
-    QVERIFY(!mk->refFromTimeline(anim->timeline(timeline)));
-    QVERIFY(!anim->timeline(timeline)->actualKeyFromTime(time));
-    QVERIFY(!c.scene()->instTimelineProxyFromIndex(timeline)->isShownInPose());
+    QCOMPARE(c.hero.stack.undoText(), label);
     QVERIFY(c.scene()->selectedProxies().isEmpty());
-    // Everything else stays where it was, here and at the neighbouring keys.
-    QVERIFY(samePose(here, worldPose(entity, anim, time)));
-    for (int t : neighbours)
-        QVERIFY2(samePose(poses.value(t), worldPose(entity, anim, t)),
-                 qPrintable(QStringLiteral("pose at %1 changed").arg(t)));
-    // Saved and read again, the item stays deleted there.
-    const QString saved = QFileInfo(c.hero.projectPath()).path() + QStringLiteral("/deleted.rigx");
-    QVERIFY(ProjectFile::save(&c.hero.document, saved));
+    QVERIFY(entity->objectFromName(object)); // the object info stays
+    if (here) {
+        Animation *anim = affected.first();
+        const MainlineKey *mk = anim->mainlineKeyAtExactTime(time);
+        QVERIFY(mk && !mk->refFromTimeline(anim->timeline(line)));
+        QVERIFY(!anim->timeline(line)->actualKeyFromTime(time));
+        QVERIFY(!c.scene()->instTimelineProxyFromIndex(line)->isShownInPose());
+    } else {
+        QVERIFY(!c.scene()->idProxy(object));
+        QCOMPARE(c.hero.animation(animation)->timelineCount(), timelines - 1);
+        // Only the chosen animations lose the object.
+        QCOMPARE(!c.hero.animation(QStringLiteral("idle"))->timelineFromObjectName(object),
+                 everywhere);
+    }
+    for (int a = 0; a < affected.size(); ++a) {
+        for (auto it = poses[a].constBegin(); it != poses[a].constEnd(); ++it) {
+            QMap<int, QList<double>> now = poseByName(affected[a], it.key());
+            if (!here || it.key() == time)
+                now.remove(int(qHash(object)));
+            const QString where = affected[a]->name() + QStringLiteral(" at %1").arg(it.key());
+            QVERIFY2(samePose(it.value(), now), qPrintable(where + QStringLiteral(" changed")));
+        }
+    }
     RigxData reread;
-    QVERIFY(ProjectFile::open(&reread, saved));
-    const Animation *again = reread.entity(0)->animation(QStringLiteral("walk"));
-    const MainlineKey *againKey = again->mainlineKeyAtExactTime(time);
-    QVERIFY(againKey);
-    const Timeline *againLine = again->timelineFromObjectName(object);
-    QVERIFY(againLine);
-    QVERIFY(!againKey->refFromTimeline(againLine));
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.hero.reread(&reread));
+    for (const Animation *anim : std::as_const(affected)) {
+        const Animation *again = reread.entity(0)->animation(anim->name());
+        const Timeline *againLine = again->timelineFromObjectName(object);
+        QCOMPARE(againLine != nullptr, here);
+        QVERIFY(!againLine || !again->mainlineKeyAtExactTime(time)->refFromTimeline(againLine));
+    }
+
+    QVERIFY(c.hero.undoRedoRoundTrip(before));
+    QVERIFY(c.scene()->idProxy(object));
 }
 
 void TestCanvasScene::cloneSelection()
@@ -771,8 +775,7 @@ void TestCanvasScene::reparentWithB()
              boneTimeline);
     // Nothing moved on the canvas.
     QVERIFY(samePose(poseBefore, worldPose(c.hero.document.entity(0), anim, 100), 1e-6));
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.hero.undoRedoRoundTrip(before));
 }
 
 void TestCanvasScene::zOrderActions_data()
@@ -814,8 +817,7 @@ void TestCanvasScene::zOrderActions()
     c.editor.action(QStringLiteral("actionCopy_Z_Order_to_Other_Frames"))->trigger();
     QCOMPARE(c.hero.stack.count(), 1);
     QVERIFY(c.hero.stack.undoText().startsWith(QStringLiteral("z order copied from key ")));
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
+    QVERIFY(c.hero.undoRedoRoundTrip(before));
 }
 
 void TestCanvasScene::wheelZoom_data()
@@ -940,8 +942,6 @@ void TestCanvasScene::drawsBonesAndSelection()
     QVERIFY(bone);
     c.scene()->setSelectedProxies({bone});
     const QImage image = c.view()->viewport()->grab().toImage();
-    if (qEnvironmentVariableIsSet("MORVANE_CANVAS_PNG"))
-        image.save(qEnvironmentVariable("MORVANE_CANVAS_PNG"));
     // The selected bone is drawn in the selection colour over the sprites.
     int selectionPixels = 0;
     // The grab has device pixels: twice as many per side at a scale factor of 2.
@@ -966,9 +966,6 @@ void TestCanvasScene::drawsBonesAndSelection()
     for (int zoom : {200, 800}) {
         c.view()->setZoom(zoom);
         c.view()->centerOn(box->box().center());
-        if (qEnvironmentVariableIsSet("MORVANE_CANVAS_PNG"))
-            c.viewport()->grab().save(qEnvironmentVariable("MORVANE_CANVAS_PNG")
-                                      + QString::number(zoom) + QStringLiteral(".png"));
         const QPointF h = box->handlePosition(far);
         const QPointF outward(h.x() >= box->box().center().x() ? 1 : -1,
                               h.y() >= box->box().center().y() ? 1 : -1);
@@ -982,12 +979,6 @@ void TestCanvasScene::viewActions()
     QSettings().remove(QStringLiteral("Canvas"));
     {
         Canvas c;
-        QVERIFY(c.scene()->smoothTransform());
-        c.editor.action(QStringLiteral("actionPixel_Art_Mode"))->trigger();
-        QVERIFY(!c.scene()->smoothTransform());
-        QVERIFY(!c.editor.action(QStringLiteral("actionSmooth_Sampling"))->isEnabled());
-        c.editor.action(QStringLiteral("actionPixel_Art_Mode"))->trigger();
-        QVERIFY(c.scene()->smoothTransform());
         // Every background choice goes through the editor, which keeps it.
         c.editor.action(QStringLiteral("actionBlack_Background"))->trigger();
         QCOMPARE(c.view()->backgroundBrush().color(), QColor(Qt::black));
@@ -1096,105 +1087,6 @@ void TestCanvasScene::inheritFlagsThroughGestures()
     QCOMPARE(c.hero.savedBytes(), after);
 }
 
-void TestCanvasScene::deleteFromAllFrames_data()
-{
-    QTest::addColumn<QString>("animation");
-    QTest::addColumn<int>("time");
-    QTest::addColumn<QString>("object");
-    QTest::addColumn<bool>("allInstances");
-    QTest::addColumn<QString>("label");
-    const QString fromAll = QStringLiteral("object(s) deleted from all frames");
-    const QString everywhere = QStringLiteral("object(s) deleted from all animations");
-    QTest::newRow("a sprite") << "walk" << 100 << "head" << false << fromAll;
-    QTest::newRow("a bone with children") << "walk" << 300 << "arm_front_upper" << false << fromAll;
-    QTest::newRow("a sprite, every animation") << "idle" << 0 << "torso" << true << everywhere;
-    QTest::newRow("a bone, every animation")
-        << "idle" << 700 << "leg_back_upper" << true << everywhere;
-}
-
-void TestCanvasScene::deleteFromAllFrames()
-{
-    QFETCH(QString, animation);
-    QFETCH(int, time);
-    QFETCH(QString, object);
-    QFETCH(bool, allInstances);
-    QFETCH(QString, label);
-    Canvas c;
-    QVERIFY(c.hero.ok);
-    c.show(animation, time);
-    Entity *entity = c.hero.document.entity(0);
-    const QByteArray before = c.hero.savedBytes();
-    QList<Animation *> affected{c.hero.animation(animation)};
-    if (allInstances)
-        affected = {c.hero.animation(QStringLiteral("idle")),
-                    c.hero.animation(QStringLiteral("walk"))};
-    // Timelines move up when one goes: poses by timeline name.
-    auto poseByName = [entity](Animation *anim, int t) {
-        QMap<int, QList<double>> byName;
-        const QMap<int, QList<double>> pose = worldPose(entity, anim, t);
-        for (auto it = pose.constBegin(); it != pose.constEnd(); ++it)
-            byName.insert(int(qHash(anim->timeline(it.key())->name())), it.value());
-        return byName;
-    };
-    QList<QMap<int, QMap<int, QList<double>>>> poses;
-    for (Animation *anim : std::as_const(affected)) {
-        QVERIFY(anim->timelineFromObjectName(object));
-        QMap<int, QMap<int, QList<double>>> byTime;
-        for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
-            const int t = anim->mainlineKey(m)->currentTime();
-            QMap<int, QList<double>> pose = poseByName(anim, t);
-            pose.remove(int(qHash(object)));
-            byTime.insert(t, pose);
-        }
-        poses.append(byTime);
-    }
-    const int timelines = c.hero.animation(animation)->timelineCount();
-    ObjectGraphicsProxy *target = c.scene()->idProxy(object);
-    QVERIFY(target);
-    c.scene()->setSelectedProxies({target});
-    c.editor
-        .action(allInstances ? QStringLiteral("actionDelete_All_Instances")
-                             : QStringLiteral("actionDelete_From_All_Frames"))
-        ->trigger();
-
-    QCOMPARE(c.hero.stack.count(), 1);
-    QCOMPARE(c.hero.stack.undoText(), label);
-    QVERIFY(c.scene()->selectedProxies().isEmpty());
-    QVERIFY(!c.scene()->idProxy(object));
-    QCOMPARE(c.hero.animation(animation)->timelineCount(), timelines - 1);
-    QVERIFY(entity->objectFromName(object)); // the object info stays
-    for (int a = 0; a < affected.size(); ++a) {
-        Animation *anim = affected[a];
-        QVERIFY(!anim->timelineFromObjectName(object));
-        // The children stay where they were, under the nearest bone that stays.
-        for (int m = 0; m < anim->mainlineKeyCount(); ++m) {
-            const int t = anim->mainlineKey(m)->currentTime();
-            QVERIFY2(samePose(poses[a].value(t), poseByName(anim, t)),
-                     qPrintable(QStringLiteral("%1 at %2 changed").arg(anim->name()).arg(t)));
-        }
-    }
-    // Only the chosen animations lose the object.
-    if (!allInstances)
-        QVERIFY(c.hero.animation(QStringLiteral("idle"))->timelineFromObjectName(object));
-    // Saved and read again, it stays deleted.
-    const QByteArray after = c.hero.savedBytes();
-    const QString saved = QFileInfo(c.hero.projectPath()).path() + QStringLiteral("/all.rigx");
-    QVERIFY(ProjectFile::save(&c.hero.document, saved));
-    RigxData reread;
-    QString error;
-    QVERIFY2(ProjectFile::open(&reread, saved, nullptr, &error), qPrintable(error));
-    for (const Animation *anim : std::as_const(affected))
-        QVERIFY(!reread.entity(0)->animation(anim->name())->timelineFromObjectName(object));
-
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
-    QVERIFY(c.scene()->idProxy(object));
-    c.hero.stack.redo();
-    QCOMPARE(c.hero.savedBytes(), after);
-    c.hero.stack.undo();
-    QCOMPARE(c.hero.savedBytes(), before);
-}
-
 void TestCanvasScene::rotateCursorOutsideTheCorners()
 {
     Canvas c;
@@ -1202,16 +1094,6 @@ void TestCanvasScene::rotateCursorOutsideTheCorners()
     c.show(QStringLiteral("idle"), 0);
     const QImage cursor = c.scene()->rotateCursor().pixmap().toImage();
     QCOMPARE(cursor.size(), QSize(24, 24));
-    // A round arrow: opaque pixels, some of them dark.
-    int dark = 0;
-    for (int y = 0; y < cursor.height(); ++y) {
-        for (int x = 0; x < cursor.width(); ++x) {
-            const QColor px = cursor.pixelColor(x, y);
-            dark += px.alpha() > 200 && px.lightness() < 60;
-        }
-    }
-    QVERIFY2(dark > 20, qPrintable(QString::number(dark)));
-
     ObjectGraphicsProxy *torso = c.scene()->idProxy(QStringLiteral("torso"));
     c.scene()->setSelectedProxies({torso});
     const double zoom = c.scene()->zoom();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "clirunner.h"
+#include "testfiles.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -11,6 +12,7 @@
 #include <QTest>
 
 using Morvane::Testing::CliRun;
+using Morvane::Testing::readAll;
 using Morvane::Testing::runCli;
 
 namespace {
@@ -18,12 +20,6 @@ namespace {
 QString dataPath(const QString &name)
 {
     return QStringLiteral(MORVANE_TEST_DATA_DIR "/") + name;
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // A step of `path` is an object key, an array index, the element of an array whose "name"

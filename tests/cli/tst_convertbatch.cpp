@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "clirunner.h"
+#include "testfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,21 +13,11 @@
 #include <sys/stat.h>
 
 using Morvane::Testing::CliRun;
+using Morvane::Testing::readAll;
 using Morvane::Testing::runCli;
+using Morvane::Testing::writeFile;
 
 namespace {
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
 
 QList<QJsonObject> lines(const QByteArray &out)
 {

@@ -168,7 +168,7 @@ void TestJson::fromFile()
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("a.rigj"));
-    QVERIFY(Testing::writeAll(path, "{\"rigj_version\": \"1.0\", \"entity\": [{\"id\": 3}]}"));
+    QVERIFY(Testing::writeFile(path, "{\"rigj_version\": \"1.0\", \"entity\": [{\"id\": 3}]}"));
 
     QString error;
     const QVariantMap map = Json::fromFile(path, &error);

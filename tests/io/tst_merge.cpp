@@ -132,9 +132,9 @@ void TestMerge::mergesEntitiesAndImages()
     writeImage(root.filePath(QStringLiteral("evil.png")), Qt::black);
     // The copy target of parts/arm.png is taken already.
     writeImage(mainDir + QStringLiteral("/friend/parts/arm.png"), Qt::white);
-    QVERIFY(writeAll(mainDir + QStringLiteral("/main.rigx"),
+    QVERIFY(writeFile(mainDir + QStringLiteral("/main.rigx"),
                      projectText(QStringLiteral("hero"), {QStringLiteral("hero.png")})));
-    QVERIFY(writeAll(otherDir + QStringLiteral("/friend.rigx"),
+    QVERIFY(writeFile(otherDir + QStringLiteral("/friend.rigx"),
                      projectText(QStringLiteral("hero"),
                                  {QStringLiteral("parts/arm.png"), QStringLiteral("leg.png"),
                                   QStringLiteral("../evil.png"),
@@ -186,9 +186,9 @@ void TestMerge::mergesEntitiesAndImages()
 void TestMerge::declinedMergeChangesNothing()
 {
     QTemporaryDir root;
-    QVERIFY(writeAll(root.filePath(QStringLiteral("main.rigx")),
+    QVERIFY(writeFile(root.filePath(QStringLiteral("main.rigx")),
                      projectText(QStringLiteral("hero"), {QStringLiteral("a.png")})));
-    QVERIFY(writeAll(root.filePath(QStringLiteral("other.rigx")),
+    QVERIFY(writeFile(root.filePath(QStringLiteral("other.rigx")),
                      projectText(QStringLiteral("villain"), {QStringLiteral("b.png")})));
     TestHost host;
     host.acceptMerge = false;
@@ -223,8 +223,8 @@ void TestMerge::subEntitiesAreRemapped()
     QFETCH(int, animation);
     QTemporaryDir root;
     const QString mainPath = root.filePath(QStringLiteral("main.rigx"));
-    QVERIFY(writeAll(mainPath, projectText(QStringLiteral("a"), {QStringLiteral("a.png")})));
-    QVERIFY(writeAll(root.filePath(QStringLiteral("other.rigx")),
+    QVERIFY(writeFile(mainPath, projectText(QStringLiteral("a"), {QStringLiteral("a.png")})));
+    QVERIFY(writeFile(root.filePath(QStringLiteral("other.rigx")),
                      subEntityProjectText(entity, animation)));
     TestHost host;
     RigxData document;
@@ -358,9 +358,9 @@ void TestMerge::linksAreFollowedOnlyInside()
                 QSKIP("making a device node needs root");
         }
     }
-    QVERIFY(writeAll(root.filePath(QStringLiteral("main/main.rigx")),
+    QVERIFY(writeFile(root.filePath(QStringLiteral("main/main.rigx")),
                      projectText(QStringLiteral("hero"), {QStringLiteral("hero.png")})));
-    QVERIFY(writeAll(root.filePath(QStringLiteral("other/friend.rigx")),
+    QVERIFY(writeFile(root.filePath(QStringLiteral("other/friend.rigx")),
                      projectText(QStringLiteral("friend"), {image})));
     const QMap<QString, QByteArray> before = treeBelow(root.path());
 

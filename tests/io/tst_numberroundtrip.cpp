@@ -210,7 +210,7 @@ void TestNumberRoundTrip::roundedNumbersSaveStably()
     key.value = value;
     QTemporaryDir dir;
     const QString source = dir.filePath(QStringLiteral("source.rigx"));
-    QVERIFY(writeAll(source, generatedProject({key, key}, value)));
+    QVERIFY(writeFile(source, generatedProject({key, key}, value)));
 
     const QString first = dir.filePath(QStringLiteral("first.") + form);
     const QString second = dir.filePath(QStringLiteral("second.") + form);
@@ -279,7 +279,7 @@ void TestNumberRoundTrip::formsChainGivesFirstGenerationBack()
 
     QTemporaryDir dir;
     const QString source = dir.filePath(QStringLiteral("source.rigx"));
-    QVERIFY(writeAll(source, generatedProject(keys, "0.123457")));
+    QVERIFY(writeFile(source, generatedProject(keys, "0.123457")));
     const QString x0 = dir.filePath(QStringLiteral("x0.rigx"));
     const QString j1 = dir.filePath(QStringLiteral("j1.rigj"));
     const QString x1 = dir.filePath(QStringLiteral("x1.rigx"));

@@ -384,7 +384,7 @@ void TestProjectFile::errorLines()
     QTemporaryDir dir;
     const QString path = dir.filePath(name);
     if (!content.isEmpty())
-        QVERIFY(writeAll(path, content));
+        QVERIFY(writeFile(path, content));
     TestHost host;
     RigxData document;
     QString error;
@@ -574,7 +574,7 @@ void TestProjectFile::keysOutOfOrderLoadSorted()
     QFETCH(QByteArray, text);
     QTemporaryDir dir;
     const QString path = dir.filePath(name);
-    QVERIFY(writeAll(path, text));
+    QVERIFY(writeFile(path, text));
     TestHost host;
     RigxData document;
     QStringList warnings;
@@ -733,7 +733,7 @@ void TestProjectFile::brokenAnimation()
     const int column = int(mainline - before.lastIndexOf('\n')) + 12;
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("broken.rigx"));
-    QVERIFY(writeAll(path, text));
+    QVERIFY(writeFile(path, text));
 
     TestHost host;
     RigxData document;
@@ -767,7 +767,7 @@ void TestProjectFile::failedSaveKeepsOldFile()
     QVERIFY(ProjectFile::open(&document, testData("canonical.rigx"), &host));
     // An unknown extension is refused before anything is written.
     const QString plain = dir.filePath(QStringLiteral("old.txt"));
-    QVERIFY(writeAll(plain, "old"));
+    QVERIFY(writeFile(plain, "old"));
     QVERIFY(!ProjectFile::save(&document, plain, {}, &host));
     QCOMPARE(readAll(plain), QByteArray("old"));
     QCOMPARE(host.suppressDepth, 0);
@@ -777,7 +777,7 @@ void TestProjectFile::failedSaveKeepsOldFile()
     const QString folder = dir.filePath(QStringLiteral("locked"));
     QVERIFY(QDir().mkpath(folder));
     const QString target = folder + QStringLiteral("/p.rigx");
-    QVERIFY(writeAll(target, "old content"));
+    QVERIFY(writeFile(target, "old content"));
     QVERIFY(QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
     QVERIFY(!ProjectFile::save(&document, target, {}, &host));
     QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner

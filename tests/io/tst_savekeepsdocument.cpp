@@ -18,6 +18,8 @@
 #include <QUndoStack>
 
 using namespace Morvane;
+using Morvane::Testing::readAll;
+using Morvane::Testing::writeFile;
 
 // Saving leaves out what the file does not need (timelines without keys, images that are
 // gone and unused), but must not take it from the document: the undo stack addresses
@@ -60,7 +62,7 @@ void TestSaveKeepsDocument::saveLeavesOutButKeeps()
           "</timeline><timeline id=\"1\" name=\"two\"><key id=\"0\"><object folder=\"0\" "
           "file=\"2\" x=\"7\"/></key></timeline></animation></entity></morvane_data>";
     const QString source = dir.filePath(QStringLiteral("source.rigx"));
-    QVERIFY(writeAll(source, text));
+    QVERIFY(writeFile(source, text));
 
     RigxData document;
     TestHost host;

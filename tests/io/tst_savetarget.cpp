@@ -130,7 +130,7 @@ void TestSaveTarget::savingThroughLinkKeepsLink()
     QTemporaryDir dir;
     QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("sub")));
     if (!written.startsWith(QLatin1String("new")))
-        QVERIFY(writeAll(dir.filePath(written), "old"));
+        QVERIFY(writeFile(dir.filePath(written), "old"));
     QHash<QString, QByteArray> linkTexts;
     for (const QString &pair : std::as_const(links)) {
         const QString name = pair.section(QLatin1Char('>'), 0, 0);
@@ -250,7 +250,7 @@ void TestSaveTarget::readOnlyFileIsKept()
     QTemporaryDir dir;
     QCOMPARE(::chmod(QFile::encodeName(dir.path()).constData(), 0777), 0);
     const QString path = dir.filePath(QStringLiteral("p.rigx"));
-    QVERIFY(writeAll(path, "old"));
+    QVERIFY(writeFile(path, "old"));
     QCOMPARE(::chmod(QFile::encodeName(path).constData(), 0444), 0);
     RigxData document;
     buildProject(document, 3);
@@ -277,7 +277,7 @@ void TestSaveTarget::staleTemporariesAreRemoved()
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("p.rigx"));
-    QVERIFY(writeAll(path, "old"));
+    QVERIFY(writeFile(path, "old"));
 
     // A save killed half way leaves its temporary file.
     RigxData big;
@@ -305,9 +305,9 @@ void TestSaveTarget::staleTemporariesAreRemoved()
                               QStringLiteral(".q.rigx.morvane-save-abcdef"),
                               QStringLiteral(".p.rigx.morvane-save-held01")};
     for (const QString &name : kept)
-        QVERIFY(writeAll(dir.filePath(name), "keep"));
+        QVERIFY(writeFile(dir.filePath(name), "keep"));
     const QString outside = dir.filePath(QStringLiteral("outside.txt"));
-    QVERIFY(writeAll(outside, "keep"));
+    QVERIFY(writeFile(outside, "keep"));
     const QString linked = dir.filePath(QStringLiteral(".p.rigx.morvane-save-link01"));
     QCOMPARE(::symlink("outside.txt", QFile::encodeName(linked).constData()), 0);
     const int held = ::open(QFile::encodeName(dir.filePath(kept.last())).constData(), O_RDONLY);

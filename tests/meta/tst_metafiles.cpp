@@ -202,7 +202,7 @@ void TestMetaFiles::golden()
     const QByteArray actual = write(*document, Form(form));
     const QByteArray wanted = readGolden(expected);
     if (actual != wanted) // left in the temporary folder for a diff against the golden file
-        writeAll(QDir::temp().filePath(expected + QStringLiteral(".actual")), actual);
+        writeFile(QDir::temp().filePath(expected + QStringLiteral(".actual")), actual);
     QCOMPARE(actual, wanted);
 }
 

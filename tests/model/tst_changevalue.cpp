@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "io/projectfile.h"
-#include "io/xmlprojectwriter.h"
 #include "meta/editvarcollectioncommand.h"
 #include "meta/metaowner.h"
 #include "meta/valuelineholder.h"
@@ -9,8 +8,8 @@
 #include "model/entity.h"
 #include "model/object.h"
 #include "model/rigxdata.h"
+#include "projectgenerator.h"
 
-#include <QBuffer>
 #include <QTest>
 #include <QUndoStack>
 
@@ -50,15 +49,6 @@ private:
     int *mRedone;
     bool *mDeleted;
 };
-
-QByteArray saved(RigxData &document)
-{
-    QByteArray out;
-    QBuffer buffer(&out);
-    buffer.open(QIODevice::WriteOnly);
-    XmlProjectWriter::write(document, &buffer, ProjectSaveOptions());
-    return out;
-}
 
 // The golden project of the meta tests: entity "hero" declares hp (int 3, id
 // 0); object 0 "arm" declares bend (float 0.25, id 0); object 1 "step" is the
@@ -143,26 +133,26 @@ void TestChangeValue::merging()
     Project p;
     QVERIFY(p.entity);
     p.stack.setClean();
-    const QByteArray before = saved(p.doc);
+    const QByteArray before = savedXml(p.doc);
     QVERIFY(p.setDefault(false, 4, firstMerges ? CommandId::EditVarDefault : CommandId::None));
     QVERIFY(p.setDefault(secondOnArm, second, CommandId::EditVarDefault));
     QCOMPARE(p.stack.count(), steps);
     QCOMPARE(p.stack.isClean(), steps == 0);
-    const QByteArray after = saved(p.doc);
+    const QByteArray after = savedXml(p.doc);
 
     // The same net change made without history gives the same bytes.
     Project net(false);
     if (secondOnArm || !firstMerges)
         net.setDefault(false, 4, CommandId::None);
     net.setDefault(secondOnArm, second, CommandId::None);
-    QCOMPARE(after, saved(net.doc));
+    QCOMPARE(after, savedXml(net.doc));
 
     while (p.stack.canUndo())
         p.stack.undo();
-    QCOMPARE(saved(p.doc), before);
+    QCOMPARE(savedXml(p.doc), before);
     while (p.stack.canRedo())
         p.stack.redo();
-    QCOMPARE(saved(p.doc), after);
+    QCOMPARE(savedXml(p.doc), after);
 }
 
 void TestChangeValue::obsoleteAtCreationIsDropped()
@@ -180,7 +170,7 @@ void TestChangeValue::severalTargets()
     Project p;
     QVERIFY(p.entity);
     Object *step = p.entity->object(1);
-    const QByteArray before = saved(p.doc);
+    const QByteArray before = savedXml(p.doc);
     ValInfoCollection &entityVars = p.entity->valInfoCollection();
     ValInfoCollection &stepVars = step->valInfoCollection();
     auto addToBoth = [&](const QString &name) {
@@ -200,11 +190,11 @@ void TestChangeValue::severalTargets()
     // A second step on the same targets merges into one.
     addToBoth(QStringLiteral("y"));
     QCOMPARE(p.stack.count(), 1);
-    const QByteArray after = saved(p.doc);
+    const QByteArray after = savedXml(p.doc);
     p.stack.undo();
-    QCOMPARE(saved(p.doc), before);
+    QCOMPARE(savedXml(p.doc), before);
     p.stack.redo();
-    QCOMPARE(saved(p.doc), after);
+    QCOMPARE(savedXml(p.doc), after);
 
     // With one target gone, the other still changes.
     QVERIFY(p.entity->deleteObject(QStringLiteral("step")));
@@ -254,11 +244,11 @@ void TestChangeValue::removedTargetMakesStepNoOp()
     if (target == 2)
         p.entity->deleteAnimation(0);
     std::unique_ptr<Animation> takenOut(target == 4 ? p.entity->removeAnimation(0) : nullptr);
-    const QByteArray removed = saved(p.doc);
+    const QByteArray removed = savedXml(p.doc);
     p.stack.undo();
-    QCOMPARE(saved(p.doc), removed);
+    QCOMPARE(savedXml(p.doc), removed);
     p.stack.redo();
-    QCOMPARE(saved(p.doc), removed);
+    QCOMPARE(savedXml(p.doc), removed);
     // An item out of the tree is not the document's: the step leaves it too.
     if (takenOut) {
         p.stack.undo();

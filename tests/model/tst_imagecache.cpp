@@ -5,10 +5,10 @@
 #include "model/folder.h"
 #include "model/imagecache.h"
 #include "model/rigxdata.h"
+#include "testfiles.h"
 
 #include <QDir>
 #include <QFile>
-#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,6 +25,7 @@
 #include <unistd.h>
 
 using namespace Morvane;
+using namespace Morvane::Testing;
 
 namespace {
 
@@ -52,19 +53,6 @@ QByteArray projectShowing(const QStringList &names)
             "<animation id=\"0\" name=\"idle\" length=\"1000\"><mainline><key id=\"0\">" + refs +
             "</key></mainline>" + timelines + "</animation></entity></morvane_data>\n";
     return text;
-}
-
-bool writeFile(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
-
-bool writePng(const QString &path, QSize size, QColor colour)
-{
-    QImage image(size, QImage::Format_ARGB32);
-    image.fill(colour);
-    return image.save(path, "PNG");
 }
 
 /// A document whose project file would lie in `directory`.
@@ -290,14 +278,8 @@ void TstImageCache::irregularImageFiles()
     const QByteArray errors = cli.readAllStandardError();
     QVERIFY2(cli.exitCode() == 0, errors.constData());
     const QJsonObject info = QJsonDocument::fromJson(cli.readAllStandardOutput()).object();
-    const QJsonObject file = info.value(QStringLiteral("folders"))
-                                 .toArray()
-                                 .at(0)
-                                 .toObject()
-                                 .value(QStringLiteral("files"))
-                                 .toArray()
-                                 .at(0)
-                                 .toObject();
+    const QJsonObject file =
+        info[QLatin1String("folders")][0][QLatin1String("files")][0].toObject();
     QCOMPARE(file.value(QStringLiteral("name")).toString(), name);
     QCOMPARE(file.value(QStringLiteral("missing")).toBool(), missing);
     QCOMPARE(file.value(QStringLiteral("width")).toInt(), missing ? 7 : 20);

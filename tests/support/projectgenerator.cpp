@@ -2,6 +2,9 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "projectgenerator.h"
 
+#include "io/projectsaveoptions.h"
+#include "io/xmlprojectwriter.h"
+
 #include "model/animation.h"
 #include "model/entity.h"
 #include "model/file.h"
@@ -11,6 +14,7 @@
 #include "model/timeline.h"
 #include "model/timelinekey.h"
 
+#include <QBuffer>
 #include <QList>
 
 #include <cmath>
@@ -121,6 +125,15 @@ QByteArray manyKeysXml(int timelines, int keysPerTimeline, bool withMainline, bo
     }
     text += "  </animation>\n </entity>\n</morvane_data>\n";
     return text;
+}
+
+QByteArray savedXml(RigxData &document)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    XmlProjectWriter::write(document, &buffer, ProjectSaveOptions());
+    return bytes;
 }
 
 } // namespace Morvane

@@ -32,4 +32,7 @@ void buildProject(RigxData &document, const ProjectShape &shape);
 /// text, so that it can be made faster than a reader that is slow on it would load it.
 QByteArray manyKeysXml(int timelines, int keysPerTimeline, bool withMainline, bool reversed = false);
 
+/// The XML bytes a save of `document` with the default options writes.
+QByteArray savedXml(RigxData &document);
+
 } // namespace Morvane

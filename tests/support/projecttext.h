@@ -3,13 +3,14 @@
 #pragma once
 
 // What the file-form tests of several areas share: a document written to bytes in memory,
-// bytes read into a document, files read and written whole.
+// and bytes read into a document.
 
 #include "io/jsonprojectreader.h"
 #include "io/jsonprojectwriter.h"
 #include "io/xmlprojectreader.h"
 #include "io/xmlprojectwriter.h"
 #include "model/rigxdata.h"
+#include "testfiles.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -62,18 +63,6 @@ inline QByteArray rewrittenXml(const QByteArray &xml)
 {
     RigxData document;
     return readText(xml, &document) ? writeXml(document) : QByteArray();
-}
-
-inline QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-inline bool writeAll(const QString &path, const QByteArray &data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
 }
 
 } // namespace Morvane::Testing
