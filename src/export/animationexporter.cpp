@@ -297,6 +297,11 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
     std::unique_ptr<PngWriterPool> pngs;
     if (options.kind == ExportKind::NumberedPngs)
         pngs = std::make_unique<PngWriterPool>(options.premultiplied);
+    // A GIF's frames are prepared on worker threads while the next renders.
+    // Frames trimmed one by one sit at the top left of the largest.
+    std::unique_ptr<GifEncoder> gif;
+    if (options.kind == ExportKind::Gif)
+        gif = std::make_unique<GifEncoder>(options.gif, background);
     QList<QImage> images;
     for (qsizetype i = 0; i < frames.size(); ++i) {
         renderer.setTime(frames.at(i).time);
@@ -321,6 +326,9 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
                 result.error = error;
                 break;
             }
+        } else if (gif) {
+            // Hundredths of a second, truncated.
+            gif->addFrame(image, frames.at(i).duration / 10);
         } else {
             images.append(image);
         }
@@ -375,33 +383,14 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         return result;
     }
 
-    // GIF frames share one size: frames trimmed one by one sit at the top left
-    // of the largest.
-    QSize canvas;
-    for (const QImage &image : std::as_const(images))
-        canvas = canvas.expandedTo(image.size());
-    QList<int> delays;
-    for (qsizetype i = 0; i < images.size(); ++i) {
-        if (images[i].size() != canvas) {
-            QImage padded(canvas, QImage::Format_ARGB32_Premultiplied);
-            padded.fill(background);
-            QPainter p(&padded);
-            p.setCompositionMode(QPainter::CompositionMode_Source);
-            p.drawImage(0, 0, images[i]);
-            p.end();
-            images[i] = padded;
-        }
-        // Hundredths of a second, truncated.
-        delays.append(result.frames.at(i).duration / 10);
-    }
-    QByteArray gif;
+    QByteArray bytes;
     QString error;
     const QString gifPath = base + QStringLiteral(".gif");
-    if (!GifEncoder::encode(images, delays, options.gif, &gif, &error)) {
+    if (!gif->finish(&bytes, &error)) {
         result.error = gifPath + QStringLiteral(": ") + error;
         return result;
     }
-    if (!ImageFileWriter::writeFile(gifPath, gif, &result.error))
+    if (!ImageFileWriter::writeFile(gifPath, bytes, &result.error))
         return result;
     result.files.append(gifPath);
     result.ok = true;

@@ -95,6 +95,8 @@ private Q_SLOTS:
     void framePixels();
     void quantizedFrames_data();
     void quantizedFrames();
+    void smallerFramesArePadded_data();
+    void smallerFramesArePadded();
 };
 
 void TestGifEncoder::flattenAlpha_data()
@@ -271,6 +273,48 @@ void TestGifEncoder::quantizedFrames()
         // Close on average: a colour step of a reduced palette, not a wrong image.
         QVERIFY2(error / (31 * 32 * 3) < 24, qPrintable(QString::number(error / (31 * 32 * 3))));
     }
+}
+
+void TestGifEncoder::smallerFramesArePadded_data()
+{
+    QTest::addColumn<bool>("shared");
+    QTest::addColumn<QColor>("padding");
+    QTest::newRow("shared palette, filled") << true << QColor(0, 255, 0);
+    QTest::newRow("own palettes, filled") << false << QColor(0, 255, 0);
+    QTest::newRow("shared palette, transparent") << true << QColor();
+    QTest::newRow("own palettes, transparent") << false << QColor();
+}
+
+void TestGifEncoder::smallerFramesArePadded()
+{
+    QFETCH(bool, shared);
+    QFETCH(QColor, padding);
+    // Frames trimmed one by one: a 4 × 3 red one with a clear corner, then a
+    // 2 × 1 blue one that sits at the top left of the first's size.
+    QImage large(4, 3, QImage::Format_ARGB32);
+    large.fill(Qt::red);
+    large.setPixel(3, 2, qRgba(0, 0, 0, 0));
+    QImage small(2, 1, QImage::Format_ARGB32_Premultiplied);
+    small.fill(Qt::blue);
+    GifOptions options;
+    options.sharedPalette = shared;
+    GifEncoder encoder(options, padding);
+    encoder.addFrame(large, 10);
+    encoder.addFrame(small, 10);
+    QByteArray gif;
+    QString error;
+    QVERIFY2(encoder.finish(&gif, &error), qPrintable(error));
+    const QList<QImage> back = gifFrames(gif);
+    QCOMPARE(back.size(), 2);
+    QCOMPARE(back[1].size(), QSize(4, 3));
+    const QRgb around = padding.isValid() ? padding.rgb() : qRgba(0, 0, 0, 0);
+    QStringList wrong = wrongPixels(back[0], [](int x, int y) {
+        return x == 3 && y == 2 ? qRgba(0, 0, 0, 0) : qRgb(255, 0, 0);
+    });
+    wrong += wrongPixels(back[1], [&](int x, int y) {
+        return x < 2 && y < 1 ? qRgb(0, 0, 255) : around;
+    });
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u';')));
 }
 
 QTEST_MAIN(TestGifEncoder)
