@@ -23,4 +23,6 @@ list(APPEND MORVANE_EDITOR_SOURCES
     export/gifpalette.h
     export/imagefilewriter.cpp
     export/imagefilewriter.h
+    export/snappingintervalcommand.cpp
+    export/snappingintervalcommand.h
 )
