@@ -107,10 +107,12 @@ private:
     int mErrorIndex = -1;
 };
 
+// `placed` holds each frame's rectangle within the image of `sourceSize`
+// all frames share: the whole of it, unless frames were trimmed one by one.
 QByteArray sheetJson(const QString &imageName, const QString &frameBase,
-                     const QList<QRect> &cells, const QList<QSize> &sourceSizes,
-                     const QList<FrameTime> &frames, const QSize &sheetSize,
-                     const ExportOptions &options)
+                     const QList<QRect> &cells, const QList<QRect> &placed,
+                     const QSize &sourceSize, bool trimmed, const QList<FrameTime> &frames,
+                     const QSize &sheetSize, const ExportOptions &options)
 {
     std::string out;
     JsonWriter w(&out, true);
@@ -135,24 +137,24 @@ QByteArray sheetJson(const QString &imageName, const QString &frameBase,
         w.key("rotated");
         w.value(false);
         w.key("trimmed");
-        w.value(false);
+        w.value(trimmed);
         w.key("spriteSourceSize");
         w.beginObject();
         w.key("x");
-        w.value(0);
+        w.value(placed.at(i).x());
         w.key("y");
-        w.value(0);
+        w.value(placed.at(i).y());
         w.key("w");
-        w.value(sourceSizes.at(i).width());
+        w.value(placed.at(i).width());
         w.key("h");
-        w.value(sourceSizes.at(i).height());
+        w.value(placed.at(i).height());
         w.endObject();
         w.key("sourceSize");
         w.beginObject();
         w.key("w");
-        w.value(sourceSizes.at(i).width());
+        w.value(sourceSize.width());
         w.key("h");
-        w.value(sourceSizes.at(i).height());
+        w.value(sourceSize.height());
         w.endObject();
         w.key("duration");
         w.value(frames.at(i).duration);
@@ -303,6 +305,7 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
     if (options.kind == ExportKind::Gif)
         gif = std::make_unique<GifEncoder>(options.gif, background);
     QList<QImage> images;
+    QList<QRectF> sources;
     for (qsizetype i = 0; i < frames.size(); ++i) {
         renderer.setTime(frames.at(i).time);
         QRectF frameSource = source;
@@ -318,6 +321,7 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
             result.frameSize = image.size();
             result.source = frameSource;
         }
+        sources.append(frameSource);
         result.frames.append(frames.at(i));
         if (pngs) {
             pngs->write(int(i), numberedFileName(base, int(i)), image);
@@ -327,8 +331,10 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
                 break;
             }
         } else if (gif) {
-            // Hundredths of a second, truncated.
-            gif->addFrame(image, frames.at(i).duration / 10);
+            // Hundredths of a second, truncated, but at least two: viewers
+            // show frames asking for less at a tenth of a second, so a 60 fps
+            // export would crawl instead of running at 50 fps.
+            gif->addFrame(image, qMax(2, frames.at(i).duration / 10));
         } else {
             images.append(image);
         }
@@ -358,15 +364,28 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         const QSize sheetSize(perRow * cell.width(), rows * cell.height());
         QImage sheet(sheetSize, QImage::Format_ARGB32_Premultiplied);
         sheet.fill(Qt::transparent);
+        // Frames trimmed one by one keep their place in the box of them all,
+        // so that an engine playing the sheet does not make them jump about.
+        QRectF all;
+        for (const QRectF &r : std::as_const(sources))
+            all = unite(all, r);
+        QSize sourceSize = eachFrame ? outputSize(all, options) : cell;
         QList<QRect> cells;
-        QList<QSize> sizes;
+        QList<QRect> placed;
         QPainter painter(&sheet);
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         for (int k = 0; k < n; ++k) {
             const QPoint at((k % perRow) * cell.width(), (k / perRow) * cell.height());
             painter.drawImage(at, images.at(k));
             cells.append(QRect(at, images.at(k).size()));
-            sizes.append(images.at(k).size());
+            QPoint offset;
+            if (eachFrame) {
+                offset = QPoint(int(std::lround((sources.at(k).left() - all.left()) * options.scaleWidth / 100.0)),
+                                int(std::lround((sources.at(k).top() - all.top()) * options.scaleHeight / 100.0)));
+            }
+            placed.append(QRect(offset, images.at(k).size()));
+            // Rounding never leaves a frame sticking out of the shared box.
+            sourceSize = sourceSize.expandedTo(QSize(placed.last().right() + 1, placed.last().bottom() + 1));
         }
         painter.end();
         const QString sheetPath = base + QStringLiteral(".png");
@@ -375,7 +394,8 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         result.files.append(sheetPath);
         const QString jsonPath = base + QStringLiteral(".json");
         const QByteArray json = sheetJson(QFileInfo(sheetPath).fileName(), QFileInfo(base).fileName(),
-                                          cells, sizes, result.frames, sheetSize, options);
+                                          cells, placed, sourceSize, eachFrame, result.frames,
+                                          sheetSize, options);
         if (!ImageFileWriter::writeFile(jsonPath, json, &result.error))
             return result;
         result.files.append(jsonPath);

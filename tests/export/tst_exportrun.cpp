@@ -136,9 +136,18 @@ void TestExportRun::trimToEachFrame_data()
 {
     QTest::addColumn<double>("scale");
     QTest::addColumn<QSize>("size");
-    QTest::newRow("100 %") << 100.0 << QSize(10, 10);
-    QTest::newRow("200 %") << 200.0 << QSize(20, 20);
-    QTest::newRow("30 %") << 30.0 << QSize(3, 3);
+    // On a sheet: each frame's place in the box of all frames, and that box.
+    QTest::addColumn<QList<QPoint>>("offsets");
+    QTest::addColumn<QSize>("box");
+    // The sprite's top left at (-7, 12), (3, 4), (13, -4), (23, -12): a box of
+    // 40 × 34 from (-7, -12).
+    QTest::newRow("100 %") << 100.0 << QSize(10, 10)
+                           << QList<QPoint>{{0, 24}, {10, 16}, {20, 8}, {30, 0}} << QSize(40, 34);
+    QTest::newRow("200 %") << 200.0 << QSize(20, 20)
+                           << QList<QPoint>{{0, 48}, {20, 32}, {40, 16}, {60, 0}} << QSize(80, 68);
+    // 7.2, 4.8 and 2.4 round; 12 × 10.2 holds the last frame.
+    QTest::newRow("30 %") << 30.0 << QSize(3, 3)
+                          << QList<QPoint>{{0, 7}, {3, 5}, {6, 2}, {9, 0}} << QSize(12, 10);
 }
 
 void TestExportRun::trimToEachFrame()
@@ -160,6 +169,31 @@ void TestExportRun::trimToEachFrame()
         const QImage image(file);
         QCOMPARE(image.size(), size);
         QCOMPARE(image.pixel(size.width() / 2, size.height() / 2), qRgb(255, 0, 0));
+    }
+
+    QFETCH(QList<QPoint>, offsets);
+    QFETCH(QSize, box);
+    options.kind = ExportKind::SpriteSheet;
+    const ExportResult sheet = AnimationExporter::run(&project.scene, options, project.out(QStringLiteral("s.png")));
+    QVERIFY2(sheet.ok, qPrintable(sheet.error));
+    QFile file(sheet.files.value(1));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QJsonObject frames = QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("frames")).toObject();
+    QCOMPARE(frames.size(), offsets.size());
+    JsonSpriteSheet atlas(sheet.files.value(1));
+    for (qsizetype k = 0; k < offsets.size(); ++k) {
+        const QString name = QStringLiteral("s_00%1.png").arg(k);
+        const QJsonObject frame = frames.value(name).toObject();
+        QVERIFY(frame.value(QStringLiteral("trimmed")).toBool());
+        const QJsonObject placed = frame.value(QStringLiteral("spriteSourceSize")).toObject();
+        QCOMPARE(QPoint(placed.value(QStringLiteral("x")).toInt(), placed.value(QStringLiteral("y")).toInt()),
+                 offsets[k]);
+        const QJsonObject source = frame.value(QStringLiteral("sourceSize")).toObject();
+        QCOMPARE(QSize(source.value(QStringLiteral("w")).toInt(), source.value(QStringLiteral("h")).toInt()), box);
+        // The atlas reader puts the frame back in its place.
+        const QImage back = atlas.pixmapFromFileName(name);
+        QCOMPARE(back.size(), box);
+        QCOMPARE(back.pixel(offsets[k] + QPoint(size.width() / 2, size.height() / 2)), qRgb(255, 0, 0));
     }
 }
 

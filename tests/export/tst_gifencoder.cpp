@@ -144,6 +144,8 @@ void TestGifEncoder::delaysAndLoops_data()
     QTest::addColumn<int>("repeats");
     QTest::newRow("100 ms") << 100 << false << 0 << QList<int>(8, 10) << 0;
     QTest::newRow("33 ms") << 33 << false << 0 << QList<int>(24, 3) << 0;
+    QTest::newRow("16 ms plays at the fastest a viewer shows") << 16 << false << 0
+                                                              << QList<int>(50, 2) << 0;
     QTest::newRow("twice") << 200 << false << 2 << QList<int>(4, 20) << 1;
     QTest::newRow("once") << 200 << false << 1 << QList<int>(4, 20) << -1;
     // Keys at 0, 300 and 500 of 800: the last lasts until the end.
