@@ -94,8 +94,6 @@ struct GifEncoder::Private
     GifHistogram shared;
     QString error;
 
-    bool diffuse() const { return options.dither == GifDither::FloydSteinberg; }
-
     // Runs `work` on the pool; the first failure is kept.
     template<typename Work> void start(Work work)
     {
@@ -118,8 +116,6 @@ struct GifEncoder::Private
     {
         frame->flat = flattenAlpha(frame->source, options);
         frame->source = QImage();
-        if (options.dither == GifDither::Ordered)
-            GifPalette::orderedDither(frame->flat);
         GifHistogram counted;
         counted.add(frame->flat);
         if (options.sharedPalette) {
@@ -144,7 +140,7 @@ struct GifEncoder::Private
             }
             palette = &frame->palette;
         }
-        const std::vector<uint8_t> indexes = palette->map(frame->flat, canvas, padding, diffuse());
+        const std::vector<uint8_t> indexes = palette->map(frame->flat, canvas, padding, options.dither);
         frame->flat = QImage();
         Magick::Image image = paletteImage(indexes, canvas, *palette);
         image.quiet(true); // warnings are not failures

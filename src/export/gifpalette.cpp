@@ -242,7 +242,7 @@ GifPalette GifPalette::build(const GifHistogram &histogram)
 }
 
 std::vector<uint8_t> GifPalette::map(const QImage &flat, const QSize &canvas, QRgb padding,
-                                     bool diffuse) const
+                                     GifDither dither) const
 {
     const int w = canvas.width(), h = canvas.height();
     std::vector<uint8_t> out(size_t(w) * size_t(h), 0);
@@ -275,7 +275,39 @@ std::vector<uint8_t> GifPalette::map(const QImage &flat, const QSize &canvas, QR
         return x < fw && y < fh ? reinterpret_cast<const QRgb *>(flat.constScanLine(y))[x] : padding;
     };
     const int clearIndex = qMax(0, transparent);
-    if (!diffuse || exact) {
+    if (dither == GifDither::Ordered && !exact) {
+        // Offsets of -15 to +16 from the pattern: enough to mix two
+        // neighbouring colours of a palette of 256.
+        static constexpr int Bayer[8][8] = {
+            {0, 32, 8, 40, 2, 34, 10, 42},   {48, 16, 56, 24, 50, 18, 58, 26},
+            {12, 44, 4, 36, 14, 46, 6, 38},  {60, 28, 52, 20, 62, 30, 54, 22},
+            {3, 35, 11, 43, 1, 33, 9, 41},   {51, 19, 59, 27, 49, 17, 57, 25},
+            {15, 47, 7, 39, 13, 45, 5, 37},  {63, 31, 55, 23, 61, 29, 53, 21},
+        };
+        for (int y = 0; y < h; ++y) {
+            uint8_t *row = &out[size_t(y) * size_t(w)];
+            for (int x = 0; x < w; ++x) {
+                const QRgb c = pixel(x, y);
+                if (!qAlpha(c)) {
+                    row[x] = uint8_t(clearIndex);
+                    continue;
+                }
+                // A colour the palette holds within a step or two stays as it
+                // is: flat areas keep no pattern.
+                const int plain = lookup(qRed(c), qGreen(c), qBlue(c));
+                if (distance(colours[plain], qRed(c), qGreen(c), qBlue(c)) <= 12) {
+                    row[x] = uint8_t(plain);
+                    continue;
+                }
+                const int offset = (Bayer[y & 7][x & 7] - 31) / 2;
+                row[x] = uint8_t(lookup(qBound(0, qRed(c) + offset, 255),
+                                        qBound(0, qGreen(c) + offset, 255),
+                                        qBound(0, qBlue(c) + offset, 255)));
+            }
+        }
+        return out;
+    }
+    if (dither != GifDither::FloydSteinberg || exact) {
         for (int y = 0; y < h; ++y) {
             uint8_t *row = &out[size_t(y) * size_t(w)];
             QRgb last = ~pixel(0, y);
@@ -325,34 +357,6 @@ std::vector<uint8_t> GifPalette::map(const QImage &flat, const QSize &canvas, QR
         std::swap(current, next);
     }
     return out;
-}
-
-void GifPalette::orderedDither(QImage &flat)
-{
-    static constexpr int Bayer[8][8] = {
-        {0, 32, 8, 40, 2, 34, 10, 42},   {48, 16, 56, 24, 50, 18, 58, 26},
-        {12, 44, 4, 36, 14, 46, 6, 38},  {60, 28, 52, 20, 62, 30, 54, 22},
-        {3, 35, 11, 43, 1, 33, 9, 41},   {51, 19, 59, 27, 49, 17, 57, 25},
-        {15, 47, 7, 39, 13, 45, 5, 37},  {63, 31, 55, 23, 61, 29, 53, 21},
-    };
-    constexpr int Steps = 5; // six levels: 0, 51, ..., 255
-    for (int y = 0; y < flat.height(); ++y) {
-        auto *line = reinterpret_cast<QRgb *>(flat.scanLine(y));
-        for (int x = 0; x < flat.width(); ++x) {
-            const QRgb c = line[x];
-            if (!qAlpha(c))
-                continue;
-            // A channel between two levels goes up where its share of the
-            // step passes the threshold of its place in the pattern.
-            const int t = 2 * Bayer[y & 7][x & 7] + 1; // in 128ths
-            auto level = [t](int v) {
-                const int scaled = v * Steps;
-                const int low = scaled / 255, rest = scaled % 255;
-                return (low + (rest * 128 > t * 255 ? 1 : 0)) * 255 / Steps;
-            };
-            line[x] = qRgb(level(qRed(c)), level(qGreen(c)), level(qBlue(c)));
-        }
-    }
 }
 
 } // namespace Morvane

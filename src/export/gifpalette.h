@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
+#include "export/exportoptions.h"
+
 #include <QImage>
 #include <QList>
 #include <QSet>
@@ -63,15 +65,12 @@ struct GifPalette
 
     /// The indexes of `flat` (one-bit alpha) on a canvas of `canvas` pixels:
     /// the frame at the top left, `padding` (one-bit alpha too) around it.
-    /// With `diffuse`, colours the palette lacks are made up by Floyd–Steinberg
-    /// error diffusion (an exact palette never needs it).
+    /// Colours the palette lacks are made up by `dither`: Floyd–Steinberg error
+    /// diffusion, or an 8 × 8 ordered pattern of small offsets for colours
+    /// the palette lacks (flat areas of art, which it holds, stay flat). An
+    /// exact palette needs neither.
     std::vector<uint8_t> map(const QImage &flat, const QSize &canvas, QRgb padding,
-                             bool diffuse) const;
-
-    /// Replaces each channel of `flat` (ARGB32, one-bit alpha) with one of six
-    /// levels through an 8 × 8 ordered threshold: at most 216 colours come out,
-    /// so the frames fit an exact palette.
-    static void orderedDither(QImage &flat);
+                             GifDither dither) const;
 };
 
 } // namespace Morvane
