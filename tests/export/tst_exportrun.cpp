@@ -92,24 +92,20 @@ void TestExportRun::frameTimes()
 void TestExportRun::numberedFiles_data()
 {
     QTest::addColumn<QString>("output");
-    QTest::addColumn<QStringList>("files");
-    QTest::newRow("walk.png") << QStringLiteral("walk.png")
-                              << QStringList{QStringLiteral("walk_000.png"), QStringLiteral("walk_001.png"),
-                                             QStringLiteral("walk_002.png"), QStringLiteral("walk_003.png"),
-                                             QStringLiteral("walk_004.png"), QStringLiteral("walk_005.png"),
-                                             QStringLiteral("walk_006.png"), QStringLiteral("walk_007.png")};
-    QTest::newRow("only the last suffix goes")
-        << QStringLiteral("walk.v2.png")
-        << QStringList{QStringLiteral("walk.v2_000.png"), QStringLiteral("walk.v2_001.png"),
-                       QStringLiteral("walk.v2_002.png"), QStringLiteral("walk.v2_003.png"),
-                       QStringLiteral("walk.v2_004.png"), QStringLiteral("walk.v2_005.png"),
-                       QStringLiteral("walk.v2_006.png"), QStringLiteral("walk.v2_007.png")};
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("last");
+    QTest::newRow("walk.png") << QStringLiteral("walk.png") << QStringLiteral("walk_000.png")
+                              << QStringLiteral("walk_007.png");
+    QTest::newRow("only the last suffix goes") << QStringLiteral("walk.v2.png")
+                                               << QStringLiteral("walk.v2_000.png")
+                                               << QStringLiteral("walk.v2_007.png");
 }
 
 void TestExportRun::numberedFiles()
 {
     QFETCH(QString, output);
-    QFETCH(QStringList, files);
+    QFETCH(QString, first);
+    QFETCH(QString, last);
     // Moving 5 units right every 100 ms.
     TinyProject project({{0, QPointF(0, 0)}, {800, QPointF(40, 0)}});
     QVERIFY(project.ok);
@@ -118,9 +114,10 @@ void TestExportRun::numberedFiles()
     options.customRect = QRectF(0, 0, 50, 10);
     const ExportResult result = AnimationExporter::run(&project.scene, options, project.out(output));
     QVERIFY2(result.ok, qPrintable(result.error));
-    QCOMPARE(result.files.size(), files.size());
-    for (qsizetype i = 0; i < files.size(); ++i) {
-        QCOMPARE(result.files[i], project.out(files[i]));
+    QCOMPARE(result.files.size(), 8);
+    QCOMPARE(result.files.first(), project.out(first));
+    QCOMPARE(result.files.last(), project.out(last));
+    for (qsizetype i = 0; i < result.files.size(); ++i) {
         // Frame i shows the sprite 5 × i to the right.
         const QImage image(result.files[i]);
         QCOMPARE(image.size(), QSize(50, 10));
@@ -128,7 +125,7 @@ void TestExportRun::numberedFiles()
         const QStringList wrong = wrongPixels(image, [&](int x, int y) {
             return red.contains(x, y) ? qRgb(255, 0, 0) : qRgba(0, 0, 0, 0);
         });
-        QVERIFY2(wrong.isEmpty(), qPrintable(files[i] + QLatin1Char(' ') + wrong.join(u';')));
+        QVERIFY2(wrong.isEmpty(), qPrintable(result.files[i] + QLatin1Char(' ') + wrong.join(u';')));
     }
 }
 
