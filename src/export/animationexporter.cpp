@@ -300,7 +300,8 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
     if (options.kind == ExportKind::NumberedPngs)
         pngs = std::make_unique<PngWriterPool>(options.premultiplied);
     // A GIF's frames are prepared on worker threads while the next renders.
-    // Frames trimmed one by one sit at the top left of the largest.
+    // Frames trimmed one by one keep their places in the box of them all, so
+    // the figure does not jump about.
     std::unique_ptr<GifEncoder> gif;
     if (options.kind == ExportKind::Gif)
         gif = std::make_unique<GifEncoder>(options.gif, background);
@@ -334,7 +335,9 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
             // Hundredths of a second, truncated, but at least two: viewers
             // show frames asking for less at a tenth of a second, so a 60 fps
             // export would crawl instead of running at 50 fps.
-            gif->addFrame(image, qMax(2, frames.at(i).duration / 10));
+            const QPoint position(int(std::lround(frameSource.left() * options.scaleWidth / 100.0)),
+                                  int(std::lround(frameSource.top() * options.scaleHeight / 100.0)));
+            gif->addFrame(image, qMax(2, frames.at(i).duration / 10), position);
         } else {
             images.append(image);
         }

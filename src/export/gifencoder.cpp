@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QMutex>
+#include <QRect>
 #include <QThread>
 #include <QThreadPool>
 
@@ -82,6 +83,7 @@ struct GifEncoder::Private
         QImage source;
         QImage flat;
         int delay = 0;
+        QPoint position;
         GifPalette palette; // a palette of its own, when frames do not share one
         Magick::Image image;
     };
@@ -126,9 +128,11 @@ struct GifEncoder::Private
         }
     }
 
-    void finishFrame(Frame *frame, const QSize &canvas, const GifPalette *palette)
+    void finishFrame(Frame *frame, const QPoint &origin, const QSize &canvas,
+                     const GifPalette *palette)
     {
         const QSize size = frame->flat.size();
+        const QPoint at = frame->position - origin;
         if (!palette) {
             if (size != canvas) {
                 // The padding takes part in this frame's own colours.
@@ -140,7 +144,8 @@ struct GifEncoder::Private
             }
             palette = &frame->palette;
         }
-        const std::vector<uint8_t> indexes = palette->map(frame->flat, canvas, padding, options.dither);
+        const std::vector<uint8_t> indexes =
+            palette->map(frame->flat, at, canvas, padding, options.dither);
         frame->flat = QImage();
         Magick::Image image = paletteImage(indexes, canvas, *palette);
         image.quiet(true); // warnings are not failures
@@ -168,12 +173,13 @@ GifEncoder::~GifEncoder()
     d->pool.waitForDone();
 }
 
-void GifEncoder::addFrame(const QImage &frame, int delay)
+void GifEncoder::addFrame(const QImage &frame, int delay, const QPoint &position)
 {
     auto owned = std::make_unique<Private::Frame>();
     Private::Frame *f = owned.get();
     f->source = frame;
     f->delay = delay;
+    f->position = position;
     d->frames.push_back(std::move(owned));
     d->start([this, f] { d->prepare(f); });
 }
@@ -190,9 +196,12 @@ bool GifEncoder::finish(QByteArray *gif, QString *error)
     d->pool.waitForDone();
     if (!d->error.isEmpty())
         return fail(d->error);
-    QSize canvas;
+    // The canvas is the box of all frames in their places.
+    QRect box;
     for (const auto &frame : d->frames)
-        canvas = canvas.expandedTo(frame->flat.size());
+        box |= QRect(frame->position, frame->flat.size());
+    const QPoint origin = box.topLeft();
+    const QSize canvas = box.size();
     GifPalette palette;
     if (d->options.sharedPalette) {
         for (const auto &frame : d->frames) {
@@ -205,7 +214,9 @@ bool GifEncoder::finish(QByteArray *gif, QString *error)
     const GifPalette *sharedPalette = d->options.sharedPalette ? &palette : nullptr;
     for (const auto &frame : d->frames) {
         Private::Frame *f = frame.get();
-        d->start([this, f, canvas, sharedPalette] { d->finishFrame(f, canvas, sharedPalette); });
+        d->start([this, f, origin, canvas, sharedPalette] {
+            d->finishFrame(f, origin, canvas, sharedPalette);
+        });
     }
     d->pool.waitForDone();
     if (!d->error.isEmpty())

@@ -8,6 +8,7 @@
 #include <QColor>
 #include <QImage>
 #include <QList>
+#include <QPoint>
 #include <QString>
 
 #include <memory>
@@ -27,16 +28,17 @@ namespace Morvane {
 class GifEncoder
 {
 public:
-    /// Frames smaller than the largest sit at its top left over `padding`
-    /// (invalid: transparent).
+    /// Frames are placed on a canvas that holds them all; what they leave
+    /// free shows `padding` (invalid: transparent).
     explicit GifEncoder(const GifOptions &options, const QColor &padding = QColor());
     ~GifEncoder();
     GifEncoder(const GifEncoder &) = delete;
     GifEncoder &operator=(const GifEncoder &) = delete;
 
-    /// Queues a frame shown for `delay` hundredths of a second; the work on it
-    /// starts at once on a worker thread.
-    void addFrame(const QImage &frame, int delay);
+    /// Queues a frame shown for `delay` hundredths of a second, its top left
+    /// at `position` (pixels; only the positions relative to one another
+    /// count). The work on it starts at once on a worker thread.
+    void addFrame(const QImage &frame, int delay, const QPoint &position = QPoint());
     /// The GIF of the frames added, each restoring the background when it goes
     /// (disposal 2). False with `error` set when there are no frames or the
     /// library fails.

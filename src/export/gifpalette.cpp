@@ -3,6 +3,7 @@
 #include "export/gifpalette.h"
 
 #include <QHash>
+#include <QRect>
 
 #include <algorithm>
 #include <cmath>
@@ -241,8 +242,8 @@ GifPalette GifPalette::build(const GifHistogram &histogram)
     return palette;
 }
 
-std::vector<uint8_t> GifPalette::map(const QImage &flat, const QSize &canvas, QRgb padding,
-                                     GifDither dither) const
+std::vector<uint8_t> GifPalette::map(const QImage &flat, const QPoint &at, const QSize &canvas,
+                                     QRgb padding, GifDither dither) const
 {
     const int w = canvas.width(), h = canvas.height();
     std::vector<uint8_t> out(size_t(w) * size_t(h), 0);
@@ -270,9 +271,11 @@ std::vector<uint8_t> GifPalette::map(const QImage &flat, const QSize &canvas, QR
             slot = int16_t(qMax(0, nearest(colours, transparent, r, g, b)));
         return slot;
     };
-    const int fw = qMin(flat.width(), w), fh = qMin(flat.height(), h);
+    const QRect inside = QRect(at, flat.size()) & QRect(QPoint(0, 0), canvas);
     auto pixel = [&](int x, int y) -> QRgb {
-        return x < fw && y < fh ? reinterpret_cast<const QRgb *>(flat.constScanLine(y))[x] : padding;
+        return inside.contains(x, y)
+                   ? reinterpret_cast<const QRgb *>(flat.constScanLine(y - at.y()))[x - at.x()]
+                   : padding;
     };
     const int clearIndex = qMax(0, transparent);
     if (dither == GifDither::Ordered && !exact) {

@@ -6,6 +6,7 @@
 
 #include <QImage>
 #include <QList>
+#include <QPoint>
 #include <QSet>
 #include <QSize>
 
@@ -64,13 +65,13 @@ struct GifPalette
     static GifPalette build(const GifHistogram &histogram);
 
     /// The indexes of `flat` (one-bit alpha) on a canvas of `canvas` pixels:
-    /// the frame at the top left, `padding` (one-bit alpha too) around it.
+    /// the frame's top left at `at`, `padding` (one-bit alpha too) around it.
     /// Colours the palette lacks are made up by `dither`: Floyd–Steinberg error
     /// diffusion, or an 8 × 8 ordered pattern of small offsets for colours
     /// the palette lacks (flat areas of art, which it holds, stay flat). An
     /// exact palette needs neither.
-    std::vector<uint8_t> map(const QImage &flat, const QSize &canvas, QRgb padding,
-                             GifDither dither) const;
+    std::vector<uint8_t> map(const QImage &flat, const QPoint &at, const QSize &canvas,
+                             QRgb padding, GifDither dither) const;
 };
 
 } // namespace Morvane

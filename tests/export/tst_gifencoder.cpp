@@ -292,18 +292,20 @@ void TestGifEncoder::smallerFramesArePadded_data()
 {
     QTest::addColumn<bool>("shared");
     QTest::addColumn<QColor>("padding");
-    QTest::newRow("shared palette, filled") << true << QColor(0, 255, 0);
-    QTest::newRow("own palettes, filled") << false << QColor(0, 255, 0);
-    QTest::newRow("shared palette, transparent") << true << QColor();
-    QTest::newRow("own palettes, transparent") << false << QColor();
+    QTest::addColumn<QPoint>("at"); // the small frame's place against the large one's (5, 5)
+    QTest::newRow("shared palette, filled") << true << QColor(0, 255, 0) << QPoint(5, 5);
+    QTest::newRow("own palettes, filled") << false << QColor(0, 255, 0) << QPoint(7, 7);
+    QTest::newRow("shared palette, transparent") << true << QColor() << QPoint(7, 5);
+    QTest::newRow("own palettes, transparent") << false << QColor() << QPoint(5, 7);
 }
 
 void TestGifEncoder::smallerFramesArePadded()
 {
     QFETCH(bool, shared);
     QFETCH(QColor, padding);
+    QFETCH(QPoint, at);
     // Frames trimmed one by one: a 4 × 3 red one with a clear corner, then a
-    // 2 × 1 blue one that sits at the top left of the first's size.
+    // 2 × 1 blue one in its place inside the first's box.
     QImage large(4, 3, QImage::Format_ARGB32);
     large.fill(Qt::red);
     large.setPixel(3, 2, qRgba(0, 0, 0, 0));
@@ -312,8 +314,8 @@ void TestGifEncoder::smallerFramesArePadded()
     GifOptions options;
     options.sharedPalette = shared;
     GifEncoder encoder(options, padding);
-    encoder.addFrame(large, 10);
-    encoder.addFrame(small, 10);
+    encoder.addFrame(large, 10, QPoint(5, 5));
+    encoder.addFrame(small, 10, at);
     QByteArray gif;
     QString error;
     QVERIFY2(encoder.finish(&gif, &error), qPrintable(error));
@@ -325,7 +327,7 @@ void TestGifEncoder::smallerFramesArePadded()
         return x == 3 && y == 2 ? qRgba(0, 0, 0, 0) : qRgb(255, 0, 0);
     });
     wrong += wrongPixels(back[1], [&](int x, int y) {
-        return x < 2 && y < 1 ? qRgb(0, 0, 255) : around;
+        return QRect(at - QPoint(5, 5), QSize(2, 1)).contains(x, y) ? qRgb(0, 0, 255) : around;
     });
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u';')));
 }
