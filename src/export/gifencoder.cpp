@@ -26,6 +26,7 @@ namespace {
 using MagickCore::Quantum;
 
 constexpr MagickCore::MagickSizeType MiB = 1024 * 1024;
+constexpr int MaxSide = 16384;
 
 Quantum quantum(int channel)
 {
@@ -202,6 +203,13 @@ bool GifEncoder::finish(QByteArray *gif, QString *error)
         box |= QRect(frame->position, frame->flat.size());
     const QPoint origin = box.topLeft();
     const QSize canvas = box.size();
+    // Frames far apart would make a canvas beyond what a GIF or memory holds.
+    if (canvas.width() > MaxSide || canvas.height() > MaxSide)
+        return fail(QCoreApplication::translate("GifEncoder", "the frames span %1 × %2 pixels, "
+                                                              "more than %3 a side")
+                        .arg(canvas.width())
+                        .arg(canvas.height())
+                        .arg(MaxSide));
     GifPalette palette;
     if (d->options.sharedPalette) {
         for (const auto &frame : d->frames) {
@@ -259,8 +267,8 @@ void GifEncoder::initialize()
         Magick::ResourceLimits::memory(1024 * MiB);
         Magick::ResourceLimits::map(2048 * MiB);
         Magick::ResourceLimits::disk(4096 * MiB);
-        Magick::ResourceLimits::width(16384);
-        Magick::ResourceLimits::height(16384);
+        Magick::ResourceLimits::width(MaxSide);
+        Magick::ResourceLimits::height(MaxSide);
         Magick::ResourceLimits::area(256 * MiB);
         Magick::ResourceLimits::listLength(100000);
         Magick::ResourceLimits::thread(MagickCore::MagickSizeType(qMax(1, QThread::idealThreadCount())));

@@ -97,6 +97,7 @@ private Q_SLOTS:
     void quantizedFrames();
     void smallerFramesArePadded_data();
     void smallerFramesArePadded();
+    void framesTooFarApart();
 };
 
 void TestGifEncoder::flattenAlpha_data()
@@ -330,6 +331,19 @@ void TestGifEncoder::smallerFramesArePadded()
         return QRect(at - QPoint(5, 5), QSize(2, 1)).contains(x, y) ? qRgb(0, 0, 255) : around;
     });
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u';')));
+}
+
+void TestGifEncoder::framesTooFarApart()
+{
+    QImage frame(2, 2, QImage::Format_ARGB32);
+    frame.fill(Qt::red);
+    GifEncoder encoder((GifOptions()));
+    encoder.addFrame(frame, 10, QPoint(-10000, 0));
+    encoder.addFrame(frame, 10, QPoint(10000, 0));
+    QByteArray gif;
+    QString error;
+    QVERIFY(!encoder.finish(&gif, &error));
+    QVERIFY2(error.contains(QStringLiteral("20002")), qPrintable(error));
 }
 
 QTEST_MAIN(TestGifEncoder)
