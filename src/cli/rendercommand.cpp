@@ -124,7 +124,7 @@ void RenderCommand::addOptions(QCommandLineParser &parser)
         "matte", "GIF: blend semi-transparent pixels over #RRGGBB instead of a threshold.",
         "COLOUR"));
     parser.addOption(flagOption("palette-per-frame",
-                                "GIF: a palette for each frame instead of one for all (slower)."));
+                                "GIF: a palette for each frame instead of one for all."));
 }
 
 QString RenderCommand::readOptions(const QCommandLineParser &parser, int defaultInterval,

@@ -107,10 +107,12 @@ private:
     int mErrorIndex = -1;
 };
 
+// `placed` holds each frame's rectangle within the image of `sourceSize`
+// all frames share: the whole of it, unless frames were trimmed one by one.
 QByteArray sheetJson(const QString &imageName, const QString &frameBase,
-                     const QList<QRect> &cells, const QList<QSize> &sourceSizes,
-                     const QList<FrameTime> &frames, const QSize &sheetSize,
-                     const ExportOptions &options)
+                     const QList<QRect> &cells, const QList<QRect> &placed,
+                     const QSize &sourceSize, bool trimmed, const QList<FrameTime> &frames,
+                     const QSize &sheetSize, const ExportOptions &options)
 {
     std::string out;
     JsonWriter w(&out, true);
@@ -135,24 +137,24 @@ QByteArray sheetJson(const QString &imageName, const QString &frameBase,
         w.key("rotated");
         w.value(false);
         w.key("trimmed");
-        w.value(false);
+        w.value(trimmed);
         w.key("spriteSourceSize");
         w.beginObject();
         w.key("x");
-        w.value(0);
+        w.value(placed.at(i).x());
         w.key("y");
-        w.value(0);
+        w.value(placed.at(i).y());
         w.key("w");
-        w.value(sourceSizes.at(i).width());
+        w.value(placed.at(i).width());
         w.key("h");
-        w.value(sourceSizes.at(i).height());
+        w.value(placed.at(i).height());
         w.endObject();
         w.key("sourceSize");
         w.beginObject();
         w.key("w");
-        w.value(sourceSizes.at(i).width());
+        w.value(sourceSize.width());
         w.key("h");
-        w.value(sourceSizes.at(i).height());
+        w.value(sourceSize.height());
         w.endObject();
         w.key("duration");
         w.value(frames.at(i).duration);
@@ -297,7 +299,14 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
     std::unique_ptr<PngWriterPool> pngs;
     if (options.kind == ExportKind::NumberedPngs)
         pngs = std::make_unique<PngWriterPool>(options.premultiplied);
+    // A GIF's frames are prepared on worker threads while the next renders.
+    // Frames trimmed one by one keep their places in the box of them all, so
+    // the figure does not jump about.
+    std::unique_ptr<GifEncoder> gif;
+    if (options.kind == ExportKind::Gif)
+        gif = std::make_unique<GifEncoder>(options.gif, background);
     QList<QImage> images;
+    QList<QRectF> sources;
     for (qsizetype i = 0; i < frames.size(); ++i) {
         renderer.setTime(frames.at(i).time);
         QRectF frameSource = source;
@@ -313,6 +322,7 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
             result.frameSize = image.size();
             result.source = frameSource;
         }
+        sources.append(frameSource);
         result.frames.append(frames.at(i));
         if (pngs) {
             pngs->write(int(i), numberedFileName(base, int(i)), image);
@@ -321,6 +331,13 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
                 result.error = error;
                 break;
             }
+        } else if (gif) {
+            // Hundredths of a second, truncated, but at least two: viewers
+            // show frames asking for less at a tenth of a second, so a 60 fps
+            // export would crawl instead of running at 50 fps.
+            const QPoint position(int(std::lround(frameSource.left() * options.scaleWidth / 100.0)),
+                                  int(std::lround(frameSource.top() * options.scaleHeight / 100.0)));
+            gif->addFrame(image, qMax(2, frames.at(i).duration / 10), position);
         } else {
             images.append(image);
         }
@@ -350,15 +367,28 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         const QSize sheetSize(perRow * cell.width(), rows * cell.height());
         QImage sheet(sheetSize, QImage::Format_ARGB32_Premultiplied);
         sheet.fill(Qt::transparent);
+        // Frames trimmed one by one keep their place in the box of them all,
+        // so that an engine playing the sheet does not make them jump about.
+        QRectF all;
+        for (const QRectF &r : std::as_const(sources))
+            all = unite(all, r);
+        QSize sourceSize = eachFrame ? outputSize(all, options) : cell;
         QList<QRect> cells;
-        QList<QSize> sizes;
+        QList<QRect> placed;
         QPainter painter(&sheet);
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         for (int k = 0; k < n; ++k) {
             const QPoint at((k % perRow) * cell.width(), (k / perRow) * cell.height());
             painter.drawImage(at, images.at(k));
             cells.append(QRect(at, images.at(k).size()));
-            sizes.append(images.at(k).size());
+            QPoint offset;
+            if (eachFrame) {
+                offset = QPoint(int(std::lround((sources.at(k).left() - all.left()) * options.scaleWidth / 100.0)),
+                                int(std::lround((sources.at(k).top() - all.top()) * options.scaleHeight / 100.0)));
+            }
+            placed.append(QRect(offset, images.at(k).size()));
+            // Rounding never leaves a frame sticking out of the shared box.
+            sourceSize = sourceSize.expandedTo(QSize(placed.last().right() + 1, placed.last().bottom() + 1));
         }
         painter.end();
         const QString sheetPath = base + QStringLiteral(".png");
@@ -367,7 +397,8 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         result.files.append(sheetPath);
         const QString jsonPath = base + QStringLiteral(".json");
         const QByteArray json = sheetJson(QFileInfo(sheetPath).fileName(), QFileInfo(base).fileName(),
-                                          cells, sizes, result.frames, sheetSize, options);
+                                          cells, placed, sourceSize, eachFrame, result.frames,
+                                          sheetSize, options);
         if (!ImageFileWriter::writeFile(jsonPath, json, &result.error))
             return result;
         result.files.append(jsonPath);
@@ -375,33 +406,14 @@ ExportResult AnimationExporter::run(MorvaneCanvasScene *scene, const ExportOptio
         return result;
     }
 
-    // GIF frames share one size: frames trimmed one by one sit at the top left
-    // of the largest.
-    QSize canvas;
-    for (const QImage &image : std::as_const(images))
-        canvas = canvas.expandedTo(image.size());
-    QList<int> delays;
-    for (qsizetype i = 0; i < images.size(); ++i) {
-        if (images[i].size() != canvas) {
-            QImage padded(canvas, QImage::Format_ARGB32_Premultiplied);
-            padded.fill(background);
-            QPainter p(&padded);
-            p.setCompositionMode(QPainter::CompositionMode_Source);
-            p.drawImage(0, 0, images[i]);
-            p.end();
-            images[i] = padded;
-        }
-        // Hundredths of a second, truncated.
-        delays.append(result.frames.at(i).duration / 10);
-    }
-    QByteArray gif;
+    QByteArray bytes;
     QString error;
     const QString gifPath = base + QStringLiteral(".gif");
-    if (!GifEncoder::encode(images, delays, options.gif, &gif, &error)) {
+    if (!gif->finish(&bytes, &error)) {
         result.error = gifPath + QStringLiteral(": ") + error;
         return result;
     }
-    if (!ImageFileWriter::writeFile(gifPath, gif, &result.error))
+    if (!ImageFileWriter::writeFile(gifPath, bytes, &result.error))
         return result;
     result.files.append(gifPath);
     result.ok = true;

@@ -48,9 +48,8 @@ struct GifOptions
     /// When valid, semi-transparent pixels are blended over this colour
     /// instead, and only fully transparent ones stay transparent.
     QColor matte;
-    /// One palette for all frames (steady colours, and one pass of the
-    /// library's colour reduction) or one per frame (truer colours, but a
-    /// pass per frame, several times slower).
+    /// One palette for all frames (steady colours, a smaller file) or one per
+    /// frame (truer colours where frames differ much).
     bool sharedPalette = true;
 };
 

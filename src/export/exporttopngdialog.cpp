@@ -6,8 +6,10 @@
 #include "canvas/morvanecanvasscene.h"
 #include "export/animationexporter.h"
 #include "export/doubleprogressdialog.h"
+#include "export/snappingintervalcommand.h"
 #include "model/animation.h"
 #include "model/entity.h"
+#include "model/rigxdata.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -294,6 +296,8 @@ void ExportToPngDialog::buildUi()
     mBatchIntervals =
         new QCheckBox(tr("set animation intervals on export \n(playback and export defaults)"), batch);
     mBatchIntervals->setObjectName(QStringLiteral("batchIntervals"));
+    mBatchIntervals->setToolTip(tr("Makes the export interval the snapping interval of every "
+                                   "animation exported (one step to undo)"));
     batchLayout->addWidget(mBatch, 0, 0);
     batchLayout->addWidget(mBatchHorizontal, 0, 1);
     batchLayout->addWidget(mBatchVertical, 0, 2);
@@ -530,11 +534,8 @@ void ExportToPngDialog::updateState()
     mMatte->setEnabled(mUseMatte->isChecked());
     mBatchHorizontal->setEnabled(mBatch->isChecked() && sheet);
     mBatchVertical->setEnabled(mBatch->isChecked() && sheet);
-    // Writing the intervals into the animations waits for an undoable change
-    // of an animation's interval; the choice is kept meanwhile.
-    mBatchIntervals->setEnabled(false);
-    mBatchIntervals->setToolTip(tr("Not available yet: the animations' intervals cannot be "
-                                   "changed undoably yet."));
+    // Keyframes only has no interval to hand on.
+    mBatchIntervals->setEnabled(mBatch->isChecked() && !keys);
     // The ratio the constrained scale keeps.
     if (mScaleWidth->value() > 0)
         mScaleHeight->setProperty("ratio", mScaleHeight->value() / mScaleWidth->value());
@@ -653,6 +654,7 @@ bool ExportToPngDialog::performExport()
         progress.setProperty("entityText", QString(tr("Exporting Entity") + QLatin1Char(' ') + entity->name()));
         progress.show();
         const int count = entity->animationCount();
+        QList<Animation *> exported;
         for (int i = 0; i < count && ok && !progress.wasCanceled(); ++i) {
             Animation *animation = entity->animation(i);
             mSession->setCurrentAnimation(animation);
@@ -666,7 +668,12 @@ bool ExportToPngDialog::performExport()
                            base + QLatin1Char('_') + animation->name() + QLatin1Char('.') + extension,
                            tr("animation:") + QLatin1Char(' ') + animation->name(), &progress, i,
                            count);
+            if (ok)
+                exported.append(animation);
         }
+        // The animations exported in full take the interval, as one undoable step.
+        if (o.batchSetIntervals && !o.keyframesOnly && !exported.isEmpty())
+            RigxData::pushUndo(mSession->document(), new SetSnappingIntervals(exported, o.interval));
         // Back to the animation the user was on; a cancelled run is no failure.
         Entity *still = mSession->currentEntity();
         for (int i = 0; still && i < still->animationCount(); ++i) {

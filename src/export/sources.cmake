@@ -19,6 +19,10 @@ list(APPEND MORVANE_EDITOR_SOURCES
     export/framerenderer.h
     export/gifencoder.cpp
     export/gifencoder.h
+    export/gifpalette.cpp
+    export/gifpalette.h
     export/imagefilewriter.cpp
     export/imagefilewriter.h
+    export/snappingintervalcommand.cpp
+    export/snappingintervalcommand.h
 )

@@ -8,8 +8,14 @@
 
 #include "canvas/editorsession.h"
 #include "export/exporttopngdialog.h"
+#include "io/projectsaveoptions.h"
+#include "io/xmlprojectwriter.h"
+#include "model/animation.h"
+#include "model/commands/animationcommands.h"
+#include "model/entity.h"
 
 #include <QAbstractSpinBox>
+#include <QBuffer>
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFileInfo>
@@ -20,6 +26,7 @@
 #include <QSettings>
 #include <QSpinBox>
 #include <QTest>
+#include <QUndoStack>
 
 using namespace Morvane;
 using namespace Morvane::Testing;
@@ -35,6 +42,13 @@ void typeInto(QAbstractSpinBox *box, const QString &text)
     QTest::keyClicks(edit, text);
 }
 
+// Clicks a check box on its indicator, as a user does (its middle may lie
+// beyond its text, where a click does nothing).
+void tick(QCheckBox *box)
+{
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(6, box->height() / 2));
+}
+
 template<typename T>
 T *child(QWidget *dialog, const char *name)
 {
@@ -42,6 +56,35 @@ T *child(QWidget *dialog, const char *name)
     if (!w)
         qWarning("no widget %s", name);
     return w;
+}
+
+// The document as it would be saved.
+QByteArray savedBytes(RigxData *document)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    return XmlProjectWriter::write(*document, &buffer, ProjectSaveOptions()) ? buffer.data()
+                                                                               : QByteArray("<not saved>");
+}
+
+// The options as one text per field, to compare whole sets at once.
+QStringList describe(const ExportOptions &o)
+{
+    auto rect = [](const QRectF &r) {
+        return QStringLiteral("%1 %2 %3 %4").arg(r.x()).arg(r.y()).arg(r.width()).arg(r.height());
+    };
+    const WatermarkOptions &w = o.watermark;
+    const GifOptions &g = o.gif;
+    return {exportKindKey(o.kind), QString::number(o.scaleWidth), QString::number(o.scaleHeight),
+            QString::number(o.constrainProportions), trimTypeKey(o.trim), rect(o.customRect),
+            QString::number(o.framesPerRow), QString::number(o.interval),
+            QString::number(o.keyframesOnly), QString::number(o.fillBackground),
+            QString::number(o.premultiplied), QString::number(w.enabled), w.fileName,
+            QString::number(w.opacity), watermarkSizeKey(w.size), QString::number(w.position),
+            QString::number(w.keepAspectRatio), QString::number(g.loopCount),
+            QString::number(int(g.dither)), QString::number(g.alphaThreshold), g.matte.name(),
+            QString::number(g.sharedPalette), QString::number(o.batch),
+            QString::number(o.batchVertical), QString::number(o.batchSetIntervals)};
 }
 
 } // namespace
@@ -59,7 +102,8 @@ private Q_SLOTS:
     void sheetTiles_data();
     void sheetTiles();
     void exportButtonWritesAndRemembers();
-    void batchNamesEachAnimation();
+    void batchExport_data();
+    void batchExport();
     void optionsRoundTripThroughSettings();
 };
 
@@ -202,20 +246,72 @@ void TestExportDialog::exportButtonWritesAndRemembers()
     QCOMPARE(child<QSpinBox>(&again, "interval")->value(), 200);
 }
 
-void TestExportDialog::batchNamesEachAnimation()
+void TestExportDialog::batchExport_data()
 {
+    QTest::addColumn<bool>("setIntervals");
+    QTest::addColumn<bool>("keyframesOnly");
+    QTest::addColumn<QList<int>>("intervals"); // of the two animations afterwards
+    QTest::addColumn<int>("framesEach");
+    // The second animation already snaps to 50 ms; only the first changes.
+    QTest::newRow("intervals set") << true << false << QList<int>{50, 50} << 4;
+    QTest::newRow("intervals kept") << false << false << QList<int>{100, 50} << 4;
+    // Keyframes only has no interval to hand on: the box cannot be ticked.
+    QTest::newRow("keyframes only") << true << true << QList<int>{100, 50} << 1;
+}
+
+void TestExportDialog::batchExport()
+{
+    QFETCH(bool, setIntervals);
+    QFETCH(bool, keyframesOnly);
+    QFETCH(QList<int>, intervals);
+    QFETCH(int, framesEach);
     TinyProject project({{0, QPointF(0, 0)}}, 200);
     QVERIFY(project.ok);
+    Entity *entity = project.document.entity(0);
+    RigxData::pushUndo(&project.document, new CloneAnimationCommand(entity->animation(0)));
+    QCOMPARE(entity->animationCount(), 2);
+    entity->animation(1)->setSnappingInterval(50);
+    QUndoStack stack;
+    project.document.setUndoStack(&stack);
+    const QByteArray before = savedBytes(&project.document);
     EditorSession session(&project.scene);
     ExportToPngDialog dialog(&session);
     dialog.setFileChooser([&](const QString &, const QString &) {
         return project.out(QStringLiteral("hero.png"));
     });
     dialog.show();
-    child<QCheckBox>(&dialog, "batch")->click();
+    tick(child<QCheckBox>(&dialog, "batch"));
+    if (keyframesOnly)
+        tick(child<QCheckBox>(&dialog, "keyframesOnly"));
+    else
+        typeInto(child<QSpinBox>(&dialog, "interval"), QStringLiteral("50"));
+    auto *box = child<QCheckBox>(&dialog, "batchIntervals");
+    if (setIntervals)
+        tick(box);
+    QCOMPARE(box->isChecked(), setIntervals && !keyframesOnly);
     QVERIFY(dialog.performExport());
-    QCOMPARE(dialog.writtenFiles(), (QStringList{project.out(QStringLiteral("hero_move_000.png")),
-                                                 project.out(QStringLiteral("hero_move_001.png"))}));
+
+    QStringList files;
+    for (int a = 0; a < 2; ++a) {
+        for (int k = 0; k < framesEach; ++k)
+            files << project.out(QStringLiteral("hero_%1_%2.png")
+                                     .arg(entity->animation(a)->name())
+                                     .arg(k, 3, 10, QLatin1Char('0')));
+    }
+    QCOMPARE(dialog.writtenFiles(), files);
+    QCOMPARE((QList<int>{entity->animation(0)->snappingInterval(),
+                         entity->animation(1)->snappingInterval()}),
+             intervals);
+    const bool changed = intervals.first() != 100;
+    QCOMPARE(stack.count(), changed ? 1 : 0);
+    if (changed) {
+        const QByteArray after = savedBytes(&project.document);
+        stack.undo();
+        QCOMPARE(savedBytes(&project.document), before);
+        stack.redo();
+        QCOMPARE(savedBytes(&project.document), after);
+    }
+    project.document.setUndoStack(nullptr);
 }
 
 void TestExportDialog::optionsRoundTripThroughSettings()
@@ -237,7 +333,7 @@ void TestExportDialog::optionsRoundTripThroughSettings()
     o.gif.dither = GifDither::Ordered;
     o.gif.alphaThreshold = 10;
     o.gif.matte = QColor(1, 2, 3);
-    o.gif.sharedPalette = true;
+    o.gif.sharedPalette = false;
     o.batch = true;
     o.batchVertical = true;
     o.batchSetIntervals = true;
@@ -248,26 +344,8 @@ void TestExportDialog::optionsRoundTripThroughSettings()
     QSettings settings;
     ExportOptions back;
     back.load(settings);
-    QCOMPARE(int(back.kind), int(o.kind));
-    QCOMPARE(back.scaleWidth, o.scaleWidth);
-    QCOMPARE(back.scaleHeight, o.scaleHeight);
-    QCOMPARE(back.constrainProportions, false);
-    QCOMPARE(int(back.trim), int(o.trim));
-    QCOMPARE(back.customRect, o.customRect);
-    QCOMPARE(back.framesPerRow, 4);
-    QCOMPARE(back.interval, 42);
-    QVERIFY(back.keyframesOnly && back.fillBackground && back.premultiplied);
-    QVERIFY(back.watermark.enabled);
-    QCOMPARE(back.watermark.fileName, o.watermark.fileName);
-    QCOMPARE(back.watermark.opacity, 40);
-    QCOMPARE(int(back.watermark.size), int(WatermarkSize::ShrinkOrExpand));
-    QCOMPARE(back.watermark.position, 3);
-    QVERIFY(!back.watermark.keepAspectRatio);
-    QCOMPARE(back.gif.loopCount, 5);
-    QCOMPARE(int(back.gif.dither), int(GifDither::Ordered));
-    QCOMPARE(back.gif.alphaThreshold, 10);
-    QCOMPARE(back.gif.matte, QColor(1, 2, 3));
-    QVERIFY(back.gif.sharedPalette && back.batch && back.batchVertical && back.batchSetIntervals);
+    // Every option differs from its default above, so none comes back by chance.
+    QCOMPARE(describe(back), describe(o));
     QCOMPARE(settings.value(QStringLiteral("png export watermark size")).toString(),
              QStringLiteral("shrink or expand"));
     QCOMPARE(settings.value(QStringLiteral("png export file type")).toString(),

@@ -92,24 +92,20 @@ void TestExportRun::frameTimes()
 void TestExportRun::numberedFiles_data()
 {
     QTest::addColumn<QString>("output");
-    QTest::addColumn<QStringList>("files");
-    QTest::newRow("walk.png") << QStringLiteral("walk.png")
-                              << QStringList{QStringLiteral("walk_000.png"), QStringLiteral("walk_001.png"),
-                                             QStringLiteral("walk_002.png"), QStringLiteral("walk_003.png"),
-                                             QStringLiteral("walk_004.png"), QStringLiteral("walk_005.png"),
-                                             QStringLiteral("walk_006.png"), QStringLiteral("walk_007.png")};
-    QTest::newRow("only the last suffix goes")
-        << QStringLiteral("walk.v2.png")
-        << QStringList{QStringLiteral("walk.v2_000.png"), QStringLiteral("walk.v2_001.png"),
-                       QStringLiteral("walk.v2_002.png"), QStringLiteral("walk.v2_003.png"),
-                       QStringLiteral("walk.v2_004.png"), QStringLiteral("walk.v2_005.png"),
-                       QStringLiteral("walk.v2_006.png"), QStringLiteral("walk.v2_007.png")};
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("last");
+    QTest::newRow("walk.png") << QStringLiteral("walk.png") << QStringLiteral("walk_000.png")
+                              << QStringLiteral("walk_007.png");
+    QTest::newRow("only the last suffix goes") << QStringLiteral("walk.v2.png")
+                                               << QStringLiteral("walk.v2_000.png")
+                                               << QStringLiteral("walk.v2_007.png");
 }
 
 void TestExportRun::numberedFiles()
 {
     QFETCH(QString, output);
-    QFETCH(QStringList, files);
+    QFETCH(QString, first);
+    QFETCH(QString, last);
     // Moving 5 units right every 100 ms.
     TinyProject project({{0, QPointF(0, 0)}, {800, QPointF(40, 0)}});
     QVERIFY(project.ok);
@@ -118,9 +114,10 @@ void TestExportRun::numberedFiles()
     options.customRect = QRectF(0, 0, 50, 10);
     const ExportResult result = AnimationExporter::run(&project.scene, options, project.out(output));
     QVERIFY2(result.ok, qPrintable(result.error));
-    QCOMPARE(result.files.size(), files.size());
-    for (qsizetype i = 0; i < files.size(); ++i) {
-        QCOMPARE(result.files[i], project.out(files[i]));
+    QCOMPARE(result.files.size(), 8);
+    QCOMPARE(result.files.first(), project.out(first));
+    QCOMPARE(result.files.last(), project.out(last));
+    for (qsizetype i = 0; i < result.files.size(); ++i) {
         // Frame i shows the sprite 5 × i to the right.
         const QImage image(result.files[i]);
         QCOMPARE(image.size(), QSize(50, 10));
@@ -128,7 +125,7 @@ void TestExportRun::numberedFiles()
         const QStringList wrong = wrongPixels(image, [&](int x, int y) {
             return red.contains(x, y) ? qRgb(255, 0, 0) : qRgba(0, 0, 0, 0);
         });
-        QVERIFY2(wrong.isEmpty(), qPrintable(files[i] + QLatin1Char(' ') + wrong.join(u';')));
+        QVERIFY2(wrong.isEmpty(), qPrintable(result.files[i] + QLatin1Char(' ') + wrong.join(u';')));
     }
 }
 
@@ -136,9 +133,18 @@ void TestExportRun::trimToEachFrame_data()
 {
     QTest::addColumn<double>("scale");
     QTest::addColumn<QSize>("size");
-    QTest::newRow("100 %") << 100.0 << QSize(10, 10);
-    QTest::newRow("200 %") << 200.0 << QSize(20, 20);
-    QTest::newRow("30 %") << 30.0 << QSize(3, 3);
+    // On a sheet: each frame's place in the box of all frames, and that box.
+    QTest::addColumn<QList<QPoint>>("offsets");
+    QTest::addColumn<QSize>("box");
+    // The sprite's top left at (-7, 12), (3, 4), (13, -4), (23, -12): a box of
+    // 40 × 34 from (-7, -12).
+    QTest::newRow("100 %") << 100.0 << QSize(10, 10)
+                           << QList<QPoint>{{0, 24}, {10, 16}, {20, 8}, {30, 0}} << QSize(40, 34);
+    QTest::newRow("200 %") << 200.0 << QSize(20, 20)
+                           << QList<QPoint>{{0, 48}, {20, 32}, {40, 16}, {60, 0}} << QSize(80, 68);
+    // 7.2, 4.8 and 2.4 round; 12 × 10.2 holds the last frame.
+    QTest::newRow("30 %") << 30.0 << QSize(3, 3)
+                          << QList<QPoint>{{0, 7}, {3, 5}, {6, 2}, {9, 0}} << QSize(12, 10);
 }
 
 void TestExportRun::trimToEachFrame()
@@ -160,6 +166,31 @@ void TestExportRun::trimToEachFrame()
         const QImage image(file);
         QCOMPARE(image.size(), size);
         QCOMPARE(image.pixel(size.width() / 2, size.height() / 2), qRgb(255, 0, 0));
+    }
+
+    QFETCH(QList<QPoint>, offsets);
+    QFETCH(QSize, box);
+    options.kind = ExportKind::SpriteSheet;
+    const ExportResult sheet = AnimationExporter::run(&project.scene, options, project.out(QStringLiteral("s.png")));
+    QVERIFY2(sheet.ok, qPrintable(sheet.error));
+    QFile file(sheet.files.value(1));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QJsonObject frames = QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("frames")).toObject();
+    QCOMPARE(frames.size(), offsets.size());
+    JsonSpriteSheet atlas(sheet.files.value(1));
+    for (qsizetype k = 0; k < offsets.size(); ++k) {
+        const QString name = QStringLiteral("s_00%1.png").arg(k);
+        const QJsonObject frame = frames.value(name).toObject();
+        QVERIFY(frame.value(QStringLiteral("trimmed")).toBool());
+        const QJsonObject placed = frame.value(QStringLiteral("spriteSourceSize")).toObject();
+        QCOMPARE(QPoint(placed.value(QStringLiteral("x")).toInt(), placed.value(QStringLiteral("y")).toInt()),
+                 offsets[k]);
+        const QJsonObject source = frame.value(QStringLiteral("sourceSize")).toObject();
+        QCOMPARE(QSize(source.value(QStringLiteral("w")).toInt(), source.value(QStringLiteral("h")).toInt()), box);
+        // The atlas reader puts the frame back in its place.
+        const QImage back = atlas.pixmapFromFileName(name);
+        QCOMPARE(back.size(), box);
+        QCOMPARE(back.pixel(offsets[k] + QPoint(size.width() / 2, size.height() / 2)), qRgb(255, 0, 0));
     }
 }
 

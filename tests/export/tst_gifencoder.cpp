@@ -95,6 +95,9 @@ private Q_SLOTS:
     void framePixels();
     void quantizedFrames_data();
     void quantizedFrames();
+    void smallerFramesArePadded_data();
+    void smallerFramesArePadded();
+    void framesTooFarApart();
 };
 
 void TestGifEncoder::flattenAlpha_data()
@@ -142,6 +145,8 @@ void TestGifEncoder::delaysAndLoops_data()
     QTest::addColumn<int>("repeats");
     QTest::newRow("100 ms") << 100 << false << 0 << QList<int>(8, 10) << 0;
     QTest::newRow("33 ms") << 33 << false << 0 << QList<int>(24, 3) << 0;
+    QTest::newRow("16 ms plays at the fastest a viewer shows") << 16 << false << 0
+                                                              << QList<int>(50, 2) << 0;
     QTest::newRow("twice") << 200 << false << 2 << QList<int>(4, 20) << 1;
     QTest::newRow("once") << 200 << false << 1 << QList<int>(4, 20) << -1;
     // Keys at 0, 300 and 500 of 800: the last lasts until the end.
@@ -234,14 +239,18 @@ void TestGifEncoder::quantizedFrames()
 {
     QFETCH(int, dither);
     QFETCH(bool, shared);
-    // 1,024 colours in a 32 × 32 gradient, and a clear column on the left:
-    // more than a palette holds, so the colours are reduced.
+    // Hundreds of colours in a 32 × 24 gradient, a flat area of one colour
+    // below, and a clear column on the left: more than a palette holds, so
+    // the colours are reduced.
+    const QRgb flat = qRgb(100, 150, 200);
     QList<QImage> frames;
     for (int f = 0; f < 2; ++f) {
         QImage image(32, 32, QImage::Format_ARGB32);
         for (int y = 0; y < 32; ++y) {
             for (int x = 0; x < 32; ++x)
-                image.setPixel(x, y, x == 0 ? qRgba(0, 0, 0, 0) : qRgb(x * 8, y * 8, (f * 128 + x * y) % 256));
+                image.setPixel(x, y, x == 0 ? qRgba(0, 0, 0, 0)
+                                     : y >= 24 ? flat
+                                               : qRgb(x * 8, y * 8, (f * 128 + x * y) % 256));
         }
         frames.append(image);
     }
@@ -268,9 +277,73 @@ void TestGifEncoder::quantizedFrames()
             }
         }
         QVERIFY(colours.size() <= 256);
+        // The flat area stays flat: no pattern, no noise.
+        QSet<QRgb> flatColours;
+        for (int y = 26; y < 32; ++y) {
+            for (int x = 1; x < 32; ++x)
+                flatColours.insert(back[f].pixel(x, y));
+        }
+        QCOMPARE(flatColours.size(), 1);
         // Close on average: a colour step of a reduced palette, not a wrong image.
         QVERIFY2(error / (31 * 32 * 3) < 24, qPrintable(QString::number(error / (31 * 32 * 3))));
     }
+}
+
+void TestGifEncoder::smallerFramesArePadded_data()
+{
+    QTest::addColumn<bool>("shared");
+    QTest::addColumn<QColor>("padding");
+    QTest::addColumn<QPoint>("at"); // the small frame's place against the large one's (5, 5)
+    QTest::newRow("shared palette, filled") << true << QColor(0, 255, 0) << QPoint(5, 5);
+    QTest::newRow("own palettes, filled") << false << QColor(0, 255, 0) << QPoint(7, 7);
+    QTest::newRow("shared palette, transparent") << true << QColor() << QPoint(7, 5);
+    QTest::newRow("own palettes, transparent") << false << QColor() << QPoint(5, 7);
+}
+
+void TestGifEncoder::smallerFramesArePadded()
+{
+    QFETCH(bool, shared);
+    QFETCH(QColor, padding);
+    QFETCH(QPoint, at);
+    // Frames trimmed one by one: a 4 × 3 red one with a clear corner, then a
+    // 2 × 1 blue one in its place inside the first's box.
+    QImage large(4, 3, QImage::Format_ARGB32);
+    large.fill(Qt::red);
+    large.setPixel(3, 2, qRgba(0, 0, 0, 0));
+    QImage small(2, 1, QImage::Format_ARGB32_Premultiplied);
+    small.fill(Qt::blue);
+    GifOptions options;
+    options.sharedPalette = shared;
+    GifEncoder encoder(options, padding);
+    encoder.addFrame(large, 10, QPoint(5, 5));
+    encoder.addFrame(small, 10, at);
+    QByteArray gif;
+    QString error;
+    QVERIFY2(encoder.finish(&gif, &error), qPrintable(error));
+    const QList<QImage> back = gifFrames(gif);
+    QCOMPARE(back.size(), 2);
+    QCOMPARE(back[1].size(), QSize(4, 3));
+    const QRgb around = padding.isValid() ? padding.rgb() : qRgba(0, 0, 0, 0);
+    QStringList wrong = wrongPixels(back[0], [](int x, int y) {
+        return x == 3 && y == 2 ? qRgba(0, 0, 0, 0) : qRgb(255, 0, 0);
+    });
+    wrong += wrongPixels(back[1], [&](int x, int y) {
+        return QRect(at - QPoint(5, 5), QSize(2, 1)).contains(x, y) ? qRgb(0, 0, 255) : around;
+    });
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u';')));
+}
+
+void TestGifEncoder::framesTooFarApart()
+{
+    QImage frame(2, 2, QImage::Format_ARGB32);
+    frame.fill(Qt::red);
+    GifEncoder encoder((GifOptions()));
+    encoder.addFrame(frame, 10, QPoint(-10000, 0));
+    encoder.addFrame(frame, 10, QPoint(10000, 0));
+    QByteArray gif;
+    QString error;
+    QVERIFY(!encoder.finish(&gif, &error));
+    QVERIFY2(error.contains(QStringLiteral("20002")), qPrintable(error));
 }
 
 QTEST_MAIN(TestGifEncoder)
