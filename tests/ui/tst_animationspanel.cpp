@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "paneltesthelpers.h"
 #include "treepaneltesthelpers.h"
 
 #include "canvas/editorsession.h"
@@ -43,34 +44,10 @@ bool click(Fixture &f, const char *action)
     return clickAction(f.panel->toolBar(), f.panel->action(QLatin1String(action)));
 }
 
-// Types into a spin box as a user does: all of it replaced, then Enter.
-void typeInto(QAbstractSpinBox *box, const QString &text)
-{
-    box->setFocus();
-    QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(box, text);
-    QTest::keyClick(box, Qt::Key_Return);
-}
-
 // Renames the picked item through the tree's editor (F2, type, Enter).
 void renamePicked(Fixture &f, const QString &text)
 {
-    QTreeWidget *tree = f.panel->tree();
-    tree->setFocus();
-    QTest::keyClick(tree, Qt::Key_F2);
-    auto *edit = tree->viewport()->findChild<QLineEdit *>();
-    QVERIFY2(edit, "F2 opened no editor");
-    edit->selectAll();
-    QTest::keyClick(edit, Qt::Key_Backspace);
-    bool control = false;
-    for (const QChar c : text)
-        control = control || c.unicode() < 0x20 || c.unicode() > 0x7e;
-    if (control)
-        edit->insert(text);
-    else
-        QTest::keyClicks(edit, text);
-    QTest::keyClick(edit, Qt::Key_Return);
-    QCoreApplication::processEvents();
+    QVERIFY2(editCurrent(f.panel->tree(), text), "F2 opened no editor");
 }
 
 using PanelEdit = std::function<void(Fixture &)>;
