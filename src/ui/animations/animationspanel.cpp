@@ -97,7 +97,7 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
     addActions({rename, remove});
 
     mTree->setObjectName(QStringLiteral("animationTree"));
-    mTree->setMinimumHeight(120);
+    mTree->setMinimumHeight(80);
     mTree->setHeaderHidden(true);
     mTree->setColumnCount(1);
     mTree->setEditTriggers(QAbstractItemView::EditKeyPressed);

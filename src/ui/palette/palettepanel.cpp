@@ -154,7 +154,7 @@ PalettePanel::PalettePanel(EditorSession *session, QWidget *parent)
         &PalettePanel::attemptMissingImageResolution);
 
     mTree->setObjectName(QStringLiteral("paletteTree"));
-    mTree->setMinimumHeight(160);
+    mTree->setMinimumHeight(120);
     mTree->setHeaderHidden(true);
     mTree->setIconSize(QSize(ThumbnailLoader::Side, ThumbnailLoader::Side));
     mTree->setUniformRowHeights(true);
