@@ -29,8 +29,9 @@ template <typename Panel> struct Workbench
     {
         editor.resize(700, 500);
         editor.setDocument(&hero.document);
+        editor.show();
         panel = new Panel(editor.session());
-        panel->resize(360, 520);
+        panel->resize(360, 560);
         panel->show();
         panel->activateWindow();
         if (!QTest::qWaitForWindowActive(panel))

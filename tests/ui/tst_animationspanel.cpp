@@ -101,12 +101,12 @@ void TestAnimationsPanel::edits_data()
     });
     QTest::newRow("delete animation") << PanelEdit([](Fixture &f) {
         pick(f, 0, 0);
-        answerQuestion(f.panel.get(), QMessageBox::Yes);
+        answerQuestion(f.panel, QMessageBox::Yes);
         QVERIFY(click(f, "actionDelete"));
     }) << ModelEdit([](RigxData &d) { d.entity(0)->deleteAnimation(0); });
     QTest::newRow("delete entity by key") << PanelEdit([](Fixture &f) {
         pick(f, 1);
-        answerQuestion(f.panel.get(), QMessageBox::Yes);
+        answerQuestion(f.panel, QMessageBox::Yes);
         QTest::keyClick(f.panel->tree(), Qt::Key_Delete);
     }) << ModelEdit([](RigxData &d) { d.deleteEntity(1); });
     QTest::newRow("length") << PanelEdit([](Fixture &f) {
@@ -252,7 +252,7 @@ void TestAnimationsPanel::deleteAsksFirst()
     const int animations = f.hero.document.entity(entity)->animationCount();
     pick(f, entity, animation);
     bool asked = false;
-    answerQuestion(f.panel.get(), yes ? QMessageBox::Yes : QMessageBox::No, &asked);
+    answerQuestion(f.panel, yes ? QMessageBox::Yes : QMessageBox::No, &asked);
     QVERIFY(click(f, "actionDelete"));
     QVERIFY(asked);
     if (!yes) {
@@ -387,7 +387,7 @@ void TestAnimationsPanel::specialClone()
     const QByteArray before = f.hero.savedBytes();
     pick(f, 0, 1);
     bool answered = false;
-    whenModalShown(f.panel.get(), [speed, hold](QWidget *modal) {
+    whenModalShown(f.panel, [speed, hold](QWidget *modal) {
         for (const auto &[name, text] : {std::pair{"speedSpin", speed}, std::pair{"holdSpin", hold}}) {
             auto *box = modal->findChild<QAbstractSpinBox *>(QLatin1String(name));
             QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);

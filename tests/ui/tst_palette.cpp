@@ -242,7 +242,7 @@ void TestPalette::renameImage()
     QVERIFY(keysBefore.count(old) > 0);
     pickImage(f, old);
     bool asked = false;
-    answerText(f.panel.get(), typed, &asked);
+    answerText(f.panel, typed, &asked);
     QVERIFY(trigger(f, "actionRenameImage"));
     QVERIFY(asked);
     const QString dir = projectDir(f) + QLatin1Char('/');
@@ -303,7 +303,7 @@ void TestPalette::replaceImage()
     const QStringList keysBefore = keyFiles(f.hero.document);
     pickImage(f, from);
     bool asked = false;
-    answerItem(f.panel.get(), to, &asked);
+    answerItem(f.panel, to, &asked);
     QVERIFY(trigger(f, "actionReplaceImage"));
     QVERIFY(asked);
     QCOMPARE(f.hero.stack.count(), 1);
