@@ -66,7 +66,7 @@ private Q_SLOTS:
     void rename();
     void deleteAsksFirst_data();
     void deleteAsksFirst();
-    void doubleClickShows();
+    void clickShows();
     void subEntity();
     void followsUndo();
     void specialClone_data();
@@ -274,28 +274,28 @@ void TestAnimationsPanel::deleteAsksFirst()
                  f.hero.document.entity(entity)->animationCount());
 }
 
-void TestAnimationsPanel::doubleClickShows()
+// A click shows the animation in the canvas; the fields below the list are
+// always those of the shown animation, also when an entity is picked.
+void TestAnimationsPanel::clickShows()
 {
     Fixture f;
     QVERIFY(f.hero.ok);
     EditorSession *session = f.editor.session();
+    auto *length = f.panel->findChild<QSpinBox *>(QStringLiteral("lengthSpin"));
     for (const auto &[entity, animation] : {std::pair{0, 1}, std::pair{1, 0}, std::pair{0, 0}}) {
-        QTreeWidgetItem *item = treeItem(f.panel->tree(), entity, animation);
-        const QPoint at = f.panel->tree()->visualItemRect(item).center();
-        // A double-click as the system sends it: a click, then the second press
-        // arriving as a double-click.
-        QTest::mouseClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-        QTest::mouseDClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-        QVERIFY(session->currentAnimation());
-        QCOMPARE(session->currentAnimation(), f.hero.document.entity(entity)->animation(animation));
+        pick(f, entity, animation);
+        Animation *shown = f.hero.document.entity(entity)->animation(animation);
+        QCOMPARE(session->currentAnimation(), shown);
+        QCOMPARE(length->value(), shown->length());
         // The shown animation is the bold one.
         QTRY_VERIFY(treeItem(f.panel->tree(), entity, animation)->font(0).bold());
     }
-    // A double-click on an entity shows nothing new.
-    const QPoint at = f.panel->tree()->visualItemRect(treeItem(f.panel->tree(), 1)).center();
-    QTest::mouseClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-    QTest::mouseDClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    pick(f, 1);
     QCOMPARE(session->currentAnimation(), f.hero.document.entity(0)->animation(0));
+    QCOMPARE(length->value(), f.hero.document.entity(0)->animation(0)->length());
+    // Another piece showing another animation changes the fields at once.
+    f.editor.setCurrentAnimation(f.hero.animation(QStringLiteral("walk")));
+    QCOMPARE(length->value(), f.hero.animation(QStringLiteral("walk"))->length());
 }
 
 // The lantern becomes a sub-entity object of the hero at the current time,
