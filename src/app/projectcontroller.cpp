@@ -306,9 +306,11 @@ bool ProjectController::save()
 
 bool ProjectController::saveAs()
 {
-    const QString start = filePath().isEmpty()
-                              ? QSettings().value("lastDirectory", QStringLiteral(".")).toString()
-                              : filePath();
+    // A new project is saved into its own folder, where its images are.
+    const QString start = !filePath().isEmpty() ? filePath()
+                          : hasProject()
+                              ? folder()
+                              : QSettings().value("lastDirectory", QStringLiteral(".")).toString();
     QString selectedFilter;
     QString path = QFileDialog::getSaveFileName(
         mWindow, tr("Save Morvane Project"), start,

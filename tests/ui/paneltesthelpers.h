@@ -18,6 +18,7 @@
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QTest>
 
 namespace Morvane::Testing {
@@ -28,8 +29,9 @@ template <typename Panel> struct Workbench
     {
         editor.resize(700, 500);
         editor.setDocument(&hero.document);
+        editor.show();
         panel = new Panel(editor.session());
-        panel->resize(360, 520);
+        panel->resize(360, 560);
         panel->show();
         panel->activateWindow();
         if (!QTest::qWaitForWindowActive(panel))
@@ -73,13 +75,51 @@ template <typename Panel> struct Workbench
     Panel *panel = nullptr;
 };
 
-/// Replaces a spin box's text by typing and commits it with Enter.
-inline void typeInto(QAbstractSpinBox *spin, const QString &text)
+/// Replaces a field's text (a spin box, a line edit) by typing and commits it
+/// with Enter.
+inline void typeInto(QWidget *field, const QString &text)
 {
-    spin->setFocus();
-    QTest::keyClick(spin, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(spin, text);
-    QTest::keyClick(spin, Qt::Key_Return);
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(field, text);
+    QTest::keyClick(field, Qt::Key_Return);
+}
+
+/// Lets queued reactions to a gesture run.
+inline void settle()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+}
+
+/// Edits the current item of a list, tree or table as a user does: F2, the
+/// text replaced, Enter. Only printable ASCII is typed; anything else is
+/// inserted. False when no editor opened.
+inline bool editCurrent(QAbstractItemView *view, const QString &text)
+{
+    // A popup closed just before may have taken the window's activation.
+    view->window()->activateWindow();
+    if (!QTest::qWaitForWindowActive(view->window()))
+        return false;
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_F2);
+    QWidget *editor = QApplication::focusWidget();
+    auto *line = qobject_cast<QLineEdit *>(editor);
+    if (!editor || editor == view)
+        return false;
+    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
+    bool control = false;
+    for (const QChar c : text)
+        control = control || c.unicode() < 0x20 || c.unicode() > 0x7e;
+    if (control && line) {
+        line->del();
+        line->insert(text);
+    } else {
+        QTest::keyClicks(editor, text);
+    }
+    QTest::keyClick(editor, Qt::Key_Return);
+    settle();
+    return true;
 }
 
 /// Picks the entry holding `data` the way a user does with the keyboard:
@@ -101,13 +141,6 @@ inline bool pickByKeys(QComboBox *box, const QVariant &data)
         QTest::keyClick(list, Qt::Key_Up);
     QTest::keyClick(list, Qt::Key_Return);
     return box->currentIndex() == target;
-}
-
-/// Lets queued reactions to a gesture run.
-inline void settle()
-{
-    QCoreApplication::processEvents();
-    QCoreApplication::processEvents();
 }
 
 } // namespace Morvane::Testing

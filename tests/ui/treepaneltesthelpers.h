@@ -2,11 +2,10 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #pragma once
 
-// The example project shown in the canvas editor, a panel beside it, and the
-// gestures the panel tests share: clicking toolbar actions and tree items,
+// The gestures the panel tests share: clicking toolbar actions and tree items,
 // answering the modal dialog an action opens.
 
-#include "../canvas/canvastesthelpers.h"
+#include "paneltesthelpers.h"
 
 #include "canvas/canvaseditor.h"
 
@@ -126,29 +125,6 @@ inline void answerItem(QObject *context, const QString &choice, bool *seen = nul
 }
 
 /// The example in a canvas editor on screen, with `Panel` beside it.
-template <typename Panel> struct PanelFixture
-{
-    PanelFixture()
-    {
-        editor.resize(700, 500);
-        editor.setDocument(&hero.document);
-        panel.reset(new Panel(editor.session()));
-        panel->resize(320, 600);
-        panel->show();
-        editor.show();
-        panel->activateWindow();
-        if (!QTest::qWaitForWindowActive(panel.get()))
-            qWarning("the panel did not become active");
-    }
-    ~PanelFixture()
-    {
-        panel.reset();
-        editor.setDocument(nullptr);
-    }
-
-    HeroProject hero;
-    CanvasEditor editor;
-    std::unique_ptr<Panel> panel;
-};
+template <typename Panel> using PanelFixture = Workbench<Panel>;
 
 } // namespace Morvane::Testing

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 The Morvane developers
+#include "paneltesthelpers.h"
 #include "treepaneltesthelpers.h"
 
 #include "canvas/editorsession.h"
@@ -43,34 +44,10 @@ bool click(Fixture &f, const char *action)
     return clickAction(f.panel->toolBar(), f.panel->action(QLatin1String(action)));
 }
 
-// Types into a spin box as a user does: all of it replaced, then Enter.
-void typeInto(QAbstractSpinBox *box, const QString &text)
-{
-    box->setFocus();
-    QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(box, text);
-    QTest::keyClick(box, Qt::Key_Return);
-}
-
 // Renames the picked item through the tree's editor (F2, type, Enter).
 void renamePicked(Fixture &f, const QString &text)
 {
-    QTreeWidget *tree = f.panel->tree();
-    tree->setFocus();
-    QTest::keyClick(tree, Qt::Key_F2);
-    auto *edit = tree->viewport()->findChild<QLineEdit *>();
-    QVERIFY2(edit, "F2 opened no editor");
-    edit->selectAll();
-    QTest::keyClick(edit, Qt::Key_Backspace);
-    bool control = false;
-    for (const QChar c : text)
-        control = control || c.unicode() < 0x20 || c.unicode() > 0x7e;
-    if (control)
-        edit->insert(text);
-    else
-        QTest::keyClicks(edit, text);
-    QTest::keyClick(edit, Qt::Key_Return);
-    QCoreApplication::processEvents();
+    QVERIFY2(editCurrent(f.panel->tree(), text), "F2 opened no editor");
 }
 
 using PanelEdit = std::function<void(Fixture &)>;
@@ -89,7 +66,7 @@ private Q_SLOTS:
     void rename();
     void deleteAsksFirst_data();
     void deleteAsksFirst();
-    void doubleClickShows();
+    void clickShows();
     void subEntity();
     void followsUndo();
     void specialClone_data();
@@ -124,12 +101,12 @@ void TestAnimationsPanel::edits_data()
     });
     QTest::newRow("delete animation") << PanelEdit([](Fixture &f) {
         pick(f, 0, 0);
-        answerQuestion(f.panel.get(), QMessageBox::Yes);
+        answerQuestion(f.panel, QMessageBox::Yes);
         QVERIFY(click(f, "actionDelete"));
     }) << ModelEdit([](RigxData &d) { d.entity(0)->deleteAnimation(0); });
     QTest::newRow("delete entity by key") << PanelEdit([](Fixture &f) {
         pick(f, 1);
-        answerQuestion(f.panel.get(), QMessageBox::Yes);
+        answerQuestion(f.panel, QMessageBox::Yes);
         QTest::keyClick(f.panel->tree(), Qt::Key_Delete);
     }) << ModelEdit([](RigxData &d) {
         // The hero's sub-entity keys showed the lantern: they are left naming nothing.
@@ -285,7 +262,7 @@ void TestAnimationsPanel::deleteAsksFirst()
     const int animations = f.hero.document.entity(entity)->animationCount();
     pick(f, entity, animation);
     bool asked = false;
-    answerQuestion(f.panel.get(), yes ? QMessageBox::Yes : QMessageBox::No, &asked);
+    answerQuestion(f.panel, yes ? QMessageBox::Yes : QMessageBox::No, &asked);
     QVERIFY(click(f, "actionDelete"));
     QVERIFY(asked);
     if (!yes) {
@@ -307,28 +284,28 @@ void TestAnimationsPanel::deleteAsksFirst()
                  f.hero.document.entity(entity)->animationCount());
 }
 
-void TestAnimationsPanel::doubleClickShows()
+// A click shows the animation in the canvas; the fields below the list are
+// always those of the shown animation, also when an entity is picked.
+void TestAnimationsPanel::clickShows()
 {
     Fixture f;
     QVERIFY(f.hero.ok);
     EditorSession *session = f.editor.session();
+    auto *length = f.panel->findChild<QSpinBox *>(QStringLiteral("lengthSpin"));
     for (const auto &[entity, animation] : {std::pair{0, 1}, std::pair{1, 0}, std::pair{0, 0}}) {
-        QTreeWidgetItem *item = treeItem(f.panel->tree(), entity, animation);
-        const QPoint at = f.panel->tree()->visualItemRect(item).center();
-        // A double-click as the system sends it: a click, then the second press
-        // arriving as a double-click.
-        QTest::mouseClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-        QTest::mouseDClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-        QVERIFY(session->currentAnimation());
-        QCOMPARE(session->currentAnimation(), f.hero.document.entity(entity)->animation(animation));
+        pick(f, entity, animation);
+        Animation *shown = f.hero.document.entity(entity)->animation(animation);
+        QCOMPARE(session->currentAnimation(), shown);
+        QCOMPARE(length->value(), shown->length());
         // The shown animation is the bold one.
         QTRY_VERIFY(treeItem(f.panel->tree(), entity, animation)->font(0).bold());
     }
-    // A double-click on an entity shows nothing new.
-    const QPoint at = f.panel->tree()->visualItemRect(treeItem(f.panel->tree(), 1)).center();
-    QTest::mouseClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-    QTest::mouseDClick(f.panel->tree()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    pick(f, 1);
     QCOMPARE(session->currentAnimation(), f.hero.document.entity(0)->animation(0));
+    QCOMPARE(length->value(), f.hero.document.entity(0)->animation(0)->length());
+    // Another piece showing another animation changes the fields at once.
+    f.editor.setCurrentAnimation(f.hero.animation(QStringLiteral("walk")));
+    QCOMPARE(length->value(), f.hero.animation(QStringLiteral("walk"))->length());
 }
 
 // The lantern becomes a sub-entity object of the hero at the current time,
@@ -420,7 +397,7 @@ void TestAnimationsPanel::specialClone()
     const QByteArray before = f.hero.savedBytes();
     pick(f, 0, 1);
     bool answered = false;
-    whenModalShown(f.panel.get(), [speed, hold](QWidget *modal) {
+    whenModalShown(f.panel, [speed, hold](QWidget *modal) {
         for (const auto &[name, text] : {std::pair{"speedSpin", speed}, std::pair{"holdSpin", hold}}) {
             auto *box = modal->findChild<QAbstractSpinBox *>(QLatin1String(name));
             QTest::keyClick(box, Qt::Key_A, Qt::ControlModifier);

@@ -7,8 +7,11 @@
 #include "model/folder.h"
 #include "ui/charmaps/charmapspanel.h"
 
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTreeWidget>
+#include <QUrl>
 
 using namespace Morvane;
 using namespace Morvane::Testing;
@@ -62,6 +65,19 @@ QString newMap(Bench &b, const QString &source, const QString &target)
     QTest::mouseClick(b.panel->button(QStringLiteral("addInstruction")), Qt::LeftButton);
     settle();
     return b.panel->currentMapName();
+}
+
+/// An image of the project folder dropped on the swaps list, as the palette
+/// drags it.
+void dropImage(Bench &b, const QString &name, const QPoint &at)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(b.hero.dir.path() + QStringLiteral("/hero/") + name)});
+    QWidget *target = b.panel->instructionList()->viewport();
+    QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &enter);
+    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &drop);
 }
 
 /// What the canvas shows for the head sprite: its file's name, "" when hidden.
@@ -159,6 +175,8 @@ void TestCharMapsPanel::editsAreUndoable_data()
     QTest::newRow("add a swap") << "add" << 1 << 3;
     QTest::newRow("replace a swap's target") << "replace" << 1 << 2;
     QTest::newRow("retarget in the list") << "retarget" << 1 << 2;
+    QTest::newRow("image dropped on a swap") << "drop" << 1 << 2;
+    QTest::newRow("image dropped below the swaps") << "drop below" << 1 << 3;
     QTest::newRow("remove a swap") << "remove" << 1 << 1;
 }
 
@@ -185,6 +203,13 @@ void TestCharMapsPanel::editsAreUndoable()
         auto *box = qobject_cast<QComboBox *>(p->instructionList()->itemWidget(row, 1));
         QVERIFY(box);
         QVERIFY(pickByKeys(box, entity->document()->folder(2)->file(1)->address().toVariant()));
+    } else if (edit == QLatin1String("drop")) {
+        QTreeWidget *list = p->instructionList();
+        dropImage(b, QStringLiteral("props/flame.png"),
+                  list->visualItemRect(list->topLevelItem(1)).center());
+    } else if (edit == QLatin1String("drop below")) {
+        pickFile(p->targetBox(), QStringLiteral("(hidden)"));
+        dropImage(b, kLantern, p->instructionList()->viewport()->rect().bottomLeft() + QPoint(5, -5));
     } else if (edit == QLatin1String("remove")) {
         p->instructionList()->setCurrentItem(p->instructionList()->topLevelItem(0));
         QTest::mouseClick(p->button(QStringLiteral("removeInstruction")), Qt::LeftButton);
@@ -196,7 +221,10 @@ void TestCharMapsPanel::editsAreUndoable()
     QCOMPARE(p->instructionList()->topLevelItemCount(), instructions);
     if (edit == QLatin1String("replace")) {
         QVERIFY(entity->charMap(0)->instruction(0)->hidesImage());
-    } else if (edit == QLatin1String("retarget")) {
+    } else if (edit == QLatin1String("drop below")) {
+        QCOMPARE(entity->charMap(0)->instruction(2)->source.file()->name(), kLantern);
+        QVERIFY(entity->charMap(0)->instruction(2)->hidesImage());
+    } else if (edit == QLatin1String("retarget") || edit == QLatin1String("drop")) {
         QCOMPARE(entity->charMap(0)->instruction(1)->target.file()->name(),
                  QStringLiteral("props/flame.png"));
     }
@@ -216,17 +244,9 @@ void TestCharMapsPanel::renameInPlace()
     QTest::mouseClick(b.panel->button(QStringLiteral("newMap")), Qt::LeftButton);
     settle();
     const QString created = b.panel->currentMapName();
-    QTreeWidget *list = b.panel->mapList();
-    list->setFocus();
-    list->setCurrentItem(mapItem(b, created));
-    QTest::keyClick(list, Qt::Key_F2);
-    QWidget *editor = QApplication::focusWidget();
-    QVERIFY(editor && editor != list);
-    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
+    b.panel->mapList()->setCurrentItem(mapItem(b, created));
     // Another map's name is made unique.
-    QTest::keyClicks(editor, QStringLiteral("knight"));
-    QTest::keyClick(editor, Qt::Key_Return);
-    settle();
+    QVERIFY(editCurrent(b.panel->mapList(), QStringLiteral("knight")));
     QCOMPARE(b.hero.stack.count(), 2);
     QCOMPARE(b.hero.document.entity(0)->charMapNames(),
              (QStringList{QStringLiteral("knight"), QStringLiteral("knight_000")}));

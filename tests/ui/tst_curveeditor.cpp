@@ -165,9 +165,9 @@ void TestCurveEditor::handleDrag()
     QVERIFY(!view->isDragging());
     QCOMPARE(b.hero.stack.count(), 2);
 
-    // A pixel of the square is the tolerance of an unclamped value; the
-    // grab point may lie half a pixel off the handle's centre.
-    const double tolerance = 1.5 / r.width();
+    // A pixel of the plot is the tolerance of an unclamped value; the grab
+    // point may lie half a pixel off the handle's centre.
+    const double tolerance = 1.5 / std::min(r.width(), r.height());
     const int xi = handle == 1 ? 0 : 2;
     for (const Address &address : keys) {
         const TimelineKey *key = Address(address.document(), address.toList()).key();

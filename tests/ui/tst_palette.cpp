@@ -242,7 +242,7 @@ void TestPalette::renameImage()
     QVERIFY(keysBefore.count(old) > 0);
     pickImage(f, old);
     bool asked = false;
-    answerText(f.panel.get(), typed, &asked);
+    answerText(f.panel, typed, &asked);
     QVERIFY(trigger(f, "actionRenameImage"));
     QVERIFY(asked);
     const QString dir = projectDir(f) + QLatin1Char('/');
@@ -303,7 +303,7 @@ void TestPalette::replaceImage()
     const QStringList keysBefore = keyFiles(f.hero.document);
     pickImage(f, from);
     bool asked = false;
-    answerItem(f.panel.get(), to, &asked);
+    answerItem(f.panel, to, &asked);
     QVERIFY(trigger(f, "actionReplaceImage"));
     QVERIFY(asked);
     QCOMPARE(f.hero.stack.count(), 1);
@@ -421,12 +421,15 @@ void TestPalette::pivotByClick_data()
     QTest::addColumn<QString>("image");
     QTest::addColumn<QPointF>("fraction");
     QTest::addColumn<QSize>("panelSize");
+    QTest::addColumn<bool>("newToProject");
 
-    QTest::newRow("head, lower left") << "body/head.png" << QPointF(0.25, 0.75) << QSize(320, 600);
-    QTest::newRow("head, centre") << "body/head.png" << QPointF(0.5, 0.5) << QSize(320, 600);
-    QTest::newRow("upper arm, top, narrow panel") << "body/upper_arm.png" << QPointF(0.5, 0.1) << QSize(180, 500);
-    QTest::newRow("lower leg, corner") << "body/lower_leg.png" << QPointF(0.95, 0.05) << QSize(400, 700);
-    QTest::newRow("flame") << "props/flame.png" << QPointF(0.3, 0.9) << QSize(320, 600);
+    QTest::newRow("head, lower left") << "body/head.png" << QPointF(0.25, 0.75) << QSize(320, 600) << false;
+    QTest::newRow("head, centre") << "body/head.png" << QPointF(0.5, 0.5) << QSize(320, 600) << false;
+    QTest::newRow("upper arm, top, narrow panel") << "body/upper_arm.png" << QPointF(0.5, 0.1) << QSize(180, 500) << false;
+    QTest::newRow("lower leg, corner") << "body/lower_leg.png" << QPointF(0.95, 0.05) << QSize(400, 700) << false;
+    QTest::newRow("flame") << "props/flame.png" << QPointF(0.3, 0.9) << QSize(320, 600) << false;
+    // Before its first use: the click adds it to the project with that pivot.
+    QTest::newRow("image new to the project") << "props/gem.png" << QPointF(0.5, 0.8) << QSize(320, 600) << true;
 }
 
 // A click on the enlarged picture sets the default pivot there; every sprite
@@ -436,25 +439,31 @@ void TestPalette::pivotByClick()
     QFETCH(QString, image);
     QFETCH(QPointF, fraction);
     QFETCH(QSize, panelSize);
+    QFETCH(bool, newToProject);
     Fixture f;
     QVERIFY(f.hero.ok);
+    if (newToProject)
+        QVERIFY(writePng(projectDir(f) + QLatin1Char('/') + image, Qt::green, QSize(30, 40)));
     f.panel->resize(panelSize);
+    f.panel->rebuild();
     QCoreApplication::processEvents();
     File *file = f.hero.document.file(image, false);
-    QVERIFY(file);
-    const QList<QPointF> corners = imageCorners(f.hero.document, file);
-    QVERIFY(!corners.isEmpty());
+    QCOMPARE(!file, newToProject);
+    const QList<QPointF> corners = file ? imageCorners(f.hero.document, file) : QList<QPointF>();
+    QCOMPARE(corners.isEmpty(), newToProject);
     const QByteArray before = f.hero.savedBytes();
     pickImage(f, image);
     PivotPreview *preview = f.panel->preview();
     const QRectF rect = preview->imageRect();
     QVERIFY(!rect.isEmpty());
-    // Enlarged: the picture is bigger than the image, within the limit.
-    QVERIFY(rect.width() >= file->width() || rect.height() >= file->height() * 0.9);
     const QPoint at(qRound(rect.left() + fraction.x() * rect.width()),
                     qRound(rect.top() + fraction.y() * rect.height()));
     QTest::mouseClick(preview, Qt::LeftButton, Qt::NoModifier, at);
     QCOMPARE(f.hero.stack.count(), 1);
+    file = f.hero.document.file(image, false);
+    QVERIFY(file);
+    // Enlarged: the picture is bigger than the image, within the limit.
+    QVERIFY(rect.width() >= file->width() || rect.height() >= file->height() * 0.9);
     const QPointF pivot = file->pivot(false);
     const double tolerance = 1.0 / rect.width() + 0.001;
     QVERIFY2(std::abs(pivot.x() - fraction.x()) <= tolerance, qPrintable(QString::number(pivot.x())));

@@ -54,6 +54,8 @@ private Q_SLOTS:
     void inheritFlags();
     void rename_data();
     void rename();
+    void parent_data();
+    void parent();
     void emptySelectionEditsNothing();
 };
 
@@ -67,7 +69,7 @@ void TestPropertiesPanel::showsSelection()
     QCOMPARE(b.panel->nameEdit()->text(), QStringLiteral("head"));
     QCOMPARE(b.panel->typeLabel()->text(), QStringLiteral("sprite"));
     QVERIFY(b.proxy(QStringLiteral("head"))->parentProxy());
-    QCOMPARE(b.panel->parentLabel()->text(), b.proxy(QStringLiteral("head"))->parentProxy()->name());
+    QCOMPARE(b.panel->parentBox()->currentText(), b.proxy(QStringLiteral("head"))->parentProxy()->name());
     const Field fields[] = {Field::X, Field::Y, Field::Angle, Field::XScale, Field::YScale,
                             Field::PivotX, Field::PivotY, Field::Alpha};
     // Following the time: every field shows the key's value there, and some
@@ -313,6 +315,46 @@ void TestPropertiesPanel::rename()
     for (int i = 0; i < walk->timelineCount(); ++i)
         inWalk |= walk->timeline(i)->name() == expected;
     QVERIFY(inWalk);
+    b.hero.stack.undo();
+    QCOMPARE(b.hero.savedBytes(), original);
+}
+
+void TestPropertiesPanel::parent_data()
+{
+    QTest::addColumn<QString>("object");
+    QTest::addColumn<QString>("bone"); // empty: (none)
+    QTest::addColumn<int>("time");
+    QTest::newRow("sprite to another bone, on a key") << "head" << "spine" << 0;
+    QTest::newRow("sprite between keys") << "torso" << "arm_front_lower" << 350;
+    QTest::newRow("bone to a bone") << "arm_back_upper" << "neck" << 0;
+    QTest::newRow("sprite off its bone") << "head" << "" << 200;
+    QTest::newRow("bone off its bone") << "leg_front_lower" << "" << 0;
+}
+
+// Picking a parent (or none) keeps where the object shows, at the time of the
+// change, in one step; undo gives the file back.
+void TestPropertiesPanel::parent()
+{
+    QFETCH(QString, object);
+    QFETCH(QString, bone);
+    QFETCH(int, time);
+    Bench b;
+    QVERIFY(b.hero.ok);
+    b.show(QStringLiteral("idle"), time);
+    const QByteArray original = b.hero.savedBytes();
+    Entity *entity = b.hero.document.entity(0);
+    Animation *idle = b.session()->currentAnimation();
+    const int index = b.proxy(object)->timelineIndex();
+    const QList<double> pose = worldPose(entity, idle, time).value(index);
+    QVERIFY(b.select({object}));
+    QComboBox *box = b.panel->parentBox();
+    // The object itself and what hangs below it are not offered.
+    QCOMPARE(box->findText(object), -1);
+    QVERIFY(pickByKeys(box, bone.isEmpty() ? -1 : b.proxy(bone)->timelineIndex()));
+    QCOMPARE(b.hero.stack.count(), 1);
+    ObjectGraphicsProxy *parent = b.proxy(object)->parentProxy();
+    QCOMPARE(parent ? parent->name() : QString(), bone);
+    QVERIFY(samePose({{index, pose}}, {{index, worldPose(entity, idle, time).value(index)}}, 1e-6));
     b.hero.stack.undo();
     QCOMPARE(b.hero.savedBytes(), original);
 }

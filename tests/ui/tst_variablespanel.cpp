@@ -21,43 +21,16 @@ using namespace Morvane::Testing;
 
 namespace {
 
-/// Edits a cell the way a user does: F2, replace the text, Enter.
 bool editCell(QTableWidget *table, int row, int column, const QString &text)
 {
-    // A popup closed just before may have taken the window's activation.
-    table->window()->activateWindow();
-    if (!QTest::qWaitForWindowActive(table->window()))
-        return false;
-    table->setFocus();
     table->setCurrentCell(row, column);
-    QTest::keyClick(table, Qt::Key_F2);
-    QWidget *editor = QApplication::focusWidget();
-    if (!editor || editor == table)
-        return false;
-    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(editor, text);
-    QTest::keyClick(editor, Qt::Key_Return);
-    settle();
-    return true;
+    return editCurrent(table, text);
 }
 
 bool editItem(QListWidget *list, int row, const QString &text)
 {
-    // A popup closed just before may have taken the window's activation.
-    list->window()->activateWindow();
-    if (!QTest::qWaitForWindowActive(list->window()))
-        return false;
-    list->setFocus();
     list->setCurrentRow(row);
-    QTest::keyClick(list, Qt::Key_F2);
-    QWidget *editor = QApplication::focusWidget();
-    if (!editor || editor == list)
-        return false;
-    QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClicks(editor, text);
-    QTest::keyClick(editor, Qt::Key_Return);
-    settle();
-    return true;
+    return editCurrent(list, text);
 }
 
 void toggleRow(QListWidget *list, int row)

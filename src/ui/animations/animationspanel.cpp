@@ -21,6 +21,7 @@
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMessageBox>
 #include <QSpinBox>
 #include <QToolBar>
@@ -49,6 +50,8 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
     , mLooping(new QComboBox(this))
     , mLoopTo(new QSpinBox(this))
     , mSnapping(new QSpinBox(this))
+    , mHint(new QLabel(this))
+    , mShown(new QLabel(this))
 {
     mToolBar->setIconSize(QSize(16, 16));
     mToolBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
@@ -94,13 +97,18 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
     addActions({rename, remove});
 
     mTree->setObjectName(QStringLiteral("animationTree"));
-    mTree->setMinimumHeight(120);
+    mTree->setMinimumHeight(80);
     mTree->setHeaderHidden(true);
     mTree->setColumnCount(1);
     mTree->setEditTriggers(QAbstractItemView::EditKeyPressed);
     mTree->setSelectionMode(QAbstractItemView::SingleSelection);
-    connect(mTree, &QTreeWidget::currentItemChanged, this,
-            [this](QTreeWidgetItem *item) { pick(item); });
+    // Picking an animation shows it: the canvas, the timeline and the fields
+    // below always speak of the same animation.
+    connect(mTree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem *item) {
+        if (!mRebuilding)
+            showAnimation(item);
+        pick(item);
+    });
     connect(mTree, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem *item) {
         if (!mRebuilding)
             renameItem(item);
@@ -124,12 +132,26 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
     mSnapping->setRange(1, MaxMilliseconds);
     mSnapping->setSuffix(tr(" ms"));
     mSnapping->setToolTip(tr("Keys moved in the timeline snap to multiples of this interval"));
+    // Each field changes its own setting only, so a field never writes back
+    // a value it showed of another animation.
     for (QSpinBox *box : {mLength, mLoopTo, mSnapping}) {
         box->setKeyboardTracking(false);
-        connect(box, &QSpinBox::valueChanged, this, &AnimationsPanel::settingsEdited);
+        connect(box, &QSpinBox::valueChanged, this, [this, box](int value) {
+            settingsEdited([box, this, value](AnimationSettings &s) {
+                (box == mLength ? s.length : box == mLoopTo ? s.loopTo : s.snappingInterval) = value;
+            });
+        });
     }
-    connect(mLooping, &QComboBox::currentIndexChanged, this, &AnimationsPanel::settingsEdited);
+    connect(mLooping, &QComboBox::currentIndexChanged, this, [this] {
+        const int mode = mLooping->currentData().toInt();
+        settingsEdited([mode](AnimationSettings &s) { s.loopingMode = mode; });
+    });
 
+    mHint->setObjectName(QStringLiteral("hint"));
+    mHint->setWordWrap(true);
+    mHint->setContentsMargins(4, 2, 4, 2);
+    mShown->setObjectName(QStringLiteral("shownLabel"));
+    mShown->setContentsMargins(4, 4, 4, 0);
     auto *form = new QFormLayout;
     form->setContentsMargins(4, 2, 4, 2);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
@@ -141,7 +163,9 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
     layout->addWidget(mToolBar);
+    layout->addWidget(mHint);
     layout->addWidget(mTree, 1);
+    layout->addWidget(mShown);
     layout->addLayout(form);
 
     mRebuildTimer.setSingleShot(true);
@@ -151,6 +175,12 @@ AnimationsPanel::AnimationsPanel(EditorSession *session, QWidget *parent)
         connect(session, &EditorSession::documentChanged, this, &AnimationsPanel::scheduleRebuild);
         connect(session, &EditorSession::documentEdited, this, &AnimationsPanel::scheduleRebuild);
         connect(session, &EditorSession::animationChanged, this, &AnimationsPanel::scheduleRebuild);
+        // The fields speak of the shown animation at once, before the list
+        // catches up.
+        connect(session, &EditorSession::animationChanged, this,
+                &AnimationsPanel::updateSettingsFields);
+        connect(session, &EditorSession::documentEdited, this,
+                &AnimationsPanel::updateSettingsFields);
     }
     rebuild();
 }
@@ -211,7 +241,7 @@ void AnimationsPanel::rebuild()
             item->setData(0, EntityRole, e);
             item->setData(0, AnimationRole, a);
             item->setFlags(item->flags() | Qt::ItemIsEditable);
-            item->setToolTip(0, tr("%1 ms; double-click to show it").arg(animation->length()));
+            item->setToolTip(0, tr("%1 ms; click to show it").arg(animation->length()));
             if (animation == shown) {
                 QFont bold = item->font(0);
                 bold.setBold(true);
@@ -222,13 +252,19 @@ void AnimationsPanel::rebuild()
         }
         entityItem->setExpanded(true);
     }
-    if (!toPick && keepEntity >= 0 && doc && keepEntity < doc->entityCount())
+    if (!toPick && keepEntity >= 0 && keepAnimation < 0 && doc && keepEntity < doc->entityCount())
         toPick = mTree->topLevelItem(keepEntity);
-    // With nothing picked yet, the shown animation is: its fields fill at once.
-    for (QTreeWidgetItemIterator it(mTree); !toPick && *it; ++it) {
-        if ((*it)->font(0).bold())
-            toPick = *it;
+    // Unless an entity is picked, the pick is the shown animation, also when
+    // the canvas or the timeline changed it.
+    if (!toPick || keepAnimation >= 0) {
+        for (QTreeWidgetItemIterator it(mTree); *it; ++it) {
+            if ((*it)->font(0).bold())
+                toPick = *it;
+        }
     }
+    mHint->setVisible(doc && doc->entityCount() == 0 && !doc->projectDirectory().isEmpty());
+    mHint->setText(tr("This project has no entity yet. \"+ Entity\" makes one with an "
+                      "animation to build your character in."));
     mPickedEntity = -1;
     mPickedAnimation = -1;
     if (toPick)
@@ -262,9 +298,19 @@ void AnimationsPanel::updateActions()
                      && mSession->currentAnimation());
 }
 
+Animation *AnimationsPanel::shownAnimation() const
+{
+    return mSession ? mSession->currentAnimation() : nullptr;
+}
+
 void AnimationsPanel::updateSettingsFields()
 {
-    const Animation *animation = pickedAnimationItem();
+    const Animation *animation = shownAnimation();
+    const Entity *entity = mSession ? mSession->currentEntity() : nullptr;
+    mShown->setText(animation && entity ? tr("Shown: <b>%1</b> of %2")
+                                              .arg(animation->name().toHtmlEscaped(),
+                                                   entity->name().toHtmlEscaped())
+                                        : tr("No animation is shown"));
     const bool was = mRebuilding;
     mRebuilding = true;
     for (QWidget *w : {static_cast<QWidget *>(mLength), static_cast<QWidget *>(mLooping),
@@ -288,6 +334,11 @@ void AnimationsPanel::newEntity()
     mPickedAnimation = -1;
     doc->pushUndo(new AppendEntityCommand(doc, uniqueName(QStringLiteral("entity_000"),
                                                            doc->entityNames())));
+    // The new entity's animation is what the user works on next.
+    if (Entity *entity = doc->entity(mPickedEntity); entity && mSession) {
+        mPickedAnimation = 0;
+        mSession->setCurrentAnimation(entity->animation(0));
+    }
     rebuild();
 }
 
@@ -300,7 +351,7 @@ void AnimationsPanel::newAnimation()
         entity->uniqueAnimationName(QStringLiteral("NewAnimation")), true);
     mPickedAnimation = entity->animationCount();
     document()->pushUndo(new InsertAnimationCommand(entity, std::move(animation)));
-    rebuild();
+    showPicked();
 }
 
 void AnimationsPanel::renameItem(QTreeWidgetItem *item)
@@ -361,7 +412,7 @@ void AnimationsPanel::clonePicked()
     copy->setName(entity->uniqueAnimationName(animation->name()));
     mPickedAnimation = mPickedAnimation + 1;
     document()->pushUndo(new InsertAnimationCommand(entity, std::move(copy), mPickedAnimation));
-    rebuild();
+    showPicked();
 }
 
 void AnimationsPanel::specialClonePicked()
@@ -391,7 +442,7 @@ void AnimationsPanel::specialClonePicked()
                              entity->animationNames()));
     mPickedAnimation = mPickedAnimation + 1;
     document()->pushUndo(new InsertAnimationCommand(entity, std::move(copy), mPickedAnimation));
-    rebuild();
+    showPicked();
 }
 
 void AnimationsPanel::addSubEntity()
@@ -419,19 +470,24 @@ void AnimationsPanel::addSubEntity()
     scene->endUndoWithSelection(false, false, false);
 }
 
-void AnimationsPanel::settingsEdited()
+void AnimationsPanel::settingsEdited(const std::function<void(AnimationSettings &)> &change)
 {
-    Animation *animation = pickedAnimationItem();
+    Animation *animation = shownAnimation();
     if (mRebuilding || !animation)
         return;
     AnimationSettings settings = AnimationSettings::of(*animation);
-    settings.length = mLength->value();
-    settings.loopingMode = mLooping->currentData().toInt();
-    settings.loopTo = mLoopTo->value();
-    settings.snappingInterval = mSnapping->value();
+    change(settings);
     if (settings == AnimationSettings::of(*animation))
         return;
     document()->pushUndo(new ChangeAnimationSettings(animation, settings));
+    rebuild();
+}
+
+void AnimationsPanel::showPicked()
+{
+    // A new animation is where the user goes on working.
+    if (Animation *animation = pickedAnimationItem(); animation && mSession)
+        mSession->setCurrentAnimation(animation);
     rebuild();
 }
 
@@ -442,7 +498,7 @@ void AnimationsPanel::showAnimation(QTreeWidgetItem *item)
     Animation *animation = doc && a >= 0
                                ? doc->animationFromNumericIndexes(item->data(0, EntityRole).toInt(), a)
                                : nullptr;
-    if (animation && mSession)
+    if (animation && mSession && animation != mSession->currentAnimation())
         mSession->setCurrentAnimation(animation);
 }
 

@@ -6,8 +6,11 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
+
 class QAction;
 class QComboBox;
+class QLabel;
 class QSpinBox;
 class QToolBar;
 class QTreeWidget;
@@ -16,14 +19,16 @@ class QTreeWidgetItem;
 namespace Morvane {
 
 class Animation;
+struct AnimationSettings;
 class EditorSession;
 class Entity;
 class RigxData;
 
 /// The "Animations" dock: the document's entities with their animations.
 /// Creates, renames (made unique), deletes (after asking), clones entities and
-/// animations, edits the picked animation's length, looping and snapping
-/// interval, shows an animation in the canvas on a double-click and adds
+/// animations. Picking an animation (a click, or the arrow keys) shows it in
+/// the canvas and the timeline; the length, looping and snapping fields are
+/// always the shown animation's, whatever is picked. It also adds
 /// another entity as a sub-entity object of the shown one. Every change is one
 /// undo command; the list holds rows, never model pointers, and is rebuilt
 /// when the document changes.
@@ -59,6 +64,8 @@ private:
     void pick(QTreeWidgetItem *item);
     void updateActions();
     void updateSettingsFields();
+    Animation *shownAnimation() const;
+    void showPicked();
 
     void newEntity();
     void newAnimation();
@@ -67,7 +74,7 @@ private:
     void clonePicked();
     void specialClonePicked();
     void addSubEntity();
-    void settingsEdited();
+    void settingsEdited(const std::function<void(AnimationSettings &)> &change);
     void showAnimation(QTreeWidgetItem *item);
 
     QPointer<EditorSession> mSession;
@@ -77,6 +84,8 @@ private:
     QComboBox *mLooping;
     QSpinBox *mLoopTo;
     QSpinBox *mSnapping;
+    QLabel *mHint;
+    QLabel *mShown;
     int mPickedEntity = -1;
     int mPickedAnimation = -1;
     bool mRebuilding = false;

@@ -13,6 +13,8 @@
 
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -20,6 +22,7 @@
 #include <QScopedValueRollback>
 #include <QSignalBlocker>
 #include <QTreeWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -71,6 +74,12 @@ CharMapsPanel::CharMapsPanel(EditorSession *session, QWidget *parent)
     mInstructions->setHeaderLabels({tr("Image"), tr("Shown as")});
     mInstructions->setRootIsDecorated(false);
     mInstructions->header()->setSectionResizeMode(QHeaderView::Stretch);
+    // Images dragged from the palette: onto a swap, they become what it shows;
+    // below the swaps, the image is swapped for the target picked underneath.
+    mInstructions->viewport()->setAcceptDrops(true);
+    mInstructions->viewport()->installEventFilter(this);
+    mInstructions->setToolTip(tr("Drop an image from the Palette on a swap to show it instead, "
+                                 "or below the swaps to add one"));
 
     mSource = new QComboBox;
     mSource->setObjectName(QStringLiteral("source"));
@@ -251,6 +260,64 @@ void CharMapsPanel::showInstructions()
                 this, [this, row, target] { retarget(row, Address(mSession->document(), target)); },
                 Qt::QueuedConnection);
         });
+    }
+}
+
+Address CharMapsPanel::droppedImage(const QMimeData *data) const
+{
+    RigxData *document = mSession ? mSession->document() : nullptr;
+    if (!document || !data || !data->hasUrls() || data->urls().size() != 1)
+        return Address();
+    const QUrl url = data->urls().constFirst();
+    const File *file = url.isLocalFile() ? document->file(url.toLocalFile()) : nullptr;
+    return file && file->type() == File::Image ? file->address() : Address();
+}
+
+bool CharMapsPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != mInstructions->viewport())
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove: {
+        auto *drag = static_cast<QDropEvent *>(event);
+        // The palette adds an image new to the project when the drag starts,
+        // so what is dragged is known here.
+        if (currentMap() && drag->mimeData()->hasUrls())
+            drag->acceptProposedAction();
+        else
+            drag->ignore();
+        return true;
+    }
+    case QEvent::Drop: {
+        auto *drop = static_cast<QDropEvent *>(event);
+        const Address image = droppedImage(drop->mimeData());
+        const CharacterMap *map = currentMap();
+        if (image.isEmpty() || !map) {
+            drop->ignore();
+            return true;
+        }
+        drop->acceptProposedAction();
+        QTreeWidgetItem *item = mInstructions->itemAt(drop->position().toPoint());
+        const int row = item ? mInstructions->indexOfTopLevelItem(item) : -1;
+        RigxData *document = mSession->document();
+        CharacterMap after = *map;
+        if (const MapInstruction *instruction = map->instruction(row)) {
+            if (instruction->source == image)
+                return true;
+            after.addMap(instruction->source, image);
+        } else {
+            const Address target(document, mTarget->currentData());
+            if (target == image)
+                return true;
+            after.addMap(image, target);
+        }
+        // After the drop has returned: the change rebuilds the list.
+        QMetaObject::invokeMethod(this, [this, after] { push(after); }, Qt::QueuedConnection);
+        return true;
+    }
+    default:
+        return QWidget::eventFilter(watched, event);
     }
 }
 

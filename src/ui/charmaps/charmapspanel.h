@@ -8,6 +8,7 @@
 #include <QWidget>
 
 class QComboBox;
+class QMimeData;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -20,9 +21,10 @@ class Entity;
 
 /// The current entity's character maps: create, rename (edit the name in the
 /// list) and delete maps; per map, the images it swaps and what shows in
-/// their place (another image or nothing). Ticking maps makes them active in
-/// the order they were ticked, later ones winning for the same image, and the
-/// canvas shows the result at once. Map edits are undo steps; which maps are
+/// their place (another image or nothing); an image dragged from the palette
+/// onto a swap is shown instead, and below the swaps it adds one. Ticking maps
+/// makes them active in the order they were ticked, later ones winning for the
+/// same image, and the canvas shows the result at once. Map edits are undo steps; which maps are
 /// active is a view of the entity, as hiding objects is, and is not.
 class CharMapsPanel : public QWidget
 {
@@ -42,7 +44,11 @@ public:
 public Q_SLOTS:
     void refresh();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
+    Address droppedImage(const QMimeData *data) const;
     Entity *entity() const;
     const CharacterMap *currentMap() const;
     void fillFileBox(QComboBox *box, bool withHidden);

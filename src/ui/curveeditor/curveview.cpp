@@ -37,11 +37,14 @@ void CurveView::setCurve(const TweenInfo &curve)
 
 QRectF CurveView::unitRect() const
 {
+    // Time runs wider than the value where there is room: a short dock
+    // still shows a readable curve.
     const double height = (this->height() - 2 * kMargin) / (1.0 + 2 * kOvershoot);
     const double side = std::max(10.0, std::min(width() - 2 * kMargin, height));
-    const double left = (width() - side) / 2.0;
+    const double wide = std::max(side, std::min(width() - 2 * kMargin, 2.5 * side));
+    const double left = (width() - wide) / 2.0;
     const double top = (this->height() - side) / 2.0;
-    return {left, top, side, side};
+    return {left, top, wide, side};
 }
 
 QPointF CurveView::toWidget(double x, double y) const

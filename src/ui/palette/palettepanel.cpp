@@ -40,6 +40,8 @@ namespace {
 constexpr int MaxScanDepth = 8;
 constexpr int MaxScanEntries = 20000;
 constexpr int MaxWatchedFolders = 256;
+// Larger images not yet in the project are previewed scaled down.
+constexpr qint64 PreviewPixels = 1024 * 1024;
 
 // Image files under `root` (project-relative, "/"-separated) and the folders
 // seen, breadth first within bounds; hidden entries and links to folders are
@@ -152,7 +154,7 @@ PalettePanel::PalettePanel(EditorSession *session, QWidget *parent)
         &PalettePanel::attemptMissingImageResolution);
 
     mTree->setObjectName(QStringLiteral("paletteTree"));
-    mTree->setMinimumHeight(160);
+    mTree->setMinimumHeight(120);
     mTree->setHeaderHidden(true);
     mTree->setIconSize(QSize(ThumbnailLoader::Side, ThumbnailLoader::Side));
     mTree->setUniformRowHeights(true);
@@ -500,14 +502,28 @@ void PalettePanel::updatePreview()
                            .arg(pivot.y(), 0, 'g', 3));
         return;
     }
+    RigxData *doc = document();
+    if (kind == PaletteTree::DiskOnlyItem && doc) {
+        // Its pivot can be chosen before the first drag: the click adds the
+        // image to the project with that pivot.
+        QImageReader reader(doc->projectDirectory() + QLatin1Char('/') + pickedName());
+        const QSize size = reader.size();
+        if (size.isValid() && size.width() * qint64(size.height()) > PreviewPixels)
+            reader.setScaledSize(size.scaled(1024, 1024, Qt::KeepAspectRatio));
+        const QImage image = reader.read();
+        if (!image.isNull()) {
+            mPreview->setImage(image, QPointF(0.5, 0.5), true);
+            mInfo->setText(tr("%1 x %2 px, not in the project yet").arg(size.width()).arg(size.height()));
+            return;
+        }
+    }
     mPreview->setImage(QImage(), QPointF(), false);
     mInfo->clear();
     if (kind == PaletteTree::MissingItem)
         mPreview->setHint(tr("This image is missing. Find Missing looks for it under the "
                              "project folder."));
     else if (kind == PaletteTree::DiskOnlyItem || kind == PaletteTree::FrameItem)
-        mPreview->setHint(tr("Not in the project yet. Drag it onto the canvas to use it; then "
-                             "its pivot can be set here."));
+        mPreview->setHint(tr("Not in the project yet. Drag it onto the canvas to use it."));
     else
         mPreview->setHint(document() ? tr("Pick an image to see it here")
                                      : tr("No project is open"));
@@ -644,8 +660,11 @@ void PalettePanel::pivotClicked(const QPointF &pivot)
 {
     RigxData *doc = document();
     File *file = pickedFile();
+    const QTreeWidgetItem *item = mTree->currentItem();
     if (doc && file)
         doc->createUndosForDefaultPivotPoints(file, pivot);
+    else if (doc && item && item->data(0, PaletteTree::KindRole).toInt() == PaletteTree::DiskOnlyItem)
+        doc->pushUndo(new AddFileCommand(doc, pickedName(), pivot));
     updatePreview();
 }
 

@@ -12,7 +12,7 @@ namespace Morvane {
 PivotPreview::PivotPreview(QWidget *parent)
     : QWidget(parent)
 {
-    setMinimumHeight(150);
+    setMinimumHeight(120);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     setCursor(Qt::CrossCursor);
 }

@@ -7,8 +7,11 @@
 #include "canvas/objectgraphicsproxy.h"
 #include "model/animation.h"
 #include "model/commands/keycurvecommands.h"
+#include "model/commands/mainlinekeycommands.h"
 #include "model/commands/objectinfocommands.h"
 #include "model/entity.h"
+#include "model/mainlinekey.h"
+#include "model/objectref.h"
 #include "model/object.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
@@ -132,7 +135,14 @@ PropertiesPanel::PropertiesPanel(EditorSession *session, QWidget *parent)
     mName = new QLineEdit;
     mName->setObjectName(QStringLiteral("nameEdit"));
     mType = new QLabel;
-    mParent = new QLabel;
+    mParent = new QComboBox;
+    mParent->setObjectName(QStringLiteral("parent"));
+    mParent->setToolTip(tr("The bone the selected objects hang from; they stay where they "
+                           "show"));
+    connect(mParent, &QComboBox::activated, this, [this](int index) {
+        if (!mUpdating)
+            applyParent(mParent->itemData(index).toInt());
+    });
     objectForm->addRow(tr("Name"), mName);
     objectForm->addRow(tr("Type"), mType);
     objectForm->addRow(tr("Parent"), mParent);
@@ -241,6 +251,7 @@ void PropertiesPanel::refresh()
         mName->clear();
         mType->clear();
         mParent->clear();
+        mParent->setEnabled(false);
         mKeyBox->setTitle(tr("Key"));
         return;
     }
@@ -253,8 +264,25 @@ void PropertiesPanel::refresh()
     mHeader->setVisible(selection.size() > 1);
     mName->setText(shown->name());
     mType->setText(shown->objectTypeName());
+    // The bones that are not in the selection nor below it.
     const ObjectGraphicsProxy *parentProxy = shown->parentProxy();
-    mParent->setText(parentProxy ? parentProxy->name() : tr("(none)"));
+    mParent->clear();
+    mParent->addItem(tr("(none)"), -1);
+    MorvaneCanvasScene *scene = mSession->scene();
+    for (int t = 0; scene && t < scene->instTimelineProxyCount(); ++t) {
+        const ObjectGraphicsProxy *bone = scene->instTimelineProxyFromIndex(t);
+        if (!bone || !bone->isBone() || !bone->isShownInPose())
+            continue;
+        bool below = false;
+        int guard = 0;
+        for (const ObjectGraphicsProxy *a = bone; a && guard < 256; a = a->parentProxy(), ++guard)
+            below |= selection.contains(const_cast<ObjectGraphicsProxy *>(a));
+        if (!below)
+            mParent->addItem(bone->name(), bone->timelineIndex());
+    }
+    mParent->setCurrentIndex(
+        std::max(0, mParent->findData(parentProxy ? parentProxy->timelineIndex() : -1)));
+    mParent->setEnabled(mParent->count() > 1 || parentProxy);
 
     const TimelineKey key = timeline->keyFromTime(animation->sampleTime(time));
     const bool keyHere = timeline->actualKeyFromTime(time, true, true) != nullptr;
@@ -363,6 +391,46 @@ void PropertiesPanel::applyInherit()
                              mInheritScale->isChecked()};
     auto *command = new ObjectInheritChangeCommand(objects, flags);
     RigxData::pushUndo(mSession->document(), command);
+    refresh();
+}
+
+void PropertiesPanel::applyParent(int boneTimeline)
+{
+    MorvaneCanvasScene *scene = mSession ? mSession->scene() : nullptr;
+    Animation *animation = mSession ? mSession->currentAnimation() : nullptr;
+    const QList<ObjectGraphicsProxy *> selection = editableSelection();
+    if (!scene || !animation || selection.isEmpty())
+        return;
+    const QScopedValueRollback<bool> guard(mUpdating, true);
+    if (boneTimeline >= 0) {
+        // The canvas's own re-parenting, as the B gesture does it.
+        scene->setSelectedProxies(selection);
+        scene->reparentSelection(scene->instTimelineProxyFromIndex(boneTimeline));
+    } else {
+        // Off every bone: the key takes the pose it shows.
+        const int time = mSession->currentTime();
+        scene->startUndoWithSelection(tr("parent removed"));
+        for (ObjectGraphicsProxy *proxy : selection) {
+            if (!proxy->parentProxy())
+                continue;
+            const DisplayInfo world = proxy->displayInfo();
+            scene->createUndoForSprite(proxy);
+            Timeline *timeline = animation->timeline(proxy->timelineIndex());
+            MainlineKey *mainline = animation->mainlineKeyAtExactTime(time);
+            ObjectRef *ref = mainline && timeline ? mainline->refFromTimeline(timeline) : nullptr;
+            if (!ref || !ref->key())
+                continue;
+            DisplayInfo info = ref->key()->info();
+            info.x = world.x;
+            info.y = world.y;
+            info.angle = world.angle;
+            info.xScale = world.xScale;
+            info.yScale = world.yScale;
+            info.alpha = world.alpha;
+            RigxData::pushUndo(mSession->document(), new ChangeParentingCommand(ref, nullptr, info));
+        }
+        scene->endUndoWithSelection(false, false, true);
+    }
     refresh();
 }
 

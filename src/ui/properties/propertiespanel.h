@@ -38,7 +38,9 @@ public:
     QComboBox *curveBox() const { return mCurve; }
     QLineEdit *nameEdit() const { return mName; }
     QLabel *typeLabel() const { return mType; }
-    QLabel *parentLabel() const { return mParent; }
+    /// "(none)" and the bones the selection may hang from; picking one
+    /// re-parents the selection, keeping where it shows.
+    QComboBox *parentBox() const { return mParent; }
     QCheckBox *inheritPosition() const { return mInheritPos; }
     QCheckBox *inheritAngle() const { return mInheritAngle; }
     QCheckBox *inheritScale() const { return mInheritScale; }
@@ -53,12 +55,13 @@ private:
     void applyCurve(int type);
     void applyInherit();
     void rename();
+    void applyParent(int boneTimeline);
 
     QPointer<EditorSession> mSession;
     QLabel *mHeader;
     QLineEdit *mName;
     QLabel *mType;
-    QLabel *mParent;
+    QComboBox *mParent;
     QGroupBox *mKeyBox;
     QHash<int, QDoubleSpinBox *> mSpins;
     QComboBox *mCurve;
