@@ -279,10 +279,9 @@ bool ProjectController::importProject(const QString &path)
 bool ProjectController::saveTo(const QString &path)
 {
     QString error;
-    // Saving tidies the document (empty timelines, unused files).
-    emit documentAboutToChange();
+    // Saving leaves the document's items as they are, so the views keep the shown
+    // animation, time, selection and zoom.
     const bool saved = ProjectFile::save(mDocument.get(), path, saveOptions(), mIoHost.get(), &error);
-    emit documentChanged();
     // An empty error means the user chose not to save there. The io layer's
     // text names the file and the reason; it is shown as it is.
     if (!saved && !error.isEmpty())

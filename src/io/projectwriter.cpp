@@ -168,8 +168,8 @@ bool ProjectWriter::filePosition(const File *file, FilePosition *position) const
 void ProjectWriter::write()
 {
     indexFiles();
-    // Angles are stored back normalised, and bone references reordered, before anything
-    // is written, so that spin and parent ids see the final values.
+    // Angles are stored back normalised before anything is written, so that spins see the
+    // final values.
     mKeyTotal = 0;
     for (int e = 0; e < mDocument.entityCount(); ++e) {
         Entity *entity = mDocument.entity(e);
@@ -183,8 +183,6 @@ void ProjectWriter::write()
                     info.angle = normalizedAngle(info.angle);
                 }
             }
-            for (int m = 0; m < animation->mainlineKeyCount(); ++m)
-                animation->mainlineKey(m)->applyBoneSaveSortIds();
         }
     }
     mKeysDone = 0;
@@ -530,7 +528,9 @@ void ProjectWriter::writeMainlineKey(MainlineKey &key, int index)
     mBoneIds.assign(std::size_t(key.boneRefCount()), -1);
     int boneId = 0;
     RefTarget target;
-    for (int b = 0; b < key.boneRefCount(); ++b) {
+    // Parents before children, without reordering the key: undo commands name its
+    // references by position.
+    for (const int b : key.boneSaveOrder()) {
         const BoneRef *ref = key.boneRef(b);
         if (!refTarget(*ref, &target))
             continue;

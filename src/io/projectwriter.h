@@ -33,10 +33,10 @@ class TweenInfo;
 /// elements, their order, the number forms, the omission rules and the file's coordinate
 /// conventions (y up, counter-clockwise angles, pivot y from the bottom).
 ///
-/// Writing has two intended side effects on the document, both made before anything is
-/// emitted: key angles are normalised into 0..360, and the bone references of every
-/// mainline key are put into depth-first order. Ids are written as positions among what is
-/// written: timelines without keys, and missing images that nothing uses, are left out of
+/// Writing has one intended side effect on the document, made before anything is emitted:
+/// key angles are normalised into 0..360. Bone references are written depth first, parents
+/// before children, without reordering the document's. Ids are written as positions among
+/// what is written: timelines without keys, and missing images that nothing uses, are left out of
 /// the file but stay in the document, where the undo stack's addresses may still need them.
 class ProjectWriter
 {

@@ -303,39 +303,51 @@ Animation *MainlineKey::parentAnimation() const
     return nullptr;
 }
 
-void MainlineKey::applyBoneSaveSortIds()
+std::vector<int> MainlineKey::boneSaveOrder(int *reached) const
 {
-    std::vector<std::unique_ptr<BoneRef>> ordered;
-    ordered.reserve(mBoneRefs.size());
-    std::vector<bool> placed(mBoneRefs.size(), false);
-
-    // Depth first from the roots: a parent always precedes its children.
-    std::vector<size_t> stack;
-    auto visitChildrenOf = [&](const BoneRef *parent) {
-        // Push in reverse so children come out in their stored order.
-        for (size_t i = mBoneRefs.size(); i-- > 0;) {
-            if (!placed[i] && mBoneRefs[i] && mBoneRefs[i]->parentRef() == parent)
+    const int count = boneRefCount();
+    std::vector<int> order;
+    order.reserve(std::size_t(count));
+    std::vector<bool> placed(std::size_t(count), false);
+    std::vector<int> stack;
+    const auto pushChildrenOf = [&](const BoneRef *parent) {
+        // In reverse, so that children come out in their stored order.
+        for (int i = count; i-- > 0;) {
+            if (!placed[std::size_t(i)] && mBoneRefs[std::size_t(i)]->parentRef() == parent)
                 stack.push_back(i);
         }
     };
-    visitChildrenOf(nullptr);
+    pushChildrenOf(nullptr);
     while (!stack.empty()) {
-        const size_t i = stack.back();
+        const int i = stack.back();
         stack.pop_back();
-        if (placed[i])
+        if (placed[std::size_t(i)])
             continue;
-        placed[i] = true;
-        BoneRef *b = mBoneRefs[i].get();
-        visitChildrenOf(b);
-        ordered.push_back(std::move(mBoneRefs[i]));
+        placed[std::size_t(i)] = true;
+        order.push_back(i);
+        pushChildrenOf(mBoneRefs[std::size_t(i)].get());
     }
-    // What no root reaches hangs in a parent cycle or under a foreign parent:
-    // keep it, as a root, so nothing is lost and the written file is sound.
-    for (size_t i = 0; i < mBoneRefs.size(); ++i) {
-        if (!placed[i]) {
-            mBoneRefs[i]->setParentRef(nullptr);
-            ordered.push_back(std::move(mBoneRefs[i]));
-        }
+    if (reached)
+        *reached = int(order.size());
+    for (int i = 0; i < count; ++i) {
+        if (!placed[std::size_t(i)])
+            order.push_back(i);
+    }
+    return order;
+}
+
+void MainlineKey::applyBoneSaveSortIds()
+{
+    int reached = 0;
+    const std::vector<int> order = boneSaveOrder(&reached);
+    std::vector<std::unique_ptr<BoneRef>> ordered;
+    ordered.reserve(order.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        // What no root reaches hangs in a parent cycle: keep it, as a root, so nothing
+        // is lost.
+        if (int(i) >= reached)
+            mBoneRefs[std::size_t(order[i])]->setParentRef(nullptr);
+        ordered.push_back(std::move(mBoneRefs[std::size_t(order[i])]));
     }
     mBoneRefs = std::move(ordered);
     renumberBoneRefs();

@@ -95,9 +95,13 @@ public:
     MainlineKey *nextMainlineKey() const;
     Animation *parentAnimation() const;
 
-    /// Reorders the bone references depth first from the roots, a parent
-    /// before its children, and renumbers them. References caught in a parent
-    /// cycle come last with their parent cleared.
+    /// The positions of the bone references depth first from the roots, a
+    /// parent before its children (children in stored order); references
+    /// caught in a parent cycle follow in stored order. `reached` gets how many
+    /// come before those. Saving writes in this order.
+    std::vector<int> boneSaveOrder(int *reached = nullptr) const;
+    /// Reorders the bone references by `boneSaveOrder` and renumbers them.
+    /// References caught in a parent cycle come last with their parent cleared.
     void applyBoneSaveSortIds();
     /// Orders the object references by the z index they were read with.
     void sortRefsByLoadZIndex(bool renumber = true);

@@ -409,11 +409,24 @@ void TestMorvaneWindow::canvasDragUndoSave()
     window.ui()->actionRedo->trigger();
     QCOMPARE(savedXml(*document), moved);
 
-    // Save writes the change to the project's own file.
+    // Save writes the change to the project's own file, and the canvas goes on showing
+    // what it showed: the animation, the time, the selection and the view.
+    EditorSession *session = window.canvas()->session();
+    session->setCurrentAnimation(document->entity(0)->animation(QStringLiteral("walk")));
+    session->setCurrentTime(300);
+    session->setSelection({scene->instTimelineProxyFromIndex(1)});
+    const QString selected = session->selection().value(0)->name();
+    const QTransform viewTransform = view->transform();
     QVERIFY(window.ui()->actionSave_Project->isEnabled());
-    window.ui()->actionSave_Project->trigger();
+    QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
     QVERIFY(window.undoStack()->isClean());
     QVERIFY(!window.ui()->actionSave_Project->isEnabled());
+    QCOMPARE(session->currentAnimation()->name(), QStringLiteral("walk"));
+    QCOMPARE(session->currentTime(), 300);
+    QCOMPARE(session->selection().size(), 1);
+    QCOMPARE(session->selection().value(0)->name(), selected);
+    QCoreApplication::processEvents();
+    QCOMPARE(view->transform(), viewTransform);
     QCOMPARE(savedXml(*document), moved);
     RigxData reread(nullptr, QStringLiteral("r4.1"));
     QVERIFY(ProjectFile::open(&reread, path));

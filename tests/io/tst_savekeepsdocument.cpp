@@ -7,6 +7,8 @@
 #include "model/commands/objectcommands.h"
 #include "model/entity.h"
 #include "model/folder.h"
+#include "model/mainlinekey.h"
+#include "model/objectref.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 
@@ -32,6 +34,7 @@ class TestSaveKeepsDocument : public QObject
 private slots:
     void saveLeavesOutButKeeps_data();
     void saveLeavesOutButKeeps();
+    void bonesWrittenParentsFirstInPlace();
 };
 
 void TestSaveKeepsDocument::saveLeavesOutButKeeps_data()
@@ -105,6 +108,36 @@ void TestSaveKeepsDocument::saveLeavesOutButKeeps()
     QVERIFY(ProjectFile::save(&document, path, ProjectSaveOptions(), &host));
     QCOMPARE(readAll(path), saved);
     document.setUndoStack(nullptr);
+}
+
+// A file may list a child bone before its parent; saving writes the parent first, but the
+// key's own order stays, since undo commands name references by position.
+void TestSaveKeepsDocument::bonesWrittenParentsFirstInPlace()
+{
+    const QByteArray text
+        = "<morvane_data><entity id=\"0\" name=\"e\"><obj_info name=\"arm\" type=\"bone\"/>"
+          "<obj_info name=\"hand\" type=\"bone\"/><animation id=\"0\" name=\"a\" length=\"500\">"
+          "<mainline><key id=\"0\"><bone_ref id=\"0\" parent=\"1\" timeline=\"1\" key=\"0\"/>"
+          "<bone_ref id=\"1\" timeline=\"0\" key=\"0\"/></key></mainline>"
+          "<timeline id=\"0\" obj=\"0\" name=\"arm\" object_type=\"bone\"><key id=\"0\">"
+          "<bone x=\"10\"/></key></timeline><timeline id=\"1\" obj=\"1\" name=\"hand\" "
+          "object_type=\"bone\"><key id=\"0\"><bone x=\"5\"/></key></timeline></animation>"
+          "</entity></morvane_data>";
+    RigxData document;
+    QStringList warnings;
+    QVERIFY(Testing::readText(text, &document, &warnings));
+    const MainlineKey *key = document.entity(0)->animation(0)->mainlineKey(0);
+    QCOMPARE(key->boneRefCount(), 2);
+    const BoneRef *hand = key->boneRef(0);
+    QCOMPARE(hand->parentRef(), key->boneRef(1));
+
+    const QByteArray saved = Testing::writeXml(document);
+    QCOMPARE(key->boneRef(0), hand);
+    const qsizetype arm = saved.indexOf("<bone_ref id=\"0\" timeline=\"0\"");
+    const qsizetype child = saved.indexOf("<bone_ref id=\"1\" parent=\"0\" timeline=\"1\"");
+    QVERIFY2(arm >= 0 && child > arm, saved.constData());
+    // What was written reads back and writes the same.
+    QCOMPARE(Testing::rewrittenXml(saved), saved);
 }
 
 QTEST_GUILESS_MAIN(TestSaveKeepsDocument)
