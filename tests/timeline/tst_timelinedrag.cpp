@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "timelinetesthelpers.h"
 
+#include "canvas/objectgraphicsproxy.h"
 #include "model/entity.h"
 #include "model/object.h"
 #include "model/tweeninfo.h"
@@ -65,6 +66,8 @@ private slots:
     void retime();
     void curveOfTheSelection_data();
     void curveOfTheSelection();
+    void canvasFollowsTheDrag_data();
+    void canvasFollowsTheDrag();
     void deleteKeys_data();
     void deleteKeys();
     void menuOpensAnimationProperties();
@@ -204,32 +207,124 @@ void TestTimelineDrag::retime()
 void TestTimelineDrag::curveOfTheSelection_data()
 {
     QTest::addColumn<int>("type");
-    QTest::newRow("instant") << int(TweenInfo::CurveType::Instant);
-    QTest::newRow("quadratic") << int(TweenInfo::CurveType::Quadratic);
-    QTest::newRow("bezier") << int(TweenInfo::CurveType::Bezier);
+    QTest::addColumn<QString>("second"); // the key selected with torso@200
+    QTest::addColumn<bool>("offered");
+    QTest::newRow("instant") << int(TweenInfo::CurveType::Instant) << "head" << true;
+    QTest::newRow("quadratic") << int(TweenInfo::CurveType::Quadratic) << "head" << true;
+    QTest::newRow("bezier") << int(TweenInfo::CurveType::Bezier) << "head" << true;
+    QTest::newRow("with a value key") << int(TweenInfo::CurveType::Cubic) << "mood" << true;
+    // A tag key has no curve: the key's menu offers none.
+    QTest::newRow("on a tag key") << int(TweenInfo::CurveType::Cubic) << "Tags" << false;
 }
 
+// Through the key's menu, opened with a right click on the second key.
 void TestTimelineDrag::curveOfTheSelection()
 {
     QFETCH(int, type);
+    QFETCH(QString, second);
+    QFETCH(bool, offered);
     TimelineFixture f;
+    const LineId mood = f.addMoodAndTags({0, 400});
     const QByteArray before = f.hero.savedBytes();
     f.click(f.row(QStringLiteral("torso")), 200);
-    f.click(f.row(QStringLiteral("head")), 400, Qt::ShiftModifier);
-    TweenInfo curve;
-    curve.setCurveType(type);
-    QVERIFY(f.view()->changeCurveOfSelectedKeys(curve));
+    f.click(f.row(second), 400, Qt::ShiftModifier);
+    bool hasCurves = false;
+    onNextModal([&](QWidget *popup) {
+        auto *menu = qobject_cast<QMenu *>(popup);
+        QAction *curves = nullptr;
+        for (QAction *a : menu ? menu->actions() : QList<QAction *>()) {
+            if (a->text() == QLatin1String("Curve"))
+                curves = a;
+        }
+        hasCurves = curves != nullptr;
+        if (curves) {
+            TweenInfo named;
+            named.setCurveType(type);
+            for (QAction *a : curves->menu()->actions()) {
+                if (a->text().compare(named.curveTypeName(), Qt::CaseInsensitive) == 0)
+                    a->trigger();
+            }
+        }
+        popup->close();
+    });
+    QTest::mouseClick(f.viewport(), Qt::RightButton, Qt::NoModifier, f.at(f.row(second), 400));
+    QTRY_VERIFY(!QApplication::activePopupWidget());
+    QCOMPARE(hasCurves, offered);
+    if (!offered) {
+        QCOMPARE(f.hero.stack.count(), 0);
+        return;
+    }
     QCOMPARE(f.hero.stack.count(), 1);
+    QCOMPARE(f.hero.stack.text(0), QStringLiteral("curve changed"));
     const Animation *walk = f.animation();
     QCOMPARE(walk->timelineFromObjectName(QStringLiteral("torso"))->actualKeyFromTime(200)->curve().curveType(),
              type);
-    QCOMPARE(walk->timelineFromObjectName(QStringLiteral("head"))->actualKeyFromTime(400)->curve().curveType(),
-             type);
+    const TweenInfo &changed = second == QLatin1String("mood")
+                                   ? walk->ownLineHolder().line(mood)->keyAtTime(400)->curve()
+                                   : walk->timelineFromObjectName(second)->actualKeyFromTime(400)->curve();
+    QCOMPARE(changed.curveType(), type);
     // Keys not selected keep theirs.
     QVERIFY(walk->timelineFromObjectName(QStringLiteral("head"))->actualKeyFromTime(200)->curve().curveType()
-            != type || type == int(TweenInfo::CurveType::Linear));
+            != type);
     f.hero.stack.undo();
     QCOMPARE(f.hero.savedBytes(), before);
+}
+
+void TestTimelineDrag::canvasFollowsTheDrag_data()
+{
+    QTest::addColumn<QString>("row");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<int>("time"); // the current time
+    // The walk: the mainline and most lines keyed at 0, 200, 400 and 600 ms;
+    // the bones and the lantern move, the sprites on the bones keep still.
+    QTest::newRow("mainline key later") << "" << 200 << 300 << 250;
+    QTest::newRow("mainline key onto another") << "" << 400 << 200 << 300;
+    QTest::newRow("mainline key past the time") << "" << 200 << 500 << 450;
+    QTest::newRow("bone key to a free time") << "spine" << 200 << 300 << 250;
+    QTest::newRow("bone key earlier") << "leg_front_upper" << 400 << 100 << 150;
+    QTest::newRow("sprite key past the time") << "lantern" << 200 << 350 << 300;
+    QTest::newRow("bone key past the end of the loop") << "hip" << 600 << 800 << 700;
+}
+
+// While keys are dragged the canvas shows what the drag will record, and the
+// document is untouched until the release.
+void TestTimelineDrag::canvasFollowsTheDrag()
+{
+    QFETCH(QString, row);
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QFETCH(int, time);
+    TimelineFixture f;
+    f.session()->setCurrentTime(time);
+    const QByteArray before = f.hero.savedBytes();
+    MorvaneCanvasScene *scene = f.session()->scene();
+    const auto shown = [&] {
+        QList<QList<double>> out;
+        for (int i = 0; i < scene->instTimelineProxyCount(); ++i) {
+            const ObjectGraphicsProxy *p = scene->timelineProxy(i);
+            const DisplayInfo d = p->displayInfo();
+            out.append({double(p->isShownInPose()), d.x, d.y, d.angle, d.xScale, d.yScale, d.alpha});
+        }
+        return out;
+    };
+    const QList<QList<double>> still = shown();
+    f.dragWithoutRelease(f.row(row), from, to);
+    QVERIFY(scene->isPreviewing());
+    const QList<QList<double>> dragging = shown();
+    QCOMPARE(f.hero.savedBytes(), before);
+    QVERIFY(dragging != still);
+    QTest::mouseRelease(f.viewport(), Qt::LeftButton, Qt::NoModifier, f.at(f.row(row), to));
+    QVERIFY(!scene->isPreviewing());
+    QCOMPARE(f.hero.stack.count(), 1);
+    const QList<QList<double>> recorded = shown();
+    QCOMPARE(recorded.size(), dragging.size());
+    for (int i = 0; i < recorded.size(); ++i) {
+        for (int v = 0; v < recorded[i].size(); ++v)
+            QVERIFY2(qAbs(recorded[i][v] - dragging[i][v]) < 1e-6,
+                     qPrintable(QStringLiteral("timeline %1, value %2: %3 dragging, %4 recorded")
+                                    .arg(i).arg(v).arg(dragging[i][v]).arg(recorded[i][v])));
+    }
 }
 
 void TestTimelineDrag::deleteKeys_data()
@@ -239,8 +334,13 @@ void TestTimelineDrag::deleteKeys_data()
     // The idle animation has keys at 0 and 600 only; "!" presses Delete.
     QTest::newRow("one key") << QStringList{"torso@600"} << "key deleted";
     QTest::newRow("two keys") << QStringList{"torso@600", "+head@600"} << "keys deleted";
+    // The value and tag keys at 600 go with the mainline key without counting.
     QTest::newRow("a mainline key") << QStringList{"@600"} << "key deleted";
     QTest::newRow("the only key left") << QStringList{"torso@600", "!", "torso@0"} << "";
+    QTest::newRow("a value key") << QStringList{"mood@600"} << "key deleted";
+    QTest::newRow("the last value key") << QStringList{"mood@600", "!", "mood@0"} << "key deleted";
+    QTest::newRow("a tag key and a timeline key") << QStringList{"Tags@600", "+torso@600"}
+                                                  << "keys deleted";
 }
 
 void TestTimelineDrag::deleteKeys()
@@ -248,6 +348,7 @@ void TestTimelineDrag::deleteKeys()
     QFETCH(QStringList, clicks);
     QFETCH(QString, label);
     TimelineFixture f(QStringLiteral("idle"));
+    f.addMoodAndTags({0, 600});
     QSignalSpy status(&f.editor, &TimelineEditor::statusMessage);
     for (QString click : clicks) {
         if (click == QLatin1String("!")) {
