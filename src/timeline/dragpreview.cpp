@@ -39,7 +39,16 @@ bool later(const Placed &a, const Placed &b)
 void choose(const std::vector<Placed> &keys, int time, std::vector<Placed> *out)
 {
     Placed inForce, next, first, last;
+    std::vector<int> landings;
     for (const Placed &k : keys) {
+        if (k.moved)
+            landings.push_back(k.time);
+    }
+    std::sort(landings.begin(), landings.end());
+    for (const Placed &k : keys) {
+        // A key that stays where a moved one lands is replaced by it.
+        if (!k.moved && std::binary_search(landings.begin(), landings.end(), k.time))
+            continue;
         if (k.time <= time && (inForce.index < 0 || later(k, inForce)))
             inForce = k;
         if (first.index < 0 || later(first, k))
