@@ -182,6 +182,57 @@ qint32 sum(qint32 difference, qint32 b)
     return qint32(quint32(difference) + quint32(b));
 }
 
+// Where each key of the animation stands (timeline and index), by address:
+// references name their keys by pointer, and finding the place here spares
+// reading every key again through its reference.
+class KeyPlaces
+{
+public:
+    explicit KeyPlaces(size_t count)
+    {
+        size_t capacity = 64;
+        while (capacity < count * 2)
+            capacity *= 2;
+        mSlots.resize(capacity);
+        mMask = capacity - 1;
+    }
+    void insert(const void *key, qint32 timeline, qint32 index)
+    {
+        for (size_t i = slot(key);; i = (i + 1) & mMask) {
+            if (!mSlots[i].key) {
+                mSlots[i] = {key, timeline, index};
+                return;
+            }
+        }
+    }
+    // False when `key` is not a key of the animation.
+    bool find(const void *key, qint32 *timeline, qint32 *index) const
+    {
+        for (size_t i = slot(key); mSlots[i].key; i = (i + 1) & mMask) {
+            if (mSlots[i].key == key) {
+                *timeline = mSlots[i].timeline;
+                *index = mSlots[i].index;
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    struct Slot
+    {
+        const void *key = nullptr;
+        qint32 timeline = -1;
+        qint32 index = -1;
+    };
+    size_t slot(const void *key) const
+    {
+        return size_t((quintptr(key) >> 4) * quintptr(0x9E3779B97F4A7C15ull)) & mMask;
+    }
+    std::vector<Slot> mSlots;
+    size_t mMask = 0;
+};
+
 // The last state packed, so that the "before" of an edit that follows another
 // shares the "after" of that one instead of holding the same numbers again.
 struct LastPacked
@@ -217,6 +268,10 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
     std::vector<qint32> n;
     QHash<const Timeline *, int> timelineIndex;
     KeyPool::Recent recent;
+    size_t keyCount = 0;
+    for (int t = 0; t < animation.timelineCount(); ++t)
+        keyCount += size_t(animation.timeline(t)->keyCount());
+    KeyPlaces places(keyCount);
     recent.firstOfTimeline.reserve(size_t(animation.timelineCount()) + 1);
     n.push_back(animation.timelineCount());
     for (int t = 0; t < animation.timelineCount(); ++t) {
@@ -231,6 +286,7 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         qint32 id = 0;
         for (int k = 0; k < tl->keyCount(); ++k) {
             const TimelineKey *key = tl->key(k);
+            places.insert(static_cast<const MorvaneModelItem *>(key), t, k);
             const auto [hintKey, hint] = mPool->recent().at(t, k);
             const quint32 value = mPool->intern(*key, hintKey, hint);
             recent.keys.emplace_back(key, value);
@@ -252,6 +308,13 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         found.assign(size_t(animation.timelineCount()), 0);
     int placing = 0;
     const auto keyPlace = [&](const TimelineKey *key) {
+        qint32 foundTimeline = -1;
+        qint32 foundIndex = -1;
+        if (key && places.find(static_cast<const MorvaneModelItem *>(key), &foundTimeline, &foundIndex)) {
+            section.push_back(foundTimeline);
+            section.push_back(foundIndex);
+            return;
+        }
         const Timeline *tl = key ? key->parentTimeline() : nullptr;
         const int t = tl ? timelineIndex.value(tl, -1) : -1;
         int k = -1;
@@ -267,6 +330,19 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         }
         section.push_back(t);
         section.push_back(k);
+    };
+    // A reference's key by the pointer it holds, read through the reference
+    // only when that is not a key of this animation.
+    const auto refPlace = [&](const ObjectRef *ref) {
+        qint32 foundTimeline = -1;
+        qint32 foundIndex = -1;
+        const MorvaneModelItem *direct = ref->keyAddress().directPointer();
+        if (direct && places.find(direct, &foundTimeline, &foundIndex)) {
+            section.push_back(foundTimeline);
+            section.push_back(foundIndex);
+            return;
+        }
+        keyPlace(ref->key());
     };
     std::vector<qint32> previous[3];
     const auto writeSection = [&](int which) {
@@ -288,7 +364,7 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         placing = 0;
         for (int i = 0; i < mk->boneRefCount(); ++i) {
             const BoneRef *r = mk->boneRef(i);
-            keyPlace(r->key());
+            refPlace(r);
             section.push_back(mk->indexOfBoneRef(r->parentRef()));
         }
         writeSection(0);
@@ -296,7 +372,7 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         placing = 1;
         for (int i = 0; i < mk->zRefCount(); ++i) {
             const ZRef *r = mk->zRef(i);
-            keyPlace(r->key());
+            refPlace(r);
             section.push_back(mk->indexOfBoneRef(r->parentRef()));
             section.push_back(r->loadZIndex());
         }
