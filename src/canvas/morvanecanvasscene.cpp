@@ -131,6 +131,7 @@ QUndoStack *MorvaneCanvasScene::undoStack() const
 
 void MorvaneCanvasScene::reset()
 {
+    mPreview.reset();
     setSelectedProxies({});
     mHovered = nullptr;
     for (ObjectGraphicsProxy *p : mProxies)
@@ -349,6 +350,13 @@ void MorvaneCanvasScene::refresh(bool reread)
             mInstance->invalidate();
         mInstance->refresh();
     }
+    if (!mInstance)
+        mPreview.reset();
+    if (mPreview) {
+        mPreview->invalidate();
+        mPreview->setCurrentTime(mInstance ? mInstance->currentTime() : 0);
+        mPreview->refresh();
+    }
     syncProxies();
     refreshTransformBox();
     mLines->updateGeometry();
@@ -357,6 +365,23 @@ void MorvaneCanvasScene::refresh(bool reread)
     if (mInstance)
         Q_EMIT refreshedEntityInstance(mInstance.get());
     Q_EMIT refreshedEI();
+}
+
+void MorvaneCanvasScene::setPreviewAnimation(Animation *preview)
+{
+    if (!preview) {
+        if (!mPreview)
+            return;
+        mPreview.reset();
+    } else if (!mInstance || !currentAnimation()
+               || preview->timelineCount() != currentAnimation()->timelineCount()) {
+        return;
+    } else if (!mPreview) {
+        mPreview = std::make_unique<EntityInstance>(mInstance->entity(), preview);
+    } else {
+        mPreview->setAnimation(mInstance->entity(), preview);
+    }
+    refresh(false);
 }
 
 void MorvaneCanvasScene::syncProxies()
@@ -384,7 +409,8 @@ void MorvaneCanvasScene::syncProxies()
     if (!mInstance || !anim)
         return;
 
-    const Pose &pose = mInstance->pose();
+    EntityInstance *shown = mPreview ? mPreview.get() : mInstance.get();
+    const Pose &pose = shown->pose();
     for (size_t i = 0; i < pose.bones.size(); ++i) {
         const PoseItem &item = pose.bones[i];
         ObjectGraphicsProxy *p = instTimelineProxyFromIndex(item.timelineIndex);
@@ -413,7 +439,7 @@ void MorvaneCanvasScene::syncProxies()
         }
         EntityInstance *sub = nullptr;
         if (item.object && item.object->isSubEntity())
-            sub = mInstance->subEntityForTimeline(item.timelineIndex);
+            sub = shown->subEntityForTimeline(item.timelineIndex);
         p->refreshFromPose(item, pixmap, sub);
         p->setZValue(double(item.z));
         if (item.parent >= 0) {
@@ -434,7 +460,8 @@ void MorvaneCanvasScene::syncProxies()
         if (!p->isShownInPose() || !p->isVisible())
             selectionLost = true;
     }
-    if (selectionLost) {
+    // A drag's preview leaves the selection as it is.
+    if (selectionLost && !mPreview) {
         QList<ObjectGraphicsProxy *> kept;
         for (ObjectGraphicsProxy *p : std::as_const(mSelection)) {
             if (p->isShownInPose() && p->isVisible())

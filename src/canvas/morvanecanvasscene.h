@@ -110,6 +110,12 @@ public:
     /// with `reread` (after any change of the document) the instance reads the
     /// document again first (`EntityInstance::invalidate`).
     void refresh(bool reread = true);
+    /// While keys are dragged in time the canvas shows `preview` (a detached
+    /// stand-in of the current animation with the same timelines, not owned;
+    /// null goes back to the document) at the current time; the document and
+    /// the selection are left alone.
+    void setPreviewAnimation(Animation *preview);
+    bool isPreviewing() const { return mPreview != nullptr; }
     TransformControlItemGroup *transformBox() const { return mTransformBox; }
     OnionSkinItem *onionSkin() const { return mOnion; }
     void refreshTransformBox();
@@ -259,6 +265,7 @@ private:
     // and the instance's pointer must then be dropped or renewed.
     Address mAnimationAddress;
     std::unique_ptr<EntityInstance> mInstance;
+    std::unique_ptr<EntityInstance> mPreview;
     std::vector<ObjectGraphicsProxy *> mProxies; // by timeline index, owned through the scene
     QList<ObjectGraphicsProxy *> mSelection;
     ObjectGraphicsProxy *mHovered = nullptr;

@@ -261,6 +261,31 @@ QString stepCurve(EditContext &context, const QJsonObject &step)
     return QString();
 }
 
+QString stepScaleTimes(EditContext &context, const QJsonObject &step)
+{
+    const Animation *anim = context.scene->currentAnimation();
+    const QJsonValue keys = step.value(QLatin1String("keys"));
+    if (!keys.isArray() || keys.toArray().isEmpty())
+        return QStringLiteral("\"keys\" takes a list of {\"line\", \"time\"}");
+    QList<KeyEdits::KeyId> ids;
+    QString error;
+    for (const QJsonValue &value : keys.toArray()) {
+        KeyEdits::KeyId id;
+        if (!value.isObject())
+            return QStringLiteral("a key is not an object");
+        if (!keyId(anim, value.toObject(), &id, &error))
+            return error;
+        ids.append(id);
+    }
+    const QJsonValue factor = step.value(QLatin1String("factor"));
+    const double f = factor.toDouble(std::numeric_limits<double>::quiet_NaN());
+    if (!factor.isDouble() || !std::isfinite(f) || f <= 0)
+        return QStringLiteral("\"factor\" takes a number above 0");
+    if (!KeyEdits::scaleKeyTimes(context.scene, ids, f, &error))
+        return error;
+    return QString();
+}
+
 QString stepParent(EditContext &context, const QJsonObject &step)
 {
     QString error;
@@ -394,6 +419,7 @@ const EditStep sSteps[] = {
     {"move", &stepMove},
     {"delete", &stepDelete},
     {"curve", &stepCurve},
+    {"scale-times", &stepScaleTimes},
     {"parent", &stepParent},
     {"zorder", &stepZOrder},
     {"copy-zorder", &stepCopyZOrder},

@@ -4,6 +4,9 @@
 
 #include "canvas/commands/canvascommands.h"
 #include "canvas/morvanecanvasscene.h"
+#include "meta/valkey.h"
+#include "meta/valline.h"
+#include "meta/valuelineholder.h"
 #include "model/animation.h"
 #include "model/commands/animationcommands.h"
 #include "model/mainlinekey.h"
@@ -18,6 +21,9 @@
 #include <QSet>
 #include <QUndoStack>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <memory>
 
 namespace Morvane::KeyEdits {
@@ -118,18 +124,35 @@ void removeKeys(Animation *anim, const QSet<MainlineKey *> &mainKeys,
 // as one macro: selection, the whole animation before and after, selection.
 // Records what `change` does to the animation as one macro: the canvas
 // selection, the whole animation before and after, the selection.
+// With `variables`, the variables are shown again once either way (value and
+// tag lines changed).
 template<typename Change>
-void recordChange(MorvaneCanvasScene *scene, Animation *anim, const QString &text, Change change)
+void recordChange(MorvaneCanvasScene *scene, Animation *anim, const QString &text, Change change,
+                  bool variables = false)
 {
     auto *start = new ObjectSelectionCommand(scene, false);
     auto *command = new ChangeAnimationCommand(anim, QString());
     change();
     command->noteAfter();
-    Macro macro(scene->model(), text);
+    RigxData *document = scene->model();
+    Macro macro(document, text);
     macro.push(start);
+    if (variables)
+        macro.push(new RefreshVariablesCommand(document, false));
     macro.push(command);
+    if (variables)
+        macro.push(new RefreshVariablesCommand(document, true));
     macro.push(new ObjectSelectionCommand(scene, true));
 }
+
+// A key of a value or tag line: its line (in the animation's holders, which
+// stay put while the animation changes) and its time.
+struct LineKey
+{
+    ValLine *line;
+    int time;
+    bool operator==(const LineKey &) const = default;
+};
 
 struct Resolved
 {
@@ -137,11 +160,33 @@ struct Resolved
     QSet<TimelineKey *> timeKeys;
     QList<MainlineKey *> mainOrder; // as named, for curves
     QList<TimelineKey *> timeOrder;
+    QList<LineKey> lineKeys;
 };
 
-bool resolve(const Animation *anim, const QList<KeyId> &keys, Resolved *out, QString *error)
+bool resolveLineKey(Animation *anim, const KeyId &id, Resolved *out, QString *error)
+{
+    ValueLineHolder *holder = id.owner < 0 ? &anim->ownLineHolder()
+                                           : anim->objectLineHolder(id.owner);
+    ValLine *line = holder ? holder->line(id.line) : nullptr;
+    if (!line || !line->keyAtTime(id.time)) {
+        setError(error, id.line.isTagLine() ? tr("no tag key at %1 ms").arg(id.time)
+                                            : tr("no value key at %1 ms").arg(id.time));
+        return false;
+    }
+    const LineKey key{line, id.time};
+    if (!out->lineKeys.contains(key))
+        out->lineKeys.append(key);
+    return true;
+}
+
+bool resolve(Animation *anim, const QList<KeyId> &keys, Resolved *out, QString *error)
 {
     for (const KeyId &id : keys) {
+        if (id.isLineKey()) {
+            if (!resolveLineKey(anim, id, out, error))
+                return false;
+            continue;
+        }
         if (id.timeline < 0) {
             MainlineKey *mk = anim->mainlineKeyAtExactTime(id.time);
             if (!mk) {
@@ -180,6 +225,94 @@ Animation *animationOf(MorvaneCanvasScene *scene, QString *error)
 
 } // namespace
 
+void planRowMove(std::vector<PlannedKey> &keys, bool isMainline, const QSet<int> &riding,
+                 int length, const std::function<int(int)> &target, bool forward)
+{
+    const size_t n = keys.size();
+    for (size_t j = 0; j < n; ++j) {
+        PlannedKey &key = keys[forward ? n - 1 - j : j];
+        if (!key.selected)
+            continue;
+        const int t = std::clamp(target(key.original), 0, std::max(0, length));
+        if (t == key.position)
+            continue;
+        if (!isMainline && !riding.contains(key.original)) {
+            const bool taken = std::any_of(keys.begin(), keys.end(), [&](const PlannedKey &other) {
+                return &other != &key && other.position == t;
+            });
+            if (taken)
+                continue;
+        }
+        key.position = t;
+    }
+}
+
+int scaledTime(int original, int first, double factor)
+{
+    return first + int((original - first) * factor);
+}
+
+bool scaleKeyTimes(MorvaneCanvasScene *scene, const QList<KeyId> &keys, double factor,
+                   QString *error)
+{
+    Animation *anim = animationOf(scene, error);
+    if (!anim)
+        return false;
+    if (!(factor > 0) || !std::isfinite(factor)) {
+        setError(error, tr("the factor must be a number above 0"));
+        return false;
+    }
+    if (keys.isEmpty()) {
+        setError(error, tr("no key to scale"));
+        return false;
+    }
+    Resolved found;
+    if (!resolve(anim, keys, &found, error))
+        return false;
+    if (!found.lineKeys.isEmpty()) {
+        setError(error, tr("value and tag keys are scaled in the timeline only"));
+        return false;
+    }
+    // Selecting a mainline key selects the timeline keys at its time.
+    QSet<int> riding;
+    for (const MainlineKey *mk : std::as_const(found.mainOrder))
+        riding.insert(mk->currentTime());
+    int first = std::numeric_limits<int>::max();
+    for (const int t : std::as_const(riding))
+        first = std::min(first, t);
+    for (const TimelineKey *k : std::as_const(found.timeOrder))
+        first = std::min(first, k->time(true));
+
+    const auto target = [first, factor](int original) { return scaledTime(original, first, factor); };
+    const int length = anim->length();
+    KeyTimeChangeInstructionSet set;
+    std::vector<PlannedKey> row;
+    for (int i = 0; i < anim->mainlineKeyCount(); ++i) {
+        MainlineKey *mk = anim->mainlineKey(i);
+        row.push_back({mk->currentTime(), mk->currentTime(), found.mainKeys.contains(mk)});
+    }
+    planRowMove(row, true, riding, length, target, factor > 1.0);
+    for (const PlannedKey &k : row)
+        set.appendKeyChange(0, k.original, k.position);
+    for (int t = 0; t < anim->timelineCount(); ++t) {
+        const Timeline *tl = anim->timeline(t);
+        row.clear();
+        for (int i = 0; i < tl->keyCount(); ++i) {
+            TimelineKey *k = tl->key(i);
+            const int time = k->time(true);
+            row.push_back({time, time, found.timeKeys.contains(k) || riding.contains(time)});
+        }
+        planRowMove(row, false, riding, length, target, factor > 1.0);
+        for (const PlannedKey &k : row)
+            set.appendKeyChange(t + 1, k.original, k.position);
+    }
+    if (!recordKeyMove(scene, set, TimelineFilter(), nullptr, nullptr)) {
+        setError(error, tr("no key moves"));
+        return false;
+    }
+    return true;
+}
+
 bool recordKeyMove(MorvaneCanvasScene *scene, const KeyTimeChangeInstructionSet &set,
                    const TimelineFilter &filter, QUndoCommand *selectionBefore,
                    QUndoCommand *selectionAfter, const std::function<void()> &enactOtherLines)
@@ -217,7 +350,7 @@ bool deleteKeys(MorvaneCanvasScene *scene, const QList<KeyId> &keys, QString *er
     Resolved found;
     if (!resolve(anim, keys, &found, error))
         return false;
-    if (found.mainKeys.size() >= anim->mainlineKeyCount()) {
+    if (!found.mainKeys.isEmpty() && found.mainKeys.size() >= anim->mainlineKeyCount()) {
         setError(error, tr("the mainline key at %1 ms is mandatory (the only one left)")
                             .arg((*found.mainKeys.begin())->currentTime()));
         return false;
@@ -252,10 +385,22 @@ bool deleteKeys(MorvaneCanvasScene *scene, const QList<KeyId> &keys, QString *er
         }
     }
 
-    // Named keys count; the timeline keys going with a mainline key do not.
-    const int total = int(found.timeKeys.size()) + int(found.mainKeys.size());
-    recordChange(scene, anim, total == 1 ? tr("key deleted") : tr("keys deleted"),
-                 [&] { removeKeys(anim, found.mainKeys, found.timeKeys); });
+    // Named keys count; the timeline, value and tag keys going with a
+    // mainline key do not.
+    QSet<int> mainTimes;
+    for (const MainlineKey *mk : std::as_const(found.mainOrder))
+        mainTimes.insert(mk->currentTime());
+    int total = int(found.timeKeys.size()) + int(found.mainKeys.size());
+    for (const LineKey &k : std::as_const(found.lineKeys))
+        total += mainTimes.contains(k.time) ? 0 : 1;
+    recordChange(
+        scene, anim, total == 1 ? tr("key deleted") : tr("keys deleted"),
+        [&] {
+            removeKeys(anim, found.mainKeys, found.timeKeys);
+            for (const LineKey &k : std::as_const(found.lineKeys))
+                k.line->deleteKeyAtTime(k.time);
+        },
+        !found.lineKeys.isEmpty());
     return true;
 }
 
@@ -272,12 +417,25 @@ bool changeCurve(MorvaneCanvasScene *scene, const QList<KeyId> &keys, const Twee
         setError(error, tr("no key to change"));
         return false;
     }
-    recordChange(scene, anim, tr("curve changed"), [&] {
-        for (MainlineKey *mk : std::as_const(found.mainOrder))
-            mk->setCurve(tween);
-        for (TimelineKey *k : std::as_const(found.timeOrder))
-            k->setCurve(tween);
-    });
+    for (const LineKey &k : std::as_const(found.lineKeys)) {
+        if (!k.line->keyAtTime(k.time)->isTweenable()) {
+            setError(error, k.line->type() == VarType::Tag
+                                ? tr("the tag key at %1 ms has no curve").arg(k.time)
+                                : tr("the value key at %1 ms has no curve").arg(k.time));
+            return false;
+        }
+    }
+    recordChange(
+        scene, anim, tr("curve changed"),
+        [&] {
+            for (MainlineKey *mk : std::as_const(found.mainOrder))
+                mk->setCurve(tween);
+            for (TimelineKey *k : std::as_const(found.timeOrder))
+                k->setCurve(tween);
+            for (const LineKey &k : std::as_const(found.lineKeys))
+                k.line->keyAtTime(k.time)->setCurve(tween);
+        },
+        !found.lineKeys.isEmpty());
     return true;
 }
 

@@ -5,6 +5,8 @@ list(APPEND MORVANE_EDITOR_SOURCES
     timeline/commands/animationsettingscommands.h
     timeline/commands/keyselectioncommand.cpp
     timeline/commands/keyselectioncommand.h
+    timeline/dragpreview.cpp
+    timeline/dragpreview.h
     timeline/keyedits.cpp
     timeline/keyedits.h
     timeline/mainlineview.cpp

@@ -68,6 +68,44 @@ void TimelineViewTimelineRect::paint(QPainter *painter, const QStyleOptionGraphi
     if (!past.isEmpty())
         painter->fillRect(past, TimelineColors::pastEnd());
     painter->fillRect(QRectF(exposed.left(), mHeight - 1, exposed.width(), 1), QColor(0, 0, 0, 60));
+    if (mVolumes.isEmpty())
+        return;
+    // The volume between the keys, in the band over the markers (which sit on
+    // the row's bottom edge): silence at the bottom, full volume at the top;
+    // held before the first key and after the last.
+    const double top = 3.0;
+    const double bottom = mHeight - 23.0;
+    QPolygonF line;
+    int index = 0;
+    for (const QGraphicsItem *key : childItems()) {
+        if (key->type() != TimelineKeyGraphicsProxy::Type || index >= mVolumes.size())
+            continue;
+        const double level = std::clamp(mVolumes.at(index++), 0.0, 1.0);
+        line.append(QPointF(key->x(), bottom - level * (bottom - top)));
+    }
+    if (line.isEmpty())
+        return;
+    std::sort(line.begin(), line.end(), [](const QPointF &a, const QPointF &b) { return a.x() < b.x(); });
+    line.prepend(QPointF(0, line.first().y()));
+    line.append(QPointF(mAnimationWidth, line.last().y()));
+    QPolygonF area = line;
+    area.append(QPointF(mAnimationWidth, bottom));
+    area.append(QPointF(0, bottom));
+    QColor fill = mRow ? mRow->color() : QColor(0x5c, 0xc8, 0xc8);
+    fill.setAlpha(50);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(fill);
+    painter->drawPolygon(area);
+    fill.setAlpha(220);
+    painter->setPen(QPen(fill, 1.5));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawPolyline(line);
+}
+
+void TimelineViewTimelineRect::setVolumes(const QList<double> &volumes)
+{
+    mVolumes = volumes;
+    update();
 }
 
 // Key markers.

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QGraphicsItem>
+#include <QList>
 
 namespace Morvane {
 
@@ -38,6 +39,9 @@ public:
     void setHeight(double height);
     void setVisibleRow(int index) { mVisibleRow = index; update(); }
     void setHighlighted(bool on);
+    /// A sound row's volume (0 to 1) at each key, in the order of the key
+    /// markers: drawn as a line over the markers, following them as they move.
+    void setVolumes(const QList<double> &volumes);
 
     QRectF boundingRect() const override;
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
@@ -50,6 +54,7 @@ private:
     double mAnimationWidth = 0.0;
     double mHeight = 20.0;
     bool mHighlighted = false;
+    QList<double> mVolumes;
 };
 
 /// One key of a row (item type 1011), placed at the x of its time on the

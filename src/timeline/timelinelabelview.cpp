@@ -94,10 +94,16 @@ void TimelineLabelView::drawBackground(QPainter *painter, const QRectF &rect)
             selected.insert(p->timelineIndex());
     }
     const double width = std::max(rect.right(), double(viewport()->width()));
+    // The mainline row goes last: pinned to the top, it covers the row that
+    // scrolled under it.
+    QList<std::pair<const TimelineGraphicsProxy *, int>> rows;
     int visibleRow = 0;
-    for (const TimelineGraphicsProxy *row : mTimeline->shownRows()) {
+    for (const TimelineGraphicsProxy *row : mTimeline->shownRows())
+        rows.append({row, visibleRow++});
+    if (!rows.isEmpty() && rows.first().first == mTimeline->mainlineRow())
+        rows.move(0, rows.size() - 1);
+    for (const auto &[row, index] : std::as_const(rows)) {
         const QRectF r(0, row->top(), width, row->ownHeight());
-        const int index = visibleRow++;
         if (!r.intersects(rect))
             continue;
         QColor base = (index % 2) ? TimelineColors::rowOdd() : TimelineColors::rowEven();

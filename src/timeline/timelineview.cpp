@@ -108,6 +108,7 @@ TimelineView::TimelineView(EditorSession *session, QWidget *parent)
     setBackgroundBrush(TimelineColors::pastEnd());
     setFrameShape(QFrame::NoFrame);
     setMinimumHeight(60);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &TimelineView::pinMainline);
 
     if (mSession) {
         connect(mSession, &EditorSession::documentChanged, this, [this] {
@@ -161,11 +162,18 @@ void TimelineView::setZoomFactor(double factor)
     applyZoom(factor);
 }
 
+double TimelineView::fittedZoom(int length) const
+{
+    // The end of the animation stays in sight with a little of what lies past
+    // it, clear of the view's edge.
+    return (viewport()->width() - TimelineViewTimelineRect::LeftMargin - 24.0) / length;
+}
+
 void TimelineView::applyZoom(double factor)
 {
     if (factor == -1.0) {
         const int length = animationLength();
-        factor = length > 0 ? (viewport()->width() - 10.0) / length : mZoom;
+        factor = length > 0 ? fittedZoom(length) : mZoom;
     }
     // NaN and negatives become the floor too.
     if (!(factor >= MinZoom))
@@ -366,6 +374,8 @@ void TimelineView::refresh()
 
 void TimelineView::clean()
 {
+    // The preview reads the rows that go now.
+    endPreview();
     // One sweep: taking 100,000 markers out one by one costs the index a
     // search each. The playhead goes with them and comes back.
     const QPointF playhead = mPlayhead->pos();
@@ -394,7 +404,7 @@ void TimelineView::rebuild()
         return;
     }
     if (mAutoFit && viewport()->width() > 100 && anim->length() > 0) {
-        mZoom = std::clamp((viewport()->width() - 10.0) / anim->length(), MinZoom, MaxZoom);
+        mZoom = std::clamp(fittedZoom(anim->length()), MinZoom, MaxZoom);
         Q_EMIT zoomChanged(mZoom);
     }
 
@@ -437,13 +447,17 @@ void TimelineView::rebuild()
         const QList<int> times = row->keyTimes(anim);
         const Timeline *timeline =
             row->id().kind == RowId::Kind::Timeline ? anim->timeline(row->id().timeline) : nullptr;
+        QList<double> volumes;
         for (int k = 0; k < times.size(); ++k) {
             auto *key = new TimelineKeyGraphicsProxy(row, times[k], rect);
             key->setPositionalTime(times[k], mZoom, mLength);
             if (timeline)
                 key->setInstant(timeline->key(k)->curve().isInstant());
+            if (timeline && timeline->isSound())
+                volumes.append(timeline->key(k)->soundInfo().volume);
             row->appendKey(key);
         }
+        rect->setVolumes(volumes);
     }
     layoutRows();
     for (TimelineGraphicsProxy *row : mOrder)
@@ -479,7 +493,30 @@ void TimelineView::layoutRows()
     }
     mRowsHeight = y;
     updateSceneRect();
+    pinMainline();
     Q_EMIT rowsChanged();
+}
+
+void TimelineView::pinMainline()
+{
+    // The mainline row stands over whatever row scrolled under the top edge:
+    // its keys stay in reach however far down the rows are.
+    if (!mMainline || !mMainline->rect())
+        return;
+    const double top = std::max(0.0, mapToScene(QPoint(0, 0)).y());
+    if (mMainline->top() == top && mMainline->rect()->pos().y() == top)
+        return;
+    mMainline->setTop(top);
+    mMainline->rect()->setPos(0, top);
+    mMainline->rect()->setZValue(1);
+    Q_EMIT rowsChanged();
+}
+
+bool TimelineView::coveredByMainline(const TimelineGraphicsProxy *row) const
+{
+    return mMainline && row != mMainline && mMainline->top() > 0
+           && row->top() < mMainline->top() + mMainline->ownHeight()
+           && row->top() + row->ownHeight() > mMainline->top();
 }
 
 void TimelineView::placeItems()
@@ -628,26 +665,22 @@ void TimelineView::restorePositions()
 namespace {
 
 // Moves the selected keys of `row` to the times `target` gives for their
-// original times, in the direction of the move so that keys of one row never
-// pass onto one another; a key whose target is taken stays where it is. Keys
-// riding on a moved mainline key are not held back: they move with it.
+// original times, planned as every move and retime of keys is.
 template <typename Target>
 void moveRowKeys(TimelineGraphicsProxy *row, bool isMainline, const QSet<int> &riding,
                  double zoom, int length, Target target, bool forward)
 {
     const auto &keys = row->keys();
-    const int n = int(keys.size());
-    for (int j = 0; j < n; ++j) {
-        TimelineKeyGraphicsProxy *key = keys[size_t(forward ? n - 1 - j : j)];
-        if (!key->isSelected())
-            continue;
-        const int t = std::clamp(target(key->originalTime()), 0, std::max(0, length));
-        if (t == key->positionalTime())
-            continue;
-        if (!isMainline && !riding.contains(key->originalTime())
-            && row->keyAtPositionalTime(t, key))
-            continue;
-        key->setPositionalTime(t, zoom, length);
+    if (std::none_of(keys.begin(), keys.end(), [](const auto *k) { return k->isSelected(); }))
+        return;
+    std::vector<KeyEdits::PlannedKey> plan;
+    plan.reserve(keys.size());
+    for (const TimelineKeyGraphicsProxy *key : keys)
+        plan.push_back({key->originalTime(), key->positionalTime(), key->isSelected()});
+    KeyEdits::planRowMove(plan, isMainline, riding, length, target, forward);
+    for (size_t i = 0; i < keys.size(); ++i) {
+        if (plan[i].position != keys[i]->positionalTime())
+            keys[i]->setPositionalTime(plan[i].position, zoom, length);
     }
 }
 
@@ -673,7 +706,29 @@ void TimelineView::dragKeysTo(double sceneX)
                     [delta](int original) { return original + delta; }, delta > 0);
     }
     mKeysMoved = true;
+    showPreview();
     viewport()->update();
+}
+
+void TimelineView::showPreview()
+{
+    MorvaneCanvasScene *scene = mSession ? mSession->scene() : nullptr;
+    const Animation *anim = animation();
+    if (!scene || !anim)
+        return;
+    if (!mPreview.isActive())
+        mPreview.begin(anim, mOrder);
+    if (Animation *preview = mPreview.build(anim, scene->currentTime()))
+        scene->setPreviewAnimation(preview);
+}
+
+void TimelineView::endPreview()
+{
+    if (!mPreview.isActive())
+        return;
+    if (MorvaneCanvasScene *scene = mSession ? mSession->scene() : nullptr)
+        scene->setPreviewAnimation(nullptr);
+    mPreview.clear();
 }
 
 bool TimelineView::selectionSpan(int *first, int *last) const
@@ -719,12 +774,12 @@ void TimelineView::retimeTo(double sceneX)
     for (TimelineGraphicsProxy *row : mOrder) {
         moveRowKeys(row, row == mMainline, riding, mZoom, animationLength(),
                     [first, factor](int original) {
-                        // Truncated toward zero, as every computed time.
-                        return first + int((original - first) * factor);
+                        return KeyEdits::scaledTime(original, first, factor);
                     },
                     factor > 1.0);
     }
     mKeysMoved = true;
+    showPreview();
     viewport()->update();
 }
 
@@ -736,10 +791,14 @@ TimelineKeyGraphicsProxy *TimelineView::keyAt(const QPoint &viewPos) const
     TimelineKeyGraphicsProxy *best = nullptr;
     double bestDistance = 0;
     const QPointF at = mapToScene(viewPos);
+    // Over the pinned mainline row only its keys count.
+    const TimelineGraphicsProxy *over = rowAt(at.y());
     for (QGraphicsItem *item : mScene->items(probe, Qt::IntersectsItemBoundingRect)) {
         if (item->type() != TimelineKeyGraphicsProxy::Type || !item->isVisible())
             continue;
         auto *key = static_cast<TimelineKeyGraphicsProxy *>(item);
+        if (over == mMainline && key->parentItem() != mMainline->rect())
+            continue;
         const double d = std::abs(key->scenePos().x() - at.x());
         if (!best || d < bestDistance) {
             best = key;
@@ -841,8 +900,9 @@ void TimelineView::mouseMoveEvent(QMouseEvent *event)
         for (TimelineGraphicsProxy *row : mOrder) {
             if (!row->isShown())
                 continue;
+            const bool covered = coveredByMainline(row);
             for (TimelineKeyGraphicsProxy *key : row->keys()) {
-                const bool inside = mBox.intersects(key->sceneBoundingRect());
+                const bool inside = !covered && mBox.intersects(key->sceneBoundingRect());
                 key->setSelected(inside || mSelectionAtPress.contains(key));
             }
         }
@@ -866,6 +926,7 @@ void TimelineView::mouseReleaseEvent(QMouseEvent *event)
     switch (gesture) {
     case Gesture::DragKeys:
     case Gesture::Retime:
+        endPreview();
         if (mKeysMoved) {
             createUndosFromSelectedItems();
         } else if (gesture == Gesture::DragKeys && mPressSelectedAlready && mDragged) {
@@ -1049,9 +1110,14 @@ void TimelineView::drawForeground(QPainter *painter, const QRectF &rect)
 
 void TimelineView::showKeyMenu(TimelineKeyGraphicsProxy *key, const QPoint &globalPos)
 {
-    Q_UNUSED(key);
     QMenu menu(this);
-    QMenu *curves = menu.addMenu(tr("Curve"));
+    // Tag and string keys have no curve: the menu offers none on their rows.
+    const TimelineGraphicsProxy *keyRow = nullptr;
+    for (const TimelineGraphicsProxy *r : mOrder) {
+        if (std::find(r->keys().begin(), r->keys().end(), key) != r->keys().end())
+            keyRow = r;
+    }
+    QMenu *curves = keyRow && rowHasCurves(keyRow) ? menu.addMenu(tr("Curve")) : nullptr;
     const std::pair<const char *, int> types[] = {
         {QT_TR_NOOP("Instant"), int(TweenInfo::CurveType::Instant)},
         {QT_TR_NOOP("Linear"), int(TweenInfo::CurveType::Linear)},
@@ -1062,6 +1128,8 @@ void TimelineView::showKeyMenu(TimelineKeyGraphicsProxy *key, const QPoint &glob
         {QT_TR_NOOP("Bezier"), int(TweenInfo::CurveType::Bezier)},
     };
     for (const auto &[text, type] : types) {
+        if (!curves)
+            break;
         curves->addAction(tr(text), this, [this, type = type] {
             TweenInfo curve;
             curve.setCurveType(type);
@@ -1129,7 +1197,9 @@ bool TimelineView::scaleSelectedKeyTimes(double factor)
     }
     for (TimelineGraphicsProxy *row : mOrder) {
         moveRowKeys(row, row == mMainline, riding, mZoom, animationLength(),
-                    [first, factor](int original) { return first + int((original - first) * factor); },
+                    [first, factor](int original) {
+                        return KeyEdits::scaledTime(original, first, factor);
+                    },
                     factor > 1.0);
     }
     return createUndosFromSelectedItems();

@@ -4,6 +4,7 @@
 
 #include "canvas/editorsession.h"
 #include "model/timelinefilter.h"
+#include "timeline/dragpreview.h"
 #include "timeline/keyedits.h"
 #include "timeline/timelinerows.h"
 
@@ -117,6 +118,8 @@ public:
     /// stands for its timeline keys.
     QList<KeyEdits::KeyId> selectedKeyIds() const;
     bool deleteSelectedKeys();
+    /// Whether the keys of `row` have a curve (tag and string keys have none).
+    bool rowHasCurves(const TimelineGraphicsProxy *row) const;
     /// Pastes `copy` so that its earliest key lands at the current time, by
     /// the clipboard's rules; one undo step. `message` gets the status line.
     bool pasteKeys(Copy *copy, QString *message = nullptr);
@@ -176,15 +179,25 @@ private:
     enum class Gesture { None, DragKeys, Box, Retime };
 
     void applyZoom(double factor);
+    /// Pixels per millisecond that show `length` ms whole (length > 0).
+    double fittedZoom(int length) const;
     void scrollToStart();
     void rebuild();
     void layoutRows();
     void placeItems();
     void updateSceneRect();
     void updateCompactKeys();
+    /// Keeps the mainline row at the top edge while the other rows scroll.
+    void pinMainline();
+    /// Whether `row` lies under the pinned mainline row, out of sight.
+    bool coveredByMainline(const TimelineGraphicsProxy *row) const;
     void storeOldTimes();
     void dragKeysTo(double sceneX);
     void retimeTo(double sceneX);
+    /// The canvas follows the markers of a drag; `endPreview` gives it the
+    /// document back.
+    void showPreview();
+    void endPreview();
     /// The right edge of the selection (scene x) and the earliest and latest
     /// selected times; false when nothing is selected.
     bool selectionSpan(int *first, int *last) const;
@@ -221,6 +234,7 @@ private:
     QPointF mPressScenePos;
     QRectF mBox;
     QSet<TimelineKeyGraphicsProxy *> mSelectionAtPress;
+    DragPreview mPreview;
     int mRetimeFirst = 0;
     int mRetimeLast = 0;
     QString mLastHovered;

@@ -118,14 +118,28 @@ QList<KeyEdits::KeyId> TimelineView::selectedKeyIds() const
         }
     }
     for (const TimelineGraphicsProxy *r : mOrder) {
-        if (r->id().kind != RowId::Kind::Timeline)
+        const RowId &id = r->id();
+        if (id.kind == RowId::Kind::Mainline)
             continue;
+        const bool line = id.kind == RowId::Kind::ValueLine || id.kind == RowId::Kind::TagLine;
         for (const TimelineKeyGraphicsProxy *key : r->keys()) {
-            if (key->isSelected() && !mainlineTimes.contains(key->positionalTime()))
-                keys.append({r->id().timeline, key->positionalTime()});
+            if (!key->isSelected())
+                continue;
+            if (line)
+                keys.append({-1, key->positionalTime(), id.line, id.objectIndex});
+            else if (!mainlineTimes.contains(key->positionalTime()))
+                keys.append({id.timeline, key->positionalTime()});
         }
     }
     return keys;
+}
+
+bool TimelineView::rowHasCurves(const TimelineGraphicsProxy *row) const
+{
+    const RowId &id = row->id();
+    return id.kind == RowId::Kind::Mainline || id.kind == RowId::Kind::Timeline
+           || (id.kind == RowId::Kind::ValueLine
+               && (id.line.type == VarType::Int || id.line.type == VarType::Float));
 }
 
 bool TimelineView::pasteKeys(Copy *copy, QString *message)
@@ -152,13 +166,18 @@ bool TimelineView::changeCurveOfSelectedKeys(const TweenInfo &curve)
 {
     MorvaneCanvasScene *scene = mSession ? mSession->scene() : nullptr;
     QList<KeyEdits::KeyId> keys;
-    // Every selected key, a mainline key's own curve included.
+    // Every selected key that has a curve, a mainline key's own included.
     for (const TimelineGraphicsProxy *r : mOrder) {
-        if (r->id().kind != RowId::Kind::Timeline && r->id().kind != RowId::Kind::Mainline)
+        if (!rowHasCurves(r))
             continue;
+        const RowId &id = r->id();
         for (const TimelineKeyGraphicsProxy *key : r->keys()) {
-            if (key->isSelected())
-                keys.append({r == mMainline ? -1 : r->id().timeline, key->positionalTime()});
+            if (!key->isSelected())
+                continue;
+            if (id.kind == RowId::Kind::ValueLine)
+                keys.append({-1, key->positionalTime(), id.line, id.objectIndex});
+            else
+                keys.append({r == mMainline ? -1 : id.timeline, key->positionalTime()});
         }
     }
     if (!scene || keys.isEmpty())

@@ -161,7 +161,7 @@ QByteArray TestEdit::baseline()
 
 void TestEdit::keyMoves_data()
 {
-    QTest::addColumn<QString>("changes");
+    QTest::addColumn<QString>("changes"); // a "move" step's changes, or a whole step
     QTest::addColumn<QString>("mainline");
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("times");
@@ -189,6 +189,19 @@ void TestEdit::keyMoves_data()
     QTest::newRow("two keys of a line pushed along together")
         << R"([{"line": "head", "from": 200, "to": 400}, {"line": "head", "from": 400, "to": 600}])"
         << "0,200,400,600" << "head" << "0,400,600" << "600@400";
+    // Retimes: new time = earliest + (time - earliest) x factor, truncated.
+    QTest::newRow("keys of a line scaled by 1.5")
+        << R"({"do": "scale-times", "keys": [{"line": "head", "time": 200}, {"line": "head", "time": 400}], "factor": 1.5})"
+        << "0,200,400,500,600" << "head" << "0,200,500,600" << "500@400";
+    QTest::newRow("mainline keys scaled by a half take their keys")
+        << R"({"do": "scale-times", "keys": [{"line": "mainline", "time": 400}, {"line": "mainline", "time": 600}], "factor": 0.5})"
+        << "0,200,400,500" << "torso" << "0,200,400,500" << "500@600";
+    QTest::newRow("a scaled time truncated past a key it does not meet")
+        << R"({"do": "scale-times", "keys": [{"line": "head", "time": 200}, {"line": "head", "time": 600}], "factor": 0.333})"
+        << "0,200,333,400,600" << "head" << "0,200,333,400" << "333@600";
+    QTest::newRow("scaled keys make way for one another, latest first")
+        << R"({"do": "scale-times", "keys": [{"line": "head", "time": 0}, {"line": "head", "time": 200}, {"line": "head", "time": 400}], "factor": 2})"
+        << "0,200,400,600,800" << "head" << "0,400,600,800" << "800@400";
 }
 
 void TestEdit::keyMoves()
@@ -205,7 +218,10 @@ void TestEdit::keyMoves()
     const double angle = before.angleAt(line, carry.at(1).toInt());
 
     const QString out = mDir.path() + QStringLiteral("/hero/moved.rigx");
-    const CliRun run = edit(QJsonArray{QJsonObject{{"do", "move"}, {"changes", parseArray(changes)}}}, out);
+    const QJsonObject step = changes.startsWith(QLatin1Char('{'))
+                                 ? parseObject(changes.toUtf8())
+                                 : QJsonObject{{"do", "move"}, {"changes", parseArray(changes)}};
+    const CliRun run = edit(QJsonArray{step}, out);
     QCOMPARE(said(run), QByteArray());
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(parseObject(run.out).value(QLatin1String("undo")).toArray(),
@@ -310,6 +326,12 @@ void TestEdit::failingStepSavesNothing_data()
         << R"([{"do": "length", "length": 900}, {"do": "undo", "count": 2}])"
         << "Error: step 2: nothing to undo\n";
     QTest::newRow("nothing to redo") << R"([{"do": "redo"}])" << "Error: step 1: nothing to redo\n";
+    QTest::newRow("scale by nothing")
+        << R"([{"do": "scale-times", "keys": [{"line": "hip", "time": 200}], "factor": 0}])"
+        << "Error: step 1: \"factor\" takes a number above 0\n";
+    QTest::newRow("a scaled key whose time is taken stays")
+        << R"([{"do": "scale-times", "keys": [{"line": "head", "time": 0}, {"line": "head", "time": 400}], "factor": 1.5}])"
+        << "Error: step 1: no key moves\n";
     QTest::newRow("unknown step") << R"([{"do": "explode"}])"
                                   << "Error: step 1: unknown step \"explode\"\n";
     QTest::newRow("no do") << R"([{"time": 3}])" << "Error: step 1: missing \"do\"\n";
@@ -400,10 +422,11 @@ void TestEdit::randomScriptUndoesAndRedoes()
 
     QJsonArray steps;
     int edits = 0;
+    int retimes = 0;
     const QString out = mDir.path() + QStringLiteral("/hero/random.rigx");
     for (int attempt = 0; attempt < 60 && edits < 14; ++attempt) {
         QJsonObject step;
-        switch (random.bounded(7)) {
+        switch (random.bounded(8)) {
         case 0:
             step = {{"do", "set"}, {"object", pick(lines.mid(1))}, {"x", random.bounded(200) - 100},
                     {"angle", random.bounded(360)}};
@@ -426,6 +449,17 @@ void TestEdit::randomScriptUndoesAndRedoes()
         case 5:
             step = {{"do", "length"}, {"length", 600 + random.bounded(5) * 100}};
             break;
+        case 6: {
+            // Two keys of a line (where the walk has keys), by factors below
+            // and above 1, some of them not whole.
+            const QString line = pick(lines);
+            const int first = int(random.bounded(3)) * 200;
+            step = {{"do", "scale-times"},
+                    {"keys", QJsonArray{QJsonObject{{"line", line}, {"time", first}},
+                                        QJsonObject{{"line", line}, {"time", first + 200}}}},
+                    {"factor", 0.25 * (1 + random.bounded(9))}};
+            break;
+        }
         default:
             step = {{"do", random.bounded(2) ? "undo" : "redo"}};
             break;
@@ -436,6 +470,7 @@ void TestEdit::randomScriptUndoesAndRedoes()
         if (run.exitCode == 0) {
             steps = candidate;
             ++edits;
+            retimes += step.value(QLatin1String("do")) == QLatin1String("scale-times") ? 1 : 0;
         } else {
             QCOMPARE(run.exitCode, 2); // refused, never crashed
             while (!steps.isEmpty() && steps.last().toObject().value("do") == QLatin1String("time"))
@@ -443,6 +478,7 @@ void TestEdit::randomScriptUndoesAndRedoes()
         }
     }
     QVERIFY(edits >= 8);
+    QVERIFY(retimes >= 1);
     CliRun run = edit(steps, out);
     QCOMPARE(run.exitCode, 0);
     const QByteArray final = readAll(out);

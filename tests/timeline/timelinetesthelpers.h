@@ -10,6 +10,13 @@
 #include "canvas/canvaseditor.h"
 #include "canvas/editorsession.h"
 #include "canvas/morvanecanvasscene.h"
+#include "meta/tagmanager.h"
+#include "meta/valinfocollection.h"
+#include "meta/valkey.h"
+#include "meta/valline.h"
+#include "meta/valuelineholder.h"
+#include "model/animation.h"
+#include "model/entity.h"
 #include "model/mainlinekey.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
@@ -56,16 +63,38 @@ struct TimelineFixture
     EditorSession *session() const { return canvas.session(); }
     Animation *animation() const { return session()->currentAnimation(); }
 
-    /// The row of the timeline named `name`, or the mainline for an empty name.
+    /// The row of the timeline, value line or tag line ("Tags") named `name`,
+    /// or the mainline for an empty name.
     TimelineGraphicsProxy *row(const QString &name = QString()) const
     {
         if (name.isEmpty())
             return view()->mainlineRow();
         for (TimelineGraphicsProxy *r : view()->rows()) {
-            if (r->id().kind == RowId::Kind::Timeline && r->label() == name)
+            if (r->id().kind != RowId::Kind::Mainline && r->label() == name)
                 return r;
         }
         return nullptr;
+    }
+
+    /// Gives the animation's own lines an int variable "mood" keyed at
+    /// `times` and tag keys at the same times, and shows their rows.
+    LineId addMoodAndTags(const QList<int> &times)
+    {
+        Entity *entity = hero.document.entity(0);
+        entity->valInfoCollection().addValInfo(QStringLiteral("mood"), 0, VarType::Int, entity);
+        const LineId mood{VarType::Int, entity->valInfoCollection().idFromName(QStringLiteral("mood"))};
+        // Not through the stack: the tests count its steps.
+        const int wave = hero.document.tagManager().addTag(QStringLiteral("wave"), nullptr);
+        for (const int t : times) {
+            animation()->ownLineHolder().lineForEditing(mood)->setKey(
+                ValKey::create(VarType::Int, t, t / 100));
+            animation()->ownLineHolder().tagLine().setKey(
+                ValKey::create(VarType::Tag, t, QVariant::fromValue(QList<int>{wave})));
+        }
+        // The variable's declaration is set up, not one of the steps tested.
+        hero.stack.clear();
+        view()->refresh();
+        return mood;
     }
 
     TimelineKeyGraphicsProxy *key(const QString &rowName, int time) const

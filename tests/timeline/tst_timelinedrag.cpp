@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "timelinetesthelpers.h"
 
+#include "canvas/objectgraphicsproxy.h"
 #include "model/entity.h"
 #include "model/object.h"
 #include "model/tweeninfo.h"
@@ -57,14 +58,12 @@ class TestTimelineDrag : public QObject
 
 private slots:
     void mainlineKeyOntoAnother();
-    void timelineKeyToAnEmptyTime();
-    void undoRedoGiveTheSavedBytes_data();
-    void undoRedoGiveTheSavedBytes();
-    void clickWithoutMoveRecordsNothing();
     void retime_data();
     void retime();
     void curveOfTheSelection_data();
     void curveOfTheSelection();
+    void canvasFollowsTheDrag_data();
+    void canvasFollowsTheDrag();
     void deleteKeys_data();
     void deleteKeys();
     void menuOpensAnimationProperties();
@@ -102,67 +101,6 @@ void TestTimelineDrag::mainlineKeyOntoAnother()
     QVERIFY(f.key(QString(), 400)->isSelected());
     QVERIFY(f.key(QStringLiteral("torso"), 400)->isSelected());
     QVERIFY(!f.key(QString(), 200)->isSelected());
-}
-
-void TestTimelineDrag::timelineKeyToAnEmptyTime()
-{
-    TimelineFixture f;
-    const QByteArray before = f.hero.savedBytes();
-    const int mainlineKeysBefore = f.animation()->mainlineKeyCount();
-    f.drag(f.row(QStringLiteral("torso")), 200, 300);
-    QCOMPARE(f.hero.stack.count(), 1);
-    // A new mainline key at 300; the one at 200 stays.
-    QCOMPARE(mainlineTimes(f.animation()), (QList<int>{0, 200, 300, 400, 600}));
-    QCOMPARE(f.animation()->mainlineKeyCount(), mainlineKeysBefore + 1);
-    QCOMPARE(keyTimes(f.animation(), QStringLiteral("torso")), (QList<int>{0, 300, 400, 600}));
-    QCOMPARE(keyTimes(f.animation(), QStringLiteral("head")), (QList<int>{0, 200, 400, 600}));
-    QCOMPARE(f.view()->mainlineRow()->keys().size(), size_t(5));
-    f.hero.stack.undo();
-    QCOMPARE(f.hero.savedBytes(), before);
-}
-
-void TestTimelineDrag::undoRedoGiveTheSavedBytes_data()
-{
-    QTest::addColumn<QString>("row");
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("to");
-    QTest::addColumn<bool>("snapping");
-    QTest::newRow("mainline key later") << "" << 200 << 290 << false;
-    QTest::newRow("mainline key to the end") << "" << 600 << 2000 << false;
-    QTest::newRow("mainline key to zero") << "" << 200 << -50 << false;
-    QTest::newRow("timeline key snapped") << "head" << 400 << 551 << true;
-    QTest::newRow("bone key back") << "hip" << 600 << 510 << false;
-}
-
-void TestTimelineDrag::undoRedoGiveTheSavedBytes()
-{
-    QFETCH(QString, row);
-    QFETCH(int, from);
-    QFETCH(int, to);
-    QFETCH(bool, snapping);
-    TimelineFixture f;
-    TimelineView::snappingEnabled = snapping;
-    const QByteArray before = f.hero.savedBytes();
-    f.drag(f.row(row), from, to);
-    QCOMPARE(f.hero.stack.count(), 1);
-    const QByteArray after = f.hero.savedBytes();
-    QVERIFY(after != before);
-    f.hero.stack.undo();
-    QCOMPARE(f.hero.savedBytes(), before);
-    f.hero.stack.redo();
-    QCOMPARE(f.hero.savedBytes(), after);
-    f.hero.stack.undo();
-    QCOMPARE(f.hero.savedBytes(), before);
-}
-
-void TestTimelineDrag::clickWithoutMoveRecordsNothing()
-{
-    TimelineFixture f;
-    f.click(f.row(QStringLiteral("torso")), 200);
-    f.click(f.row(), 400);
-    // A drag back to where it started moves nothing either.
-    f.drag(f.row(QStringLiteral("head")), 200, 200);
-    QCOMPARE(f.hero.stack.count(), 0);
 }
 
 void TestTimelineDrag::retime_data()
@@ -204,32 +142,169 @@ void TestTimelineDrag::retime()
 void TestTimelineDrag::curveOfTheSelection_data()
 {
     QTest::addColumn<int>("type");
-    QTest::newRow("instant") << int(TweenInfo::CurveType::Instant);
-    QTest::newRow("quadratic") << int(TweenInfo::CurveType::Quadratic);
-    QTest::newRow("bezier") << int(TweenInfo::CurveType::Bezier);
+    QTest::addColumn<QString>("second"); // the key selected with torso@200
+    QTest::addColumn<bool>("offered");
+    QTest::newRow("instant") << int(TweenInfo::CurveType::Instant) << "head" << true;
+    QTest::newRow("quadratic") << int(TweenInfo::CurveType::Quadratic) << "head" << true;
+    QTest::newRow("bezier") << int(TweenInfo::CurveType::Bezier) << "head" << true;
+    QTest::newRow("with a value key") << int(TweenInfo::CurveType::Cubic) << "mood" << true;
+    // A tag key has no curve: the key's menu offers none.
+    QTest::newRow("on a tag key") << int(TweenInfo::CurveType::Cubic) << "Tags" << false;
 }
 
+// Through the key's menu, opened with a right click on the second key.
 void TestTimelineDrag::curveOfTheSelection()
 {
     QFETCH(int, type);
+    QFETCH(QString, second);
+    QFETCH(bool, offered);
     TimelineFixture f;
+    const LineId mood = f.addMoodAndTags({0, 400});
     const QByteArray before = f.hero.savedBytes();
     f.click(f.row(QStringLiteral("torso")), 200);
-    f.click(f.row(QStringLiteral("head")), 400, Qt::ShiftModifier);
-    TweenInfo curve;
-    curve.setCurveType(type);
-    QVERIFY(f.view()->changeCurveOfSelectedKeys(curve));
+    f.click(f.row(second), 400, Qt::ShiftModifier);
+    bool hasCurves = false;
+    onNextModal([&](QWidget *popup) {
+        auto *menu = qobject_cast<QMenu *>(popup);
+        QAction *curves = nullptr;
+        for (QAction *a : menu ? menu->actions() : QList<QAction *>()) {
+            if (a->text() == QLatin1String("Curve"))
+                curves = a;
+        }
+        hasCurves = curves != nullptr;
+        if (curves) {
+            TweenInfo named;
+            named.setCurveType(type);
+            for (QAction *a : curves->menu()->actions()) {
+                if (a->text().compare(named.curveTypeName(), Qt::CaseInsensitive) == 0)
+                    a->trigger();
+            }
+        }
+        popup->close();
+    });
+    QTest::mouseClick(f.viewport(), Qt::RightButton, Qt::NoModifier, f.at(f.row(second), 400));
+    QTRY_VERIFY(!QApplication::activePopupWidget());
+    QCOMPARE(hasCurves, offered);
+    if (!offered) {
+        QCOMPARE(f.hero.stack.count(), 0);
+        return;
+    }
     QCOMPARE(f.hero.stack.count(), 1);
+    QCOMPARE(f.hero.stack.text(0), QStringLiteral("curve changed"));
     const Animation *walk = f.animation();
     QCOMPARE(walk->timelineFromObjectName(QStringLiteral("torso"))->actualKeyFromTime(200)->curve().curveType(),
              type);
-    QCOMPARE(walk->timelineFromObjectName(QStringLiteral("head"))->actualKeyFromTime(400)->curve().curveType(),
-             type);
+    const TweenInfo &changed = second == QLatin1String("mood")
+                                   ? walk->ownLineHolder().line(mood)->keyAtTime(400)->curve()
+                                   : walk->timelineFromObjectName(second)->actualKeyFromTime(400)->curve();
+    QCOMPARE(changed.curveType(), type);
     // Keys not selected keep theirs.
     QVERIFY(walk->timelineFromObjectName(QStringLiteral("head"))->actualKeyFromTime(200)->curve().curveType()
-            != type || type == int(TweenInfo::CurveType::Linear));
+            != type);
     f.hero.stack.undo();
     QCOMPARE(f.hero.savedBytes(), before);
+}
+
+void TestTimelineDrag::canvasFollowsTheDrag_data()
+{
+    QTest::addColumn<QString>("row");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<int>("time"); // the current time
+    QTest::addColumn<bool>("snapping");
+    QTest::addColumn<QString>("mainline"); // the mainline key times after the drag
+    // The walk: the mainline and most lines keyed at 0, 200, 400 and 600 ms;
+    // the bones and the lantern move, the sprites on the bones keep still.
+    QTest::newRow("mainline key later") << "" << 200 << 300 << 250 << false
+                                    << "0,300,400,600";
+    QTest::newRow("mainline key onto another") << "" << 400 << 200 << 300 << false
+                                    << "0,200,600";
+    QTest::newRow("mainline key past the time") << "" << 200 << 500 << 450 << false
+                                    << "0,400,500,600";
+    QTest::newRow("mainline key to the end") << "" << 600 << 2000 << 700 << false
+                                    << "0,200,400,800";
+    QTest::newRow("mainline key to zero") << "" << 200 << -50 << 100 << false
+                                    << "0,400,600";
+    QTest::newRow("bone key to a free time") << "spine" << 200 << 300 << 250 << false
+                                    << "0,200,300,400,600";
+    QTest::newRow("bone key earlier") << "leg_front_upper" << 400 << 100 << 150 << false
+                                    << "0,100,200,400,600";
+    QTest::newRow("bone key back") << "hip" << 600 << 510 << 550 << false
+                                    << "0,200,400,510,600";
+    QTest::newRow("bone key to the end of the loop") << "hip" << 600 << 800 << 700 << false
+                                    << "0,200,400,600,800";
+    QTest::newRow("sprite key past the time") << "lantern" << 200 << 350 << 300 << false
+                                    << "0,200,350,400,600";
+    // Snapped to 500 on the way, it stays there: 600 is taken by its own line.
+    QTest::newRow("sprite key snapped") << "head" << 400 << 551 << 500 << true
+                                    << "0,200,400,500,600";
+    QTest::newRow("a drag back to its start") << "head" << 200 << 200 << 100 << false
+                                    << "0,200,400,600";
+}
+
+// While keys are dragged the canvas shows what the drag will record, and the
+// document is untouched until the release; the drag is one step whose undo
+// gives back the saved bytes and the canvas, and whose redo the edited ones.
+void TestTimelineDrag::canvasFollowsTheDrag()
+{
+    QFETCH(QString, row);
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QFETCH(int, time);
+    QFETCH(bool, snapping);
+    QFETCH(QString, mainline);
+    TimelineFixture f;
+    TimelineView::snappingEnabled = snapping;
+    f.session()->setCurrentTime(time);
+    const QByteArray before = f.hero.savedBytes();
+    MorvaneCanvasScene *scene = f.session()->scene();
+    const auto shown = [&] {
+        QList<QList<double>> out;
+        for (int i = 0; i < scene->instTimelineProxyCount(); ++i) {
+            const ObjectGraphicsProxy *p = scene->timelineProxy(i);
+            const DisplayInfo d = p->displayInfo();
+            out.append({double(p->isShownInPose()), d.x, d.y, d.angle, d.xScale, d.yScale, d.alpha});
+        }
+        return out;
+    };
+    const auto same = [](const QList<QList<double>> &a, const QList<QList<double>> &b) {
+        for (int i = 0; i < a.size() && a.size() == b.size(); ++i) {
+            for (int v = 0; v < a[i].size(); ++v) {
+                if (qAbs(a[i][v] - b[i][v]) > 1e-6) {
+                    qWarning("timeline %d, value %d: %g and %g", i, v, a[i][v], b[i][v]);
+                    return false;
+                }
+            }
+        }
+        return a.size() == b.size();
+    };
+    const QList<QList<double>> still = shown();
+    f.dragWithoutRelease(f.row(row), from, to);
+    QCOMPARE(scene->isPreviewing(), from != to);
+    const QList<QList<double>> dragging = shown();
+    QCOMPARE(f.hero.savedBytes(), before);
+    QTest::mouseRelease(f.viewport(), Qt::LeftButton, Qt::NoModifier, f.at(f.row(row), to));
+    QVERIFY(!scene->isPreviewing());
+    if (from == to) {
+        QCOMPARE(f.hero.stack.count(), 0);
+        return;
+    }
+    QCOMPARE(f.hero.stack.count(), 1);
+    QVERIFY(same(shown(), dragging));
+    QStringList times;
+    for (const int t : mainlineTimes(f.animation()))
+        times << QString::number(t);
+    QCOMPARE(times.join(QLatin1Char(',')), mainline);
+    // A mainline key in the rows for each, the new ones included.
+    QCOMPARE(f.view()->mainlineRow()->keys().size(), size_t(times.size()));
+    const QByteArray after = f.hero.savedBytes();
+    QVERIFY(after != before);
+    f.hero.stack.undo();
+    QCOMPARE(f.hero.savedBytes(), before);
+    QVERIFY(same(shown(), still));
+    f.hero.stack.redo();
+    QCOMPARE(f.hero.savedBytes(), after);
+    QVERIFY(same(shown(), dragging));
 }
 
 void TestTimelineDrag::deleteKeys_data()
@@ -239,8 +314,13 @@ void TestTimelineDrag::deleteKeys_data()
     // The idle animation has keys at 0 and 600 only; "!" presses Delete.
     QTest::newRow("one key") << QStringList{"torso@600"} << "key deleted";
     QTest::newRow("two keys") << QStringList{"torso@600", "+head@600"} << "keys deleted";
+    // The value and tag keys at 600 go with the mainline key without counting.
     QTest::newRow("a mainline key") << QStringList{"@600"} << "key deleted";
     QTest::newRow("the only key left") << QStringList{"torso@600", "!", "torso@0"} << "";
+    QTest::newRow("a value key") << QStringList{"mood@600"} << "key deleted";
+    QTest::newRow("the last value key") << QStringList{"mood@600", "!", "mood@0"} << "key deleted";
+    QTest::newRow("a tag key and a timeline key") << QStringList{"Tags@600", "+torso@600"}
+                                                  << "keys deleted";
 }
 
 void TestTimelineDrag::deleteKeys()
@@ -248,6 +328,7 @@ void TestTimelineDrag::deleteKeys()
     QFETCH(QStringList, clicks);
     QFETCH(QString, label);
     TimelineFixture f(QStringLiteral("idle"));
+    f.addMoodAndTags({0, 600});
     QSignalSpy status(&f.editor, &TimelineEditor::statusMessage);
     for (QString click : clicks) {
         if (click == QLatin1String("!")) {

@@ -3,6 +3,7 @@
 #include "timelinetesthelpers.h"
 
 #include "canvas/objectgraphicsproxy.h"
+#include "model/entity.h"
 #include "model/object.h"
 #include "timeline/timelineitems.h"
 
@@ -31,6 +32,9 @@ private slots:
     void keysOfOneRowNeverMeet();
     void clickSelection_data();
     void clickSelection();
+    void mainlineStaysPinned();
+    void soundRowDrawsItsVolume_data();
+    void soundRowDrawsItsVolume();
     void boxSelection_data();
     void boxSelection();
     void selectAllWithCtrlA();
@@ -134,8 +138,13 @@ void TestTimelineView::zoomFloorAndFit()
     QFETCH(double, expected);
     TimelineFixture f;
     f.view()->setZoomFactor(factor);
-    if (expected == -1.0)
-        expected = (f.viewport()->width() - 10.0) / 800.0;
+    if (expected == -1.0) {
+        // Fitted, the end of the 800 ms walk shows, clear of the right edge.
+        const int end = f.view()->mapFromScene(QPointF(800 * f.view()->zoomFactor(), 0)).x();
+        QVERIFY2(end >= f.viewport()->width() - 40 && end <= f.viewport()->width() - 12,
+                 qPrintable(QStringLiteral("end at %1 of %2").arg(end).arg(f.viewport()->width())));
+        expected = f.view()->zoomFactor();
+    }
     QCOMPARE(f.view()->zoomFactor(), expected);
     // Markers sit at time times the factor.
     const TimelineKeyGraphicsProxy *key = f.view()->mainlineRow()->keys()[1];
@@ -282,6 +291,75 @@ void TestTimelineView::clickSelection()
     QCOMPARE(f.selectedCount(), selected);
     for (const TimelineKeyGraphicsProxy *key : f.view()->selectedKeys())
         QCOMPARE(key->positionalTime(), key->originalTime());
+}
+
+// Scrolled to the last rows, the mainline row stays at the top of the view
+// and of the labels, and a click there takes a mainline key, not the key of
+// the row scrolled under it (the mainline key then selects its timeline keys).
+void TestTimelineView::mainlineStaysPinned()
+{
+    TimelineFixture f;
+    f.editor.resize(1100, 220);
+    QApplication::processEvents();
+    QScrollBar *bar = f.view()->verticalScrollBar();
+    QVERIFY(bar->maximum() > 100);
+    bar->setValue(bar->maximum());
+    const double top = f.view()->mapToScene(QPoint(0, 0)).y();
+    QCOMPARE(f.view()->mainlineRow()->top(), top);
+    QCOMPARE(f.view()->rowAt(top + 10), f.view()->mainlineRow());
+    QCOMPARE(f.editor.labelView()->nameCenter(f.view()->mainlineRow()).y(), 10);
+
+    QTest::mouseClick(f.viewport(), Qt::LeftButton, Qt::NoModifier,
+                      QPoint(int(200 * f.view()->zoomFactor()) - f.view()->horizontalScrollBar()->value(), 10));
+    QVERIFY(f.key(QString(), 200)->isSelected());
+    bar->setValue(0);
+    QCOMPARE(f.view()->mainlineRow()->top(), 0.0);
+}
+
+void TestTimelineView::soundRowDrawsItsVolume_data()
+{
+    QTest::addColumn<double>("first");  // the volume of the key at 0
+    QTest::addColumn<double>("second"); // the volume of the key at 400
+    QTest::newRow("fading out") << 1.0 << 0.0;
+    QTest::newRow("fading in") << 0.0 << 1.0;
+    QTest::newRow("half") << 0.5 << 0.5;
+}
+
+// A sound row is taller: its volume runs as a line over the keys, full volume
+// at the top of the band (y 3) and silence at its bottom (y 37).
+void TestTimelineView::soundRowDrawsItsVolume()
+{
+    QFETCH(double, first);
+    QFETCH(double, second);
+    TimelineFixture f;
+    auto *object = new Object(QStringLiteral("steps"), Object::Sound);
+    f.hero.document.entity(0)->appendObject(object);
+    Timeline *sound = f.animation()->appendObjectAsTimeline(object);
+    for (const auto &[time, volume] : {std::pair{0, first}, {400, second}}) {
+        auto *key = new TimelineKey;
+        key->setCachedTime(time);
+        key->soundInfo().volume = volume;
+        sound->appendTimelineKey(key, true, false);
+    }
+    f.view()->refresh();
+    const TimelineGraphicsProxy *row = f.row(QStringLiteral("steps"));
+    QVERIFY(row);
+    QCOMPARE(row->ownHeight(), 60);
+    f.view()->verticalScrollBar()->setValue(int(row->top()) - 40);
+    const QImage image = f.viewport()->grab().toImage();
+    // Where the line stands at a time: the pixel row whose colour is the
+    // line's (the sound rows' teal), searched down the band.
+    const auto lineY = [&](int time) {
+        const QPoint top = f.view()->mapFromScene(QPointF(time, row->top()));
+        for (int y = 0; y < 40; ++y) {
+            const QColor c = image.pixelColor(top.x(), top.y() + y);
+            if (c.green() > 150 && c.blue() > 150 && c.red() < 150)
+                return y;
+        }
+        return -1;
+    };
+    QVERIFY(qAbs(lineY(100) - (37 - (first * 3 + second) / 4 * 34)) <= 2);
+    QVERIFY(qAbs(lineY(600) - (37 - second * 34)) <= 2);
 }
 
 void TestTimelineView::boxSelection_data()

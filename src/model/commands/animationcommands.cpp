@@ -42,9 +42,14 @@ public:
         return pool;
     }
 
-    // The entry holding `key`'s values.
-    quint32 intern(const TimelineKey &key)
+    // The entry holding `key`'s values. `hint` is the entry the key had when
+    // this place of the animation was last packed or restored (or none): a
+    // drag leaves almost every key where it was, so that guess is checked
+    // first and the search stays for what moved or changed.
+    quint32 intern(const TimelineKey &key, const TimelineKey *hintKey, quint32 hint)
     {
+        if (hintKey == &key && hint < mKeys.size() && sameValues(*mKeys[hint], key))
+            return hint;
         const auto cached = mByLiveKey.constFind(&key);
         if (cached != mByLiveKey.constEnd() && sameValues(*mKeys[cached.value()], key))
             return cached.value();
@@ -53,6 +58,24 @@ public:
         mByLiveKey.insert(&key, id);
         return id;
     }
+
+    // Where each key was packed or restored last, by timeline and place, so
+    // that the next state of the same animation finds its entries in order.
+    struct Recent
+    {
+        std::vector<qsizetype> firstOfTimeline;
+        std::vector<std::pair<const TimelineKey *, quint32>> keys;
+
+        std::pair<const TimelineKey *, quint32> at(int timeline, int index) const
+        {
+            if (timeline < 0 || size_t(timeline) + 1 >= firstOfTimeline.size())
+                return {nullptr, 0};
+            const qsizetype i = firstOfTimeline[size_t(timeline)] + index;
+            return i < firstOfTimeline[size_t(timeline) + 1] ? keys[size_t(i)]
+                                                             : std::pair<const TimelineKey *, quint32>{nullptr, 0};
+        }
+    };
+    Recent &recent() { return mRecent; }
 
     const TimelineKey *key(quint32 id) const
     {
@@ -101,8 +124,9 @@ private:
     }
 
     std::vector<std::unique_ptr<TimelineKey>> mKeys;
-    // Where each live key's values were last put: found again without a search.
+    // Where each live key's values were first put, for keys the hints miss.
     QHash<const TimelineKey *, quint32> mByLiveKey;
+    Recent mRecent;
 };
 
 } // namespace
@@ -158,6 +182,57 @@ qint32 sum(qint32 difference, qint32 b)
     return qint32(quint32(difference) + quint32(b));
 }
 
+// Where each key of the animation stands (timeline and index), by address:
+// references name their keys by pointer, and finding the place here spares
+// reading every key again through its reference.
+class KeyPlaces
+{
+public:
+    explicit KeyPlaces(size_t count)
+    {
+        size_t capacity = 64;
+        while (capacity < count * 2)
+            capacity *= 2;
+        mSlots.resize(capacity);
+        mMask = capacity - 1;
+    }
+    void insert(const void *key, qint32 timeline, qint32 index)
+    {
+        for (size_t i = slot(key);; i = (i + 1) & mMask) {
+            if (!mSlots[i].key) {
+                mSlots[i] = {key, timeline, index};
+                return;
+            }
+        }
+    }
+    // False when `key` is not a key of the animation.
+    bool find(const void *key, qint32 *timeline, qint32 *index) const
+    {
+        for (size_t i = slot(key); mSlots[i].key; i = (i + 1) & mMask) {
+            if (mSlots[i].key == key) {
+                *timeline = mSlots[i].timeline;
+                *index = mSlots[i].index;
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    struct Slot
+    {
+        const void *key = nullptr;
+        qint32 timeline = -1;
+        qint32 index = -1;
+    };
+    size_t slot(const void *key) const
+    {
+        return size_t((quintptr(key) >> 4) * quintptr(0x9E3779B97F4A7C15ull)) & mMask;
+    }
+    std::vector<Slot> mSlots;
+    size_t mMask = 0;
+};
+
 // The last state packed, so that the "before" of an edit that follows another
 // shares the "after" of that one instead of holding the same numbers again.
 struct LastPacked
@@ -192,6 +267,12 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
     // before when it has as many.
     std::vector<qint32> n;
     QHash<const Timeline *, int> timelineIndex;
+    KeyPool::Recent recent;
+    size_t keyCount = 0;
+    for (int t = 0; t < animation.timelineCount(); ++t)
+        keyCount += size_t(animation.timeline(t)->keyCount());
+    KeyPlaces places(keyCount);
+    recent.firstOfTimeline.reserve(size_t(animation.timelineCount()) + 1);
     n.push_back(animation.timelineCount());
     for (int t = 0; t < animation.timelineCount(); ++t) {
         const Timeline *tl = animation.timeline(t);
@@ -200,23 +281,68 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         s.timelineObjects.append(entity && tl->object() ? entity->indexOfObject(tl->object()) : -1);
         s.timelineIds.append(tl->id());
         n.push_back(tl->keyCount());
+        recent.firstOfTimeline.push_back(qsizetype(recent.keys.size()));
         qint32 time = 0;
         qint32 id = 0;
         for (int k = 0; k < tl->keyCount(); ++k) {
             const TimelineKey *key = tl->key(k);
-            const auto value = qint32(mPool->intern(*key));
+            places.insert(static_cast<const MorvaneModelItem *>(key), t, k);
+            const auto [hintKey, hint] = mPool->recent().at(t, k);
+            const quint32 value = mPool->intern(*key, hintKey, hint);
+            recent.keys.emplace_back(key, value);
             n.push_back(difference(key->cachedTime(), time));
-            n.push_back(difference(value, id));
+            n.push_back(difference(qint32(value), id));
             time = key->cachedTime();
-            id = value;
+            id = qint32(value);
         }
     }
+    recent.firstOfTimeline.push_back(qsizetype(recent.keys.size()));
+    mPool->recent() = std::move(recent);
+
+    // A key's place in its timeline: references walk the mainline in time
+    // order, so each timeline's next key is almost always the one found last
+    // or the one after it; the search is for the rest.
     std::vector<qint32> section;
+    std::vector<int> lastFound[3];
+    for (std::vector<int> &found : lastFound)
+        found.assign(size_t(animation.timelineCount()), 0);
+    int placing = 0;
     const auto keyPlace = [&](const TimelineKey *key) {
+        qint32 foundTimeline = -1;
+        qint32 foundIndex = -1;
+        if (key && places.find(static_cast<const MorvaneModelItem *>(key), &foundTimeline, &foundIndex)) {
+            section.push_back(foundTimeline);
+            section.push_back(foundIndex);
+            return;
+        }
         const Timeline *tl = key ? key->parentTimeline() : nullptr;
-        const int t = timelineIndex.value(tl, -1);
+        const int t = tl ? timelineIndex.value(tl, -1) : -1;
+        int k = -1;
+        if (t >= 0) {
+            int &last = lastFound[placing][size_t(t)];
+            if (tl->key(last) == key)
+                k = last;
+            else if (tl->key(last + 1) == key)
+                k = last + 1;
+            else
+                k = tl->indexOfKey(key);
+            last = std::max(k, 0);
+        }
         section.push_back(t);
-        section.push_back(t < 0 ? -1 : tl->indexOfKey(key));
+        section.push_back(k);
+    };
+    // A reference's key by the pointer it holds, read through the reference
+    // only when that is not a key of this animation.
+    const auto refPlace = [&](const ObjectRef *ref) {
+        qint32 foundTimeline = -1;
+        qint32 foundIndex = -1;
+        const MorvaneModelItem *direct = ref->keyAddress().directPointer();
+        if (direct && places.find(direct, &foundTimeline, &foundIndex)) {
+            section.push_back(foundTimeline);
+            section.push_back(foundIndex);
+            return;
+        }
+        keyPlace(ref->key());
     };
     std::vector<qint32> previous[3];
     const auto writeSection = [&](int which) {
@@ -235,21 +361,24 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
         n.push_back(mk->id());
         n.push_back((mk->editorFlag() ? 1 : 0) | (mk->onionSkinFlag() ? 2 : 0));
         n.push_back(mk->boneRefCount());
+        placing = 0;
         for (int i = 0; i < mk->boneRefCount(); ++i) {
             const BoneRef *r = mk->boneRef(i);
-            keyPlace(r->key());
+            refPlace(r);
             section.push_back(mk->indexOfBoneRef(r->parentRef()));
         }
         writeSection(0);
         n.push_back(mk->zRefCount());
+        placing = 1;
         for (int i = 0; i < mk->zRefCount(); ++i) {
             const ZRef *r = mk->zRef(i);
-            keyPlace(r->key());
+            refPlace(r);
             section.push_back(mk->indexOfBoneRef(r->parentRef()));
             section.push_back(r->loadZIndex());
         }
         writeSection(1);
         n.push_back(mk->childTimeKeyCount());
+        placing = 2;
         for (int i = 0; i < mk->childTimeKeyCount(); ++i)
             keyPlace(mk->childTimeKey(i));
         writeSection(2);
@@ -282,10 +411,12 @@ void AnimationState::restore(Animation *animation) const
 
     std::vector<std::unique_ptr<Timeline>> timelines;
     const int timelineCount = next();
+    KeyPool::Recent recent;
     for (int t = 0; t < timelineCount; ++t) {
         Object *object = entity ? entity->object(s.timelineObjects.value(t)) : nullptr;
         auto tl = std::make_unique<Timeline>(object, s.timelineNames.value(t), s.timelineIds.value(t));
         const int keys = next();
+        recent.firstOfTimeline.push_back(qsizetype(recent.keys.size()));
         qint32 time = 0;
         qint32 id = 0;
         for (int k = 0; k < keys; ++k) {
@@ -295,9 +426,15 @@ void AnimationState::restore(Animation *animation) const
             auto *key = value ? new TimelineKey(*value) : new TimelineKey;
             key->setCachedTime(time);
             tl->appendTimelineKey(key, false, false);
+            if (value)
+                recent.keys.emplace_back(key, quint32(id));
+            else
+                recent.keys.emplace_back(nullptr, 0);
         }
         timelines.push_back(std::move(tl));
     }
+    recent.firstOfTimeline.push_back(qsizetype(recent.keys.size()));
+    mPool->recent() = std::move(recent);
     std::vector<qint32> previous[3];
     std::vector<qint32> section;
     size_t at = 0;
