@@ -186,6 +186,12 @@ TimelineEditor::TimelineEditor(EditorSession *session, QWidget *parent)
 TimelineEditor::~TimelineEditor()
 {
     qApp->removeEventFilter(mSpaceFilter);
+    // The child widgets outlive this body; one losing focus as it goes (the length field
+    // finishing its edit) must not call into an editor that is half gone.
+    for (QObject *child : findChildren<QObject *>())
+        child->disconnect(this);
+    if (mSession)
+        mSession->disconnect(this);
 }
 
 QAction *TimelineEditor::addAction(const QString &objectName, const QString &text,
