@@ -158,24 +158,33 @@ void PoseEvaluator::rebuild(const Animation *animation)
     // and the blend from each key towards the next one.
     QHash<const Timeline *, int> lineOf;
     std::vector<int> order;
+    std::vector<int> times;
     std::vector<Key> keys;
     for (int i = 0; i < animation->timelineCount(); ++i) {
         const Timeline *tl = animation->timeline(i);
         lineOf.insert(tl, i);
         Line line{int(mKeyTimes.size()), tl->keyCount(), int(mKeySpans.size()), tl, tl->object()};
         keys.clear();
+        // A key's time is read through its mainline key: read each once. The
+        // model keeps its keys in order almost always, so a pass that finds
+        // them so spares the sort.
+        times.resize(size_t(tl->keyCount()));
+        for (int k = 0; k < tl->keyCount(); ++k)
+            times[size_t(k)] = tl->key(k)->time(true);
         order.resize(size_t(tl->keyCount()));
         std::iota(order.begin(), order.end(), 0);
-        std::stable_sort(order.begin(), order.end(), [tl](int a, int b) {
-            return tl->key(a)->time(true) < tl->key(b)->time(true);
-        });
+        if (!std::is_sorted(times.begin(), times.end())) {
+            std::stable_sort(order.begin(), order.end(), [&times](int a, int b) {
+                return times[size_t(a)] < times[size_t(b)];
+            });
+        }
         for (int k = 0; k < line.keyCount; ++k) {
             const TimelineKey *key = tl->key(order[size_t(k)]);
             const DisplayInfo &info = key->info();
             const File *pivotFile = nullptr;
             if (!info.fileLink().isEmpty())
                 pivotFile = info.fileLink().file(false);
-            const int time = key->time(true);
+            const int time = times[size_t(order[size_t(k)])];
             mKeyTimes.push_back(time);
             int curve = -1;
             if (!key->curve().isLinear()) {

@@ -563,12 +563,19 @@ void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
 {
     KeyTimeChangeInstructionSet set = instructions;
     // Keys that give way are deleted: the references that showed them are found
-    // again by their timelines afterwards.
+    // again by their timelines afterwards. Noted just before the first key is
+    // deleted, as most moves delete none and noting is costly.
     QHash<const ObjectRef *, Timeline *> refTimelines;
-    for (const auto &mk : mMainlineKeys) {
-        for (int i = 0; i < mk->refCount(); ++i)
-            refTimelines.insert(mk->ref(i), mk->ref(i)->timeline());
-    }
+    bool refTimelinesNoted = false;
+    const auto noteRefTimelines = [&]() {
+        if (refTimelinesNoted)
+            return;
+        refTimelinesNoted = true;
+        for (const auto &mk : mMainlineKeys) {
+            for (int i = 0; i < mk->refCount(); ++i)
+                refTimelines.insert(mk->ref(i), mk->ref(i)->timeline());
+        }
+    };
     // Timeline keys of a moved mainline key go with it, not on their own.
     set.removeAllChangesFromSharedKeysWithZeroLine(true);
 
@@ -596,6 +603,7 @@ void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
         for (auto it = moves.begin(); it != moves.end();) {
             if (landing.value(it->second) != it->first) {
                 moving.remove(it->first);
+                noteRefTimelines();
                 deleteMainlineKey(it->first);
                 it = moves.erase(it);
             } else {
@@ -604,8 +612,10 @@ void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
         }
         for (const auto &[mk, to] : moves) {
             MainlineKey *there = mainlineKeyAtExactTime(to);
-            if (there && !moving.contains(there))
+            if (there && !moving.contains(there)) {
+                noteRefTimelines();
                 deleteMainlineKey(there);
+            }
         }
         for (const auto &[mk, to] : moves)
             mk->setCurrentTime(to, true, true);
@@ -641,6 +651,7 @@ void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
         for (auto it = moves.begin(); it != moves.end();) {
             if (landing.value(it->second) != it->first) {
                 moving.remove(it->first);
+                noteRefTimelines();
                 tl->removeKey(it->first, true);
                 it = moves.erase(it);
             } else {
@@ -654,6 +665,7 @@ void Animation::applyMovedLines(const KeyTimeChangeInstructionSet &instructions,
         for (const auto &[k, to] : moves) {
             TimelineKey *there = tl->actualKeyFromTime(to);
             while (there && !moving.contains(there)) {
+                noteRefTimelines();
                 tl->removeKey(there, true);
                 there = tl->actualKeyFromTime(to);
             }
