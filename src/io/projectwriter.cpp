@@ -113,30 +113,10 @@ bool ProjectWriter::isClockwise(double from, double to)
 
 void ProjectWriter::indexFiles()
 {
-    // One pass over every key instead of one per file: projects hold far more keys than
-    // files.
-    QSet<const File *> used;
-    for (int e = 0; e < mDocument.entityCount(); ++e) {
-        const Entity *entity = mDocument.entity(e);
-        for (int a = 0; a < entity->animationCount(); ++a) {
-            const Animation *animation = entity->animation(a);
-            for (int t = 0; t < animation->timelineCount(); ++t) {
-                const Timeline *timeline = animation->timeline(t);
-                for (int k = 0; k < timeline->keyCount(); ++k) {
-                    if (const File *file = timeline->key(k)->fileInfo().file())
-                        used.insert(file);
-                }
-            }
-        }
-    }
+    const QSet<const File *> used = mDocument.filesShownByKeys();
     const auto kept = [this, &used](const File *file) {
-        if (used.contains(file))
-            return true;
-        for (int e = 0; e < mDocument.entityCount(); ++e) {
-            if (mDocument.entity(e)->charMapsContainFile(file))
-                return true;
-        }
-        return file->fileStillValid(); // asked last: it looks at the disk
+        // The disk is asked last.
+        return mDocument.fileInUse(file, used) || file->fileStillValid();
     };
 
     mFilePositions.clear();

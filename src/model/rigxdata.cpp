@@ -309,7 +309,18 @@ void RigxData::clear()
     mTagManager.clear();
 }
 
-void RigxData::removeUnusedFiles()
+bool RigxData::fileInUse(const File *file, const QSet<const File *> &shownByKeys) const
+{
+    if (shownByKeys.contains(file))
+        return true;
+    for (const auto &entity : mEntities) {
+        if (entity->charMapsContainFile(file))
+            return true;
+    }
+    return false;
+}
+
+QSet<const File *> RigxData::filesShownByKeys() const
 {
     // One pass over every key instead of one per file: projects hold far more
     // keys than files.
@@ -326,7 +337,12 @@ void RigxData::removeUnusedFiles()
             }
         }
     }
+    return used;
+}
 
+void RigxData::removeUnusedFiles()
+{
+    const QSet<const File *> used = filesShownByKeys();
     mMissingImages.clear();
     for (size_t fi = mFolders.size(); fi-- > 0;) {
         Folder *folder = mFolders[fi].get();
@@ -334,10 +350,7 @@ void RigxData::removeUnusedFiles()
             File *f = folder->file(i);
             if (f->fileStillValid())
                 continue;
-            bool keep = used.contains(f);
-            for (size_t e = 0; !keep && e < mEntities.size(); ++e)
-                keep = mEntities[e]->charMapsContainFile(f);
-            if (keep) {
+            if (fileInUse(f, used)) {
                 if (!f->imageLoaded())
                     f->setPlaceholderImage();
                 mMissingImages.prepend(f->fullPath());

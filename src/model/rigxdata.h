@@ -10,6 +10,7 @@
 #include <QMap>
 #include <QObject>
 #include <QPointF>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -130,6 +131,11 @@ public:
     /// named by any character map, and folders left empty. Missing files that
     /// are still used stay, get a placeholder and are listed as missing.
     void removeUnusedFiles();
+    /// Every file a timeline key shows.
+    QSet<const File *> filesShownByKeys() const;
+    /// Whether `file` is in `shownByKeys` (from `filesShownByKeys`) or named by
+    /// a character map.
+    bool fileInUse(const File *file, const QSet<const File *> &shownByKeys) const;
     QStringList missingImageFullPaths() const { return mMissingImages; }
     bool hasMissingImages() const { return !mMissingImages.isEmpty(); }
     /// Makes every key that shows the file at `from` show the file at `to`;
