@@ -149,6 +149,7 @@ void PoseEvaluator::rebuild(const Animation *animation)
     mKeyTimes.clear();
     mKeySpans.clear();
     mCurves.clear();
+    mLineOf.clear();
     if (!animation)
         return;
     mLength = animation->length();
@@ -157,6 +158,11 @@ void PoseEvaluator::rebuild(const Animation *animation)
     // Timelines: keys in time order (stable, as the model keeps them), flat,
     // and the blend from each key towards the next one.
     QHash<const Timeline *, int> lineOf;
+    size_t keyCount = 0;
+    for (int i = 0; i < animation->timelineCount(); ++i)
+        keyCount += size_t(animation->timeline(i)->keyCount()) + 1;
+    mKeyTimes.reserve(keyCount);
+    mKeySpans.reserve(keyCount);
     std::vector<int> order;
     std::vector<int> times;
     std::vector<Key> keys;
@@ -203,7 +209,9 @@ void PoseEvaluator::rebuild(const Animation *animation)
         mLines.push_back(line);
     }
 
-    // Mainline keys in time order, each with its bones parents first.
+    // Mainline keys in time order. Their references are read when a time
+    // first falls in them (see `mainKeyAt`): after an edit the canvas shows
+    // one time, and a large animation's other keys would only cost the wait.
     std::vector<const MainlineKey *> mainKeys;
     for (int i = 0; i < animation->mainlineKeyCount(); ++i)
         mainKeys.push_back(animation->mainlineKey(i));
@@ -211,85 +219,110 @@ void PoseEvaluator::rebuild(const Animation *animation)
                      [](const MainlineKey *a, const MainlineKey *b) {
                          return a->currentTime() < b->currentTime();
                      });
-
-    std::vector<int> slotOf;
-    std::vector<bool> placed;
-    std::vector<int> stack;
+    size_t refCount = 0;
     for (const MainlineKey *mk : mainKeys) {
-        MainKey main{mk, mk->curve(), int(mSpans.size()), 0, 0};
-        const int boneCount = mk->boneRefCount();
-        slotOf.assign(size_t(boneCount), -1);
-        placed.assign(size_t(boneCount), false);
+        // Every reference counts towards the room a pose needs, including
+        // those a reading leaves out (a timeline without keys).
+        mMaxBones = std::max(mMaxBones, mk->boneRefCount());
+        mMaxObjects = std::max(mMaxObjects, mk->zRefCount());
+        refCount += size_t(mk->boneRefCount()) + size_t(mk->zRefCount());
+        mMainTimes.push_back(mk->currentTime());
+        mMainKeys.push_back(MainKey{mk, mk->curve(), -1, 0, 0});
+    }
+    mLineOf = std::move(lineOf);
+    // Room for every reference up front, so that reading them while posing
+    // never allocates (the pages are only touched as they fill).
+    mSpans.reserve(refCount);
+    mSlotOf.reserve(size_t(mMaxBones));
+    mPlaced.reserve(size_t(mMaxBones));
+    mStack.reserve(size_t(mMaxBones));
+}
 
-        // Each reference starts out blended for the mainline key's own time,
-        // where eased mainline time starts too.
-        auto lineFor = [&](const ObjectRef *ref) {
-            const TimelineKey *key = ref->key();
-            const Timeline *tl = key ? key->parentTimeline() : nullptr;
-            const int line = lineOf.value(tl, -1);
-            return line >= 0 && mLines[size_t(line)].keyCount > 0 ? line : -1;
-        };
-        auto appendSpan = [&](const ObjectRef *ref, int line, int parentSlot) {
-            Span span = mKeySpans[size_t(spanAt(line, mk->currentTime()))];
-            span.parentSlot = parentSlot;
-            span.inherit = inheritFlags(mLines[size_t(line)].object);
-            span.ref = ref;
-            span.line = line;
-            mSpans.push_back(span);
-        };
-        auto appendBone = [&](int index, int parentSlot) {
-            const BoneRef *ref = mk->boneRef(index);
-            const int line = lineFor(ref);
-            placed[size_t(index)] = true;
-            if (line < 0)
-                return; // nothing to evaluate: its children hang at the root
-            slotOf[size_t(index)] = main.boneCount++;
-            appendSpan(ref, line, parentSlot);
-        };
+const PoseEvaluator::MainKey &PoseEvaluator::mainKeyAt(int index) const
+{
+    MainKey &main = mMainKeys[size_t(index)];
+    if (main.firstRef < 0)
+        readReferences(main);
+    return main;
+}
 
-        // Depth first from the roots; what no root reaches (a parent cycle, a
-        // parent in another mainline key) follows as roots.
-        auto parentIndex = [mk](const ObjectRef *ref) {
-            return ref->parentRef() ? mk->indexOfBoneRef(ref->parentRef()) : -1;
-        };
-        for (int pass = 0; pass < 2; ++pass) {
-            for (int root = 0; root < boneCount; ++root) {
-                if (placed[size_t(root)])
-                    continue;
-                if (pass == 0 && parentIndex(mk->boneRef(root)) >= 0)
-                    continue;
-                stack.assign(1, root);
-                appendBone(root, -1);
-                while (!stack.empty()) {
-                    const int parent = stack.back();
-                    bool descended = false;
-                    for (int c = 0; c < boneCount; ++c) {
-                        if (!placed[size_t(c)] && parentIndex(mk->boneRef(c)) == parent) {
-                            appendBone(c, slotOf[size_t(parent)]);
-                            stack.push_back(c);
-                            descended = true;
-                            break;
-                        }
+// The spans of one mainline key's references, each with its bones parents
+// first, appended to mSpans.
+void PoseEvaluator::readReferences(MainKey &main) const
+{
+    const MainlineKey *mk = main.key;
+    main.firstRef = int(mSpans.size());
+    const int boneCount = mk->boneRefCount();
+    std::vector<int> &slotOf = mSlotOf;
+    std::vector<char> &placed = mPlaced;
+    std::vector<int> &stack = mStack;
+    slotOf.assign(size_t(boneCount), -1);
+    placed.assign(size_t(boneCount), 0);
+
+    // Each reference starts out blended for the mainline key's own time,
+    // where eased mainline time starts too.
+    auto lineFor = [&](const ObjectRef *ref) {
+        const TimelineKey *key = ref->key();
+        const Timeline *tl = key ? key->parentTimeline() : nullptr;
+        const int line = mLineOf.value(tl, -1);
+        return line >= 0 && mLines[size_t(line)].keyCount > 0 ? line : -1;
+    };
+    auto appendSpan = [&](const ObjectRef *ref, int line, int parentSlot) {
+        Span span = mKeySpans[size_t(spanAt(line, mk->currentTime()))];
+        span.parentSlot = parentSlot;
+        span.inherit = inheritFlags(mLines[size_t(line)].object);
+        span.ref = ref;
+        span.line = line;
+        mSpans.push_back(span);
+    };
+    auto appendBone = [&](int index, int parentSlot) {
+        const BoneRef *ref = mk->boneRef(index);
+        const int line = lineFor(ref);
+        placed[size_t(index)] = 1;
+        if (line < 0)
+            return; // nothing to evaluate: its children hang at the root
+        slotOf[size_t(index)] = main.boneCount++;
+        appendSpan(ref, line, parentSlot);
+    };
+
+    // Depth first from the roots; what no root reaches (a parent cycle, a
+    // parent in another mainline key) follows as roots.
+    auto parentIndex = [mk](const ObjectRef *ref) {
+        return ref->parentRef() ? mk->indexOfBoneRef(ref->parentRef()) : -1;
+    };
+    for (int pass = 0; pass < 2; ++pass) {
+        for (int root = 0; root < boneCount; ++root) {
+            if (placed[size_t(root)])
+                continue;
+            if (pass == 0 && parentIndex(mk->boneRef(root)) >= 0)
+                continue;
+            stack.assign(1, root);
+            appendBone(root, -1);
+            while (!stack.empty()) {
+                const int parent = stack.back();
+                bool descended = false;
+                for (int c = 0; c < boneCount; ++c) {
+                    if (!placed[size_t(c)] && parentIndex(mk->boneRef(c)) == parent) {
+                        appendBone(c, slotOf[size_t(parent)]);
+                        stack.push_back(c);
+                        descended = true;
+                        break;
                     }
-                    if (!descended)
-                        stack.pop_back();
                 }
+                if (!descended)
+                    stack.pop_back();
             }
         }
+    }
 
-        for (int z = 0; z < mk->zRefCount(); ++z) {
-            const ZRef *ref = mk->zRef(z);
-            const int line = lineFor(ref);
-            if (line < 0)
-                continue;
-            const int parent = parentIndex(ref);
-            appendSpan(ref, line, parent >= 0 ? slotOf[size_t(parent)] : -1);
-            ++main.objectCount;
-        }
-        mMaxBones = std::max(mMaxBones, main.boneCount);
-        mMaxObjects = std::max(mMaxObjects, main.objectCount);
-        mMainTimes.push_back(mk->currentTime());
-        mMainKeys.push_back(main);
+    for (int z = 0; z < mk->zRefCount(); ++z) {
+        const ZRef *ref = mk->zRef(z);
+        const int line = lineFor(ref);
+        if (line < 0)
+            continue;
+        const int parent = parentIndex(ref);
+        appendSpan(ref, line, parent >= 0 ? slotOf[size_t(parent)] : -1);
+        ++main.objectCount;
     }
 }
 
@@ -319,7 +352,7 @@ void PoseEvaluator::evaluate(int time, Pose &pose) const
         pose.objects.clear();
         return;
     }
-    const MainKey &main = mMainKeys[size_t(index)];
+    const MainKey &main = mainKeyAt(index);
     pose.mainlineKey = main.key;
 
     // The mainline key eases time towards the next key (after the last one,

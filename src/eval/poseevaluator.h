@@ -5,6 +5,8 @@
 #include "eval/pose.h"
 #include "model/tweeninfo.h"
 
+#include <QHash>
+
 #include <vector>
 
 namespace Morvane {
@@ -20,6 +22,10 @@ class File;
 /// animation (keys, references, curves, times, object infos, a file's default
 /// pivot) call `rebuild` before evaluating again. Character maps need no
 /// rebuild: the shown file is read live from the files' redirects.
+///
+/// A mainline key's references are read the first time a time falls in it,
+/// so `evaluate` fills the evaluator as it goes: one evaluator serves one
+/// thread at a time.
 ///
 /// The values equal those of `ObjectRef::unmappedInfo` at the time that
 /// `Animation::sampleTime` gives: to the bit for references without a parent,
@@ -124,12 +130,14 @@ private:
     {
         const MainlineKey *key;
         TweenInfo curve;
-        int firstRef; // bones first, then objects in z order
+        int firstRef; // into mSpans, bones first, then objects in z order; -1 until read
         int boneCount;
         int objectCount;
     };
 
     Span keySpan(const Key *keys, int n, int first) const;
+    const MainKey &mainKeyAt(int index) const;
+    void readReferences(MainKey &main) const;
     int spanAt(int line, int time) const;
     void evaluateSpan(const Span &span, int sampleTime, PoseItem &out) const;
     void blend(const Span &span, const Span &owner, int sampleTime, PoseItem &out) const;
@@ -140,8 +148,13 @@ private:
     int mMaxBones = 0;
     int mMaxObjects = 0;
     std::vector<int> mMainTimes;
-    std::vector<MainKey> mMainKeys;
-    std::vector<Span> mSpans;
+    mutable std::vector<MainKey> mMainKeys;
+    mutable std::vector<Span> mSpans;
+    QHash<const Timeline *, int> mLineOf;
+    // Scratch of `readReferences`, kept so that posing does not allocate.
+    mutable std::vector<int> mSlotOf;
+    mutable std::vector<char> mPlaced;
+    mutable std::vector<int> mStack;
     std::vector<Line> mLines;
     std::vector<int> mKeyTimes;
     std::vector<Span> mKeySpans; // every line's blends from each key, in time order

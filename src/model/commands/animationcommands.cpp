@@ -233,8 +233,10 @@ private:
     size_t mMask = 0;
 };
 
-// The last state packed, so that the "before" of an edit that follows another
-// shares the "after" of that one instead of holding the same numbers again.
+// The last state packed or restored, so that a state equal to it (the "before"
+// of an edit that follows another, the "after" of an edit taken at its undo
+// just after the next edit's undo) shares its bytes instead of holding the
+// same numbers again.
 struct LastPacked
 {
     std::vector<qint32> numbers;
@@ -374,7 +376,6 @@ AnimationState::AnimationState(const Animation &animation, const Entity *entity)
             const ZRef *r = mk->zRef(i);
             refPlace(r);
             section.push_back(mk->indexOfBoneRef(r->parentRef()));
-            section.push_back(r->loadZIndex());
         }
         writeSection(1);
         n.push_back(mk->childTimeKeyCount());
@@ -405,6 +406,9 @@ void AnimationState::restore(Animation *animation) const
         return;
     const auto *n = reinterpret_cast<const qint32 *>(bytes.constData());
     const qint32 *end = n + mPackedSize;
+    LastPacked &last = lastPacked();
+    last.numbers.assign(n, end);
+    last.packed = mPacked;
     const auto next = [&]() -> qint32 { return n < end ? *n++ : 0; };
     const Shared &s = mShared;
     const Entity *entity = animation->parentEntity();
@@ -474,11 +478,13 @@ void AnimationState::restore(Animation *animation) const
         for (int i = 0; i < bones; ++i)
             mk->boneRef(i)->setParentRef(mk->boneRef(parents.at(i)));
         const int zs = next();
-        readSection(1, zs, 4);
+        readSection(1, zs, 3);
         for (int i = 0; i < zs; ++i) {
             auto *r = new ZRef(keyAt());
             r->setParentRef(mk->boneRef(field()));
-            r->setLoadZIndex(field());
+            // The file's z index only orders references as they are read;
+            // their order here is what counts.
+            r->setLoadZIndex(i);
             mk->appendZRef(r);
         }
         const int children = next();
@@ -518,20 +524,6 @@ qsizetype AnimationState::bytes() const
 
 // ChangeAnimationCommand
 
-ChangeAnimationCommand::ChangeAnimationCommand(std::unique_ptr<Animation> before,
-                                               const Animation *after, const QString &text,
-                                               bool applied, QUndoCommand *parent)
-    : QUndoCommand(text, parent)
-    , mAnimation(after ? freshAddress(after->address()) : Address())
-    , mSkipRedo(applied)
-{
-    const Entity *entity = after ? after->parentEntity() : nullptr;
-    if (before)
-        mBefore = std::make_unique<AnimationState>(*before, entity);
-    if (after)
-        mAfter = std::make_unique<AnimationState>(*after, entity);
-}
-
 ChangeAnimationCommand::ChangeAnimationCommand(const Animation *animation, const QString &text,
                                                QUndoCommand *parent)
     : QUndoCommand(text, parent)
@@ -546,9 +538,10 @@ ChangeAnimationCommand::~ChangeAnimationCommand() = default;
 
 void ChangeAnimationCommand::noteAfter()
 {
-    const Animation *animation = freshAddress(mAnimation).animation();
-    if (animation)
-        mAfter = std::make_unique<AnimationState>(*animation, animation->parentEntity());
+    // Taken at the first undo instead: until then the animation stays as the
+    // change left it (later commands are undone first), and a drag's record
+    // spares a pass over every key.
+    mAfterPending = true;
 }
 
 void ChangeAnimationCommand::redo()
@@ -562,6 +555,11 @@ void ChangeAnimationCommand::redo()
 
 void ChangeAnimationCommand::undo()
 {
+    if (mAfterPending) {
+        mAfterPending = false;
+        if (const Animation *animation = freshAddress(mAnimation).animation())
+            mAfter = std::make_unique<AnimationState>(*animation, animation->parentEntity());
+    }
     apply(false);
 }
 

@@ -26,19 +26,14 @@ class AnimationState;
 class ChangeAnimationCommand : public QUndoCommand
 {
 public:
-    /// `before` is a copy of the animation as it was, `after` the animation as
-    /// it is now; with `applied` (the usual case: the caller has just changed
-    /// it) the first redo leaves it as it is.
-    ChangeAnimationCommand(std::unique_ptr<Animation> before, const Animation *after,
-                           const QString &text, bool applied = true,
-                           QUndoCommand *parent = nullptr);
     /// Notes `animation` as it is now as the "before" state; change it, then
     /// call `noteAfter` and push. The first redo leaves the animation as it is.
     ChangeAnimationCommand(const Animation *animation, const QString &text,
                            QUndoCommand *parent = nullptr);
     ~ChangeAnimationCommand() override;
 
-    /// Notes the animation as it is now as the "after" state.
+    /// Marks the change done: the animation as it will be at the first undo
+    /// (as the change left it) is the "after" state.
     void noteAfter();
 
     void redo() override;
@@ -56,6 +51,7 @@ private:
     std::unique_ptr<AnimationState> mBefore;
     std::unique_ptr<AnimationState> mAfter;
     bool mSkipRedo;
+    bool mAfterPending = false;
 };
 
 /// Moves a mainline key (found at its old time, or at its new time for undo)
