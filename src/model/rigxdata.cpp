@@ -307,6 +307,8 @@ void RigxData::clear()
     clearEntities();
     clearFiles();
     mTagManager.clear();
+    // Another project's key values: the states on the stack keep what they name.
+    mSharedUndoData.reset();
 }
 
 bool RigxData::fileInUse(const File *file, const QSet<const File *> &shownByKeys) const

@@ -58,6 +58,11 @@ public:
     /// both paths, as the stack does. A null `document` counts as no stack.
     static void pushUndo(RigxData *document, QUndoCommand *command);
     void pushUndo(QUndoCommand *command) { pushUndo(this, command); }
+    /// What the undo commands of this document share between their states
+    /// (the key values animation states name), kept while the document lives
+    /// so that a new edit after an undo still finds it.
+    const std::shared_ptr<void> &sharedUndoData() const { return mSharedUndoData; }
+    void setSharedUndoData(std::shared_ptr<void> data) { mSharedUndoData = std::move(data); }
 
     /// The project file's path; its directory is the project directory.
     QString filePath() const { return mFilePath; }
@@ -201,6 +206,7 @@ Q_SIGNALS:
 
 private:
     QUndoStack *mUndoStack = nullptr;
+    std::shared_ptr<void> mSharedUndoData;
     QString mKind;
     int mCurrentEntity = 0;
     TagManager mTagManager;

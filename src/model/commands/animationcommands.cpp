@@ -25,19 +25,29 @@ namespace Morvane {
 namespace {
 
 // Detached copies of timeline key values, shared by every stored animation
-// state: a drag moves keys without changing them, so the states of a long
-// session name the same values again and again. The pool lives as long as a
-// state holds it; values are only added, each distinct value once per live key.
+// state of a document: a drag moves keys without changing them, so the states
+// of a long session name the same values again and again. The document keeps
+// its pool, and so does each state; values are only added, each distinct
+// value once per live key.
 class KeyPool
 {
 public:
-    static std::shared_ptr<KeyPool> instance()
+    static std::shared_ptr<KeyPool> instance(RigxData *document)
     {
-        static std::weak_ptr<KeyPool> current;
-        std::shared_ptr<KeyPool> pool = current.lock();
+        if (document) {
+            auto pool = std::static_pointer_cast<KeyPool>(document->sharedUndoData());
+            if (!pool) {
+                pool = std::make_shared<KeyPool>();
+                document->setSharedUndoData(pool);
+            }
+            return pool;
+        }
+        // An animation outside any document: states of such share while any lives.
+        static std::weak_ptr<KeyPool> detached;
+        std::shared_ptr<KeyPool> pool = detached.lock();
         if (!pool) {
             pool = std::make_shared<KeyPool>();
-            current = pool;
+            detached = pool;
         }
         return pool;
     }
@@ -251,7 +261,7 @@ LastPacked &lastPacked()
 } // namespace
 
 AnimationState::AnimationState(const Animation &animation, const Entity *entity)
-    : mPool(KeyPool::instance())
+    : mPool(KeyPool::instance(animation.document()))
 {
     Shared &s = mShared;
     s.name = animation.mName;
@@ -576,9 +586,11 @@ qsizetype ChangeAnimationCommand::storedBytes() const
     return (mBefore ? mBefore->bytes() : 0) + (mAfter ? mAfter->bytes() : 0);
 }
 
-qsizetype ChangeAnimationCommand::sharedKeyBytes()
+qsizetype ChangeAnimationCommand::sharedKeyBytes(const RigxData *document)
 {
-    return KeyPool::instance()->bytes();
+    const auto pool = document ? std::static_pointer_cast<KeyPool>(document->sharedUndoData())
+                               : nullptr;
+    return pool ? pool->bytes() : 0;
 }
 
 // SetMainlineKeyTimeCommand

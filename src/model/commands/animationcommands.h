@@ -41,8 +41,8 @@ public:
 
     /// The bytes the two states of this command take.
     qsizetype storedBytes() const;
-    /// The bytes of the key values all states share.
-    static qsizetype sharedKeyBytes();
+    /// The bytes of the key values all states of `document` share.
+    static qsizetype sharedKeyBytes(const RigxData *document);
 
 private:
     void apply(bool after);
