@@ -239,12 +239,13 @@ PlayheadItem::PlayheadItem()
 
 QRectF PlayheadItem::boundingRect() const
 {
-    return QRectF(-7, -12, 14, 24);
+    return QRectF(-6, 0, 12, 13);
 }
 
 void PlayheadItem::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
 {
-    const QPointF points[5] = {{-6, -10}, {6, -10}, {6, 4}, {0, 11}, {-6, 4}};
+    // Low in the ruler, over the ticks: the time labels above stay readable.
+    const QPointF points[5] = {{-5, 2}, {5, 2}, {5, 7}, {0, 12}, {-5, 7}};
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(TimelineColors::playhead().darker(150));
     painter->setBrush(TimelineColors::playhead());
