@@ -283,6 +283,9 @@ void MorvaneWindow::setupWidgets()
         {"timelineDock", QT_TR_NOOP("Timeline"), Qt::BottomDockWidgetArea},
         {"curveEditorDock", QT_TR_NOOP("Curve Editor"), Qt::BottomDockWidgetArea},
     };
+    // The Palette and Animations column runs the window's full height: on a
+    // 1000-pixel screen the timeline across the bottom left them a few rows.
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
     QDockWidget *previous[4] = {};
     for (const DockSpec &entry : specs) {
         auto *dock = new QDockWidget(tr(entry.title), this);
