@@ -306,8 +306,16 @@ void TestClipboard::pasteIntoAnotherEntityAddsItsObjects()
     QCOMPARE(headRef->parentRef()->timeline()->name(), QStringLiteral("neck"));
     QCOMPARE(headRef->key()->fileInfo().file()->name(), QStringLiteral("body/head.png"));
 
+    // The pasted timelines name objects the same step adds: undo and redo
+    // bring both back together.
+    const QByteArray after = e.hero.savedBytes();
     e.hero.stack.undo();
     QCOMPARE(lantern->objectCount(), objects);
+    QCOMPARE(e.hero.savedBytes(), before);
+    e.hero.stack.redo();
+    QCOMPARE(lantern->objectCount(), objects + 2);
+    QCOMPARE(e.hero.savedBytes(), after);
+    e.hero.stack.undo();
     QCOMPARE(e.hero.savedBytes(), before);
 }
 

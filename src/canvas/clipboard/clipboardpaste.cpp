@@ -2,13 +2,13 @@
 // SPDX-FileCopyrightText: 2026 The Morvane developers
 #include "canvas/clipboard/clipboardpaste.h"
 
-#include "canvas/clipboard/animationsnapshotcommand.h"
 #include "canvas/clipboard/copy.h"
 #include "canvas/commands/canvascommands.h"
 #include "canvas/morvanecanvasscene.h"
 #include "meta/valinfocollection.h"
 #include "meta/valkey.h"
 #include "model/animation.h"
+#include "model/commands/animationcommands.h"
 #include "model/commands/objectcommands.h"
 #include "model/entity.h"
 #include "model/file.h"
@@ -378,7 +378,7 @@ bool runPaste(MorvaneCanvasScene *scene, const PastePlan &plan, QString *message
     }
     if (!after)
         after = buildAfter(plan, frames, target, entity, document, objectMap, &counts);
-    push(document, new AnimationSnapshotCommand(scene, target, std::move(after), plan.label));
+    push(document, new ChangeAnimationCommand(target, *after, plan.label));
     push(document, new ObjectSelectionCommand(scene, true));
     push(document, new RefreshTimelineCommand(scene, true));
     if (stack)

@@ -1,8 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # SPDX-FileCopyrightText: 2026 The Morvane developers
 list(APPEND MORVANE_EDITOR_SOURCES
-    canvas/clipboard/animationsnapshotcommand.cpp
-    canvas/clipboard/animationsnapshotcommand.h
     canvas/clipboard/clipboardeditor.cpp
     canvas/clipboard/clipboardeditor.h
     canvas/clipboard/clipboardpaste.cpp

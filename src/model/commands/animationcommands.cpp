@@ -261,7 +261,7 @@ LastPacked &lastPacked()
 } // namespace
 
 AnimationState::AnimationState(const Animation &animation, const Entity *entity)
-    : mPool(KeyPool::instance(animation.document()))
+    : mPool(KeyPool::instance(entity ? entity->parentRigx() : animation.document()))
 {
     Shared &s = mShared;
     s.name = animation.mName;
@@ -542,6 +542,19 @@ ChangeAnimationCommand::ChangeAnimationCommand(const Animation *animation, const
 {
     if (animation)
         mBefore = std::make_unique<AnimationState>(*animation, animation->parentEntity());
+}
+
+ChangeAnimationCommand::ChangeAnimationCommand(const Animation *animation, const Animation &after,
+                                               const QString &text, QUndoCommand *parent)
+    : QUndoCommand(text, parent)
+    , mAnimation(animation ? freshAddress(animation->address()) : Address())
+    , mSkipRedo(false)
+{
+    if (!animation)
+        return;
+    const Entity *entity = animation->parentEntity();
+    mBefore = std::make_unique<AnimationState>(*animation, entity);
+    mAfter = std::make_unique<AnimationState>(after, entity);
 }
 
 ChangeAnimationCommand::~ChangeAnimationCommand() = default;

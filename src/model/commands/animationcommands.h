@@ -30,6 +30,11 @@ public:
     /// call `noteAfter` and push. The first redo leaves the animation as it is.
     ChangeAnimationCommand(const Animation *animation, const QString &text,
                            QUndoCommand *parent = nullptr);
+    /// Notes `animation` as it is now as the "before" state and `after` (a
+    /// detached animation whose timelines name objects of the same entity) as
+    /// the "after" state; the first redo puts `after`'s content in place.
+    ChangeAnimationCommand(const Animation *animation, const Animation &after,
+                           const QString &text, QUndoCommand *parent = nullptr);
     ~ChangeAnimationCommand() override;
 
     /// Marks the change done: the animation as it will be at the first undo
