@@ -236,6 +236,9 @@ void TimelineView::showTime(int ms)
     // rounding would repaint both views every frame.
     if (std::abs(mPlayhead->pos().x() - target.x()) >= 0.00001)
         mPlayhead->setPos(target);
+    // Playing on during a drag: the stand-in is built for one time.
+    if (mPreview.isActive())
+        showPreview();
     viewport()->update();
 }
 

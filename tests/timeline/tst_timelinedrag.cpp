@@ -62,6 +62,7 @@ private slots:
     void retime();
     void curveOfTheSelection_data();
     void curveOfTheSelection();
+    void canvasFollowsTheTimeDuringADrag();
     void canvasFollowsTheDrag_data();
     void canvasFollowsTheDrag();
     void deleteKeys_data();
@@ -203,6 +204,44 @@ void TestTimelineDrag::curveOfTheSelection()
             != type);
     f.hero.stack.undo();
     QCOMPARE(f.hero.savedBytes(), before);
+}
+
+// Time moving on during a drag (playback) shows the drag's result at each time.
+void TestTimelineDrag::canvasFollowsTheTimeDuringADrag()
+{
+    TimelineFixture f;
+    TimelineView::snappingEnabled = false;
+    f.session()->setCurrentTime(250);
+    MorvaneCanvasScene *scene = f.session()->scene();
+    const auto shown = [&] {
+        QList<double> out;
+        for (int i = 0; i < scene->instTimelineProxyCount(); ++i) {
+            const ObjectGraphicsProxy *p = scene->timelineProxy(i);
+            const DisplayInfo d = p->displayInfo();
+            out << double(p->isShownInPose()) << d.x << d.y << d.angle << d.xScale << d.alpha;
+        }
+        return out;
+    };
+    const QList<int> times{250, 350, 100, 550, 310};
+    f.dragWithoutRelease(f.row(QStringLiteral("spine")), 200, 300);
+    QList<QList<double>> during;
+    for (const int t : times) {
+        f.session()->setCurrentTime(t);
+        QVERIFY(scene->isPreviewing());
+        during.append(shown());
+    }
+    f.session()->setCurrentTime(250);
+    QTest::mouseRelease(f.viewport(), Qt::LeftButton, Qt::NoModifier,
+                        f.at(f.row(QStringLiteral("spine")), 300));
+    QCOMPARE(f.hero.stack.count(), 1);
+    for (int i = 0; i < times.size(); ++i) {
+        f.session()->setCurrentTime(times[i]);
+        const QList<double> after = shown();
+        QCOMPARE(after.size(), during[i].size());
+        for (int v = 0; v < after.size(); ++v)
+            QVERIFY2(qAbs(after[v] - during[i][v]) < 1e-6,
+                     qPrintable(QStringLiteral("at %1 ms, value %2").arg(times[i]).arg(v)));
+    }
 }
 
 void TestTimelineDrag::canvasFollowsTheDrag_data()
