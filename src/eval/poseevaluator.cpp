@@ -157,7 +157,6 @@ void PoseEvaluator::rebuild(const Animation *animation)
 
     // Timelines: keys in time order (stable, as the model keeps them), flat,
     // and the blend from each key towards the next one.
-    QHash<const Timeline *, int> lineOf;
     size_t keyCount = 0;
     for (int i = 0; i < animation->timelineCount(); ++i)
         keyCount += size_t(animation->timeline(i)->keyCount()) + 1;
@@ -168,7 +167,7 @@ void PoseEvaluator::rebuild(const Animation *animation)
     std::vector<Key> keys;
     for (int i = 0; i < animation->timelineCount(); ++i) {
         const Timeline *tl = animation->timeline(i);
-        lineOf.insert(tl, i);
+        mLineOf.insert(tl, i);
         Line line{int(mKeyTimes.size()), tl->keyCount(), int(mKeySpans.size()), tl, tl->object()};
         keys.clear();
         // A key's time is read through its mainline key: read each once. The
@@ -229,7 +228,6 @@ void PoseEvaluator::rebuild(const Animation *animation)
         mMainTimes.push_back(mk->currentTime());
         mMainKeys.push_back(MainKey{mk, mk->curve(), -1, 0, 0});
     }
-    mLineOf = std::move(lineOf);
     // Room for every reference up front, so that reading them while posing
     // never allocates (the pages are only touched as they fill).
     mSpans.reserve(refCount);
