@@ -238,12 +238,18 @@ void ExportToPngDialog::buildUi()
     markLayout->addWidget(mWatermarkAspect, sizeRow, 0, 1, 3);
     // Where the mark sits: a 3 by 3 grid over the output.
     auto *grid = new QGridLayout;
+    grid->addWidget(new QLabel(tr("Position:"), mWatermark), 0, 0, 3, 1);
     mWatermarkPosition = new QButtonGroup(this);
+    const QString cells[9] = {tr("top left"),    tr("top"),    tr("top right"),
+                              tr("left"),        tr("centre"), tr("right"),
+                              tr("bottom left"), tr("bottom"), tr("bottom right")};
     for (int cell = 0; cell < 9; ++cell) {
         auto *b = new QRadioButton(mWatermark);
         b->setObjectName(QStringLiteral("watermarkPosition%1").arg(cell));
+        b->setToolTip(tr("The watermark at the %1 of each frame").arg(cells[cell]));
+        b->setAccessibleName(cells[cell]);
         mWatermarkPosition->addButton(b, cell);
-        grid->addWidget(b, cell / 3, cell % 3);
+        grid->addWidget(b, cell / 3, cell % 3 + 1);
     }
     markLayout->addLayout(grid, 1, 1, 2, 2);
     layout->addWidget(mWatermark, 2, 1, 2, 1);
@@ -293,6 +299,9 @@ void ExportToPngDialog::buildUi()
     mBatchHorizontal = new QRadioButton(tr("horizontal"), batch);
     mBatchVertical = new QRadioButton(tr("vertical"), batch);
     mBatchVertical->setObjectName(QStringLiteral("batchVertical"));
+    mBatchHorizontal->setToolTip(tr("Sprite sheets of a batch keep the number of columns "
+                                    "set above"));
+    mBatchVertical->setToolTip(tr("Sprite sheets of a batch keep the number of rows set above"));
     mBatchIntervals =
         new QCheckBox(tr("set animation intervals on export \n(playback and export defaults)"), batch);
     mBatchIntervals->setObjectName(QStringLiteral("batchIntervals"));
