@@ -27,6 +27,14 @@ void *operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+// Replaced too, so that what the library allocates without throwing (a
+// stable sort's buffer) comes from the same heap the deletes above free to.
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    ++sAllocations;
+    return std::malloc(size ? size : 1);
+}
+
 void operator delete(void *p) noexcept
 {
     std::free(p);
