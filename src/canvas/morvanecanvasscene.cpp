@@ -581,12 +581,7 @@ void MorvaneCanvasScene::createUndoForSprite(ObjectGraphicsProxy *proxy, bool a,
     // values the canvas changes are taken from the item.
     TimelineKey key = tl->keyFromTime(sample);
     DisplayInfo info = key.info();
-    info.x = local.x;
-    info.y = local.y;
-    info.angle = local.angle;
-    info.xScale = local.xScale;
-    info.yScale = local.yScale;
-    info.alpha = local.alpha;
+    info.setPose(local);
     if (proxy->isPivotChanged()) {
         info.setPivotX(proxy->displayInfo().pivotX(), false);
         info.setPivotY(proxy->displayInfo().pivotY(), false);
@@ -735,13 +730,35 @@ void MorvaneCanvasScene::reparentSelection(ObjectGraphicsProxy *bone)
             continue;
         const DisplayInfo local = mapToParent(p->displayInfo(), pw, p->inheritFlags());
         DisplayInfo info = ref->key()->info();
-        info.x = local.x;
-        info.y = local.y;
-        info.angle = local.angle;
-        info.xScale = local.xScale;
-        info.yScale = local.yScale;
-        info.alpha = local.alpha;
+        info.setPose(local);
         mDocument->pushUndo(new ChangeParentingCommand(ref, parentRef, info));
+    }
+    endUndoWithSelection(false, false, true);
+}
+
+void MorvaneCanvasScene::unparentSelection(const QString &text)
+{
+    Animation *anim = currentAnimation();
+    QList<ObjectGraphicsProxy *> moving;
+    for (ObjectGraphicsProxy *p : std::as_const(mSelection)) {
+        if (p->parentProxy())
+            moving.append(p);
+    }
+    if (!anim || moving.isEmpty())
+        return;
+    startUndoWithSelection(text);
+    for (ObjectGraphicsProxy *p : std::as_const(moving)) {
+        // Off every bone, the key takes the pose it shows.
+        const DisplayInfo world = p->displayInfo();
+        createUndoForSprite(p);
+        MainlineKey *mk = anim->mainlineKeyAtExactTime(currentTime());
+        Timeline *tl = anim->timeline(p->timelineIndex());
+        ObjectRef *ref = mk && tl ? mk->refFromTimeline(tl) : nullptr;
+        if (!ref || !ref->key())
+            continue;
+        DisplayInfo info = ref->key()->info();
+        info.setPose(world);
+        mDocument->pushUndo(new ChangeParentingCommand(ref, nullptr, info));
     }
     endUndoWithSelection(false, false, true);
 }
@@ -778,12 +795,7 @@ void MorvaneCanvasScene::createBone(const QPointF &from, const QPointF &to,
         const DisplayInfo local =
             parent ? mapToParent(world, parentWorld, inheritFlags(&bone)) : world;
         DisplayInfo info = world;
-        info.x = local.x;
-        info.y = local.y;
-        info.angle = local.angle;
-        info.xScale = local.xScale;
-        info.yScale = local.yScale;
-        info.alpha = local.alpha;
+        info.setPose(local);
         TimelineKey key(FileInfo(), info);
         key.setCachedTime(currentTime());
         tl->createUndoFromKey(key);
@@ -1113,12 +1125,7 @@ void MorvaneCanvasScene::cloneSelection()
         const DisplayInfo local = mapped ? mapToParent(world, pw, inheritFlags(&copy)) : world;
         TimelineKey key = tl->keyFromTime(sample);
         DisplayInfo info = key.info();
-        info.x = local.x;
-        info.y = local.y;
-        info.angle = local.angle;
-        info.xScale = local.xScale;
-        info.yScale = local.yScale;
-        info.alpha = local.alpha;
+        info.setPose(local);
         key.setInfo(info);
         key.setCachedTime(time);
         clone->createUndoFromKey(key);

@@ -168,6 +168,9 @@ public:
     /// Makes `bone` the parent of the selected items (not of the bone itself
     /// or its ancestors); they keep their place on the canvas.
     void reparentSelection(ObjectGraphicsProxy *bone);
+    /// Takes the selected items off their parent bones, as one undo step named
+    /// `text`; they keep their place on the canvas.
+    void unparentSelection(const QString &text);
     /// A new bone from `from` to `to` (scene coordinates) at the current time,
     /// a child of `parent` when that is a bone; selected afterwards.
     void createBone(const QPointF &from, const QPointF &to, ObjectGraphicsProxy *parent);

@@ -9,10 +9,8 @@
 #include "canvas/objectgraphicsproxy.h"
 #include "io/numberformat.h"
 #include "model/animation.h"
-#include "model/commands/mainlinekeycommands.h"
 #include "model/mainlinekey.h"
 #include "model/object.h"
-#include "model/objectref.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
 #include "model/timelinekey.h"
@@ -308,27 +306,8 @@ QString stepParent(EditContext &context, const QJsonObject &step)
     }
     // Off its parent bone: the same macro and command as a parenting, with no
     // parent and the place it has on the canvas.
-    if (!proxy->parentProxy())
-        return QString();
-    Animation *anim = scene->currentAnimation();
     scene->setSelectedProxies({proxy});
-    const DisplayInfo world = proxy->displayInfo();
-    scene->startUndoWithSelection(proxy->name() + QStringLiteral(" re-parented"));
-    scene->createUndoForSprite(proxy);
-    MainlineKey *mk = anim->mainlineKeyAtExactTime(scene->currentTime());
-    Timeline *tl = anim->timeline(proxy->timelineIndex());
-    ObjectRef *ref = mk && tl ? mk->refFromTimeline(tl) : nullptr;
-    if (ref && ref->key()) {
-        DisplayInfo info = ref->key()->info();
-        info.x = world.x;
-        info.y = world.y;
-        info.angle = world.angle;
-        info.xScale = world.xScale;
-        info.yScale = world.yScale;
-        info.alpha = world.alpha;
-        context.document->pushUndo(new ChangeParentingCommand(ref, nullptr, info));
-    }
-    scene->endUndoWithSelection(false, false, true);
+    scene->unparentSelection(proxy->name() + QStringLiteral(" re-parented"));
     return QString();
 }
 

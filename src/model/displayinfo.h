@@ -55,6 +55,18 @@ public:
     void setPivotX(double value, bool useDefault = false);
     void setPivotY(double value, bool useDefault = false);
 
+    /// Takes what a pose moves (position, angle, scales and alpha) from `pose`;
+    /// size, pivot, tint and file stay.
+    void setPose(const DisplayInfo &pose)
+    {
+        x = pose.x;
+        y = pose.y;
+        angle = pose.angle;
+        xScale = pose.xScale;
+        yScale = pose.yScale;
+        alpha = pose.alpha;
+    }
+
     /// Exactly the neutral parent: origin, no turn, unit scales, opaque, white,
     /// pivot at the top-left corner.
     bool isIdentityInfo() const;

@@ -7,11 +7,8 @@
 #include "canvas/objectgraphicsproxy.h"
 #include "model/animation.h"
 #include "model/commands/keycurvecommands.h"
-#include "model/commands/mainlinekeycommands.h"
 #include "model/commands/objectinfocommands.h"
 #include "model/entity.h"
-#include "model/mainlinekey.h"
-#include "model/objectref.h"
 #include "model/object.h"
 #include "model/rigxdata.h"
 #include "model/timeline.h"
@@ -402,35 +399,12 @@ void PropertiesPanel::applyParent(int boneTimeline)
     if (!scene || !animation || selection.isEmpty())
         return;
     const QScopedValueRollback<bool> guard(mUpdating, true);
-    if (boneTimeline >= 0) {
-        // The canvas's own re-parenting, as the B gesture does it.
-        scene->setSelectedProxies(selection);
+    // The canvas's own re-parenting, as the B gesture does it.
+    scene->setSelectedProxies(selection);
+    if (boneTimeline >= 0)
         scene->reparentSelection(scene->instTimelineProxyFromIndex(boneTimeline));
-    } else {
-        // Off every bone: the key takes the pose it shows.
-        const int time = mSession->currentTime();
-        scene->startUndoWithSelection(tr("parent removed"));
-        for (ObjectGraphicsProxy *proxy : selection) {
-            if (!proxy->parentProxy())
-                continue;
-            const DisplayInfo world = proxy->displayInfo();
-            scene->createUndoForSprite(proxy);
-            Timeline *timeline = animation->timeline(proxy->timelineIndex());
-            MainlineKey *mainline = animation->mainlineKeyAtExactTime(time);
-            ObjectRef *ref = mainline && timeline ? mainline->refFromTimeline(timeline) : nullptr;
-            if (!ref || !ref->key())
-                continue;
-            DisplayInfo info = ref->key()->info();
-            info.x = world.x;
-            info.y = world.y;
-            info.angle = world.angle;
-            info.xScale = world.xScale;
-            info.yScale = world.yScale;
-            info.alpha = world.alpha;
-            RigxData::pushUndo(mSession->document(), new ChangeParentingCommand(ref, nullptr, info));
-        }
-        scene->endUndoWithSelection(false, false, true);
-    }
+    else
+        scene->unparentSelection(tr("parent removed"));
     refresh();
 }
 
