@@ -692,16 +692,7 @@ void Animation::repointRefsToKeysInForce(const QHash<const ObjectRef *, Timeline
                 continue;
             // A key that moved away leaves its former mainline key showing
             // the key in force there.
-            int lo = 0;
-            int hi = tl->keyCount();
-            while (lo < hi) {
-                const int mid = lo + (hi - lo) / 2;
-                if (tl->key(mid)->time(true) <= t)
-                    lo = mid + 1;
-                else
-                    hi = mid;
-            }
-            TimelineKey *inForce = tl->key(lo > 0 ? lo - 1 : 0);
+            TimelineKey *inForce = tl->keyInForce(t);
             if (inForce && inForce != k)
                 r->setKey(inForce);
         }

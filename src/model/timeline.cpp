@@ -91,6 +91,19 @@ int Timeline::lowerBound(int time) const
     return int(it - mKeys.begin());
 }
 
+int Timeline::upperBound(int time) const
+{
+    const auto it = std::upper_bound(mKeys.begin(), mKeys.end(), time,
+                                     [](int t, const auto &k) { return t < k->time(true); });
+    return int(it - mKeys.begin());
+}
+
+TimelineKey *Timeline::keyInForce(int time) const
+{
+    const int after = upperBound(time);
+    return key(after > 0 ? after - 1 : 0);
+}
+
 int Timeline::indexOfKey(const TimelineKey *key) const
 {
     if (!key || key->parentItem() != this)

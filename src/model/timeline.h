@@ -103,6 +103,11 @@ public:
     /// A detached key holding the state at `time`: spatial and sub-entity data
     /// blended, everything else from the key in force. A default key without keys.
     TimelineKey keyFromTime(int time) const;
+    /// How many keys stand at or before `time` (times cached when detached).
+    int upperBound(int time) const;
+    /// The key in force at `time`: the last one at or before it, else the
+    /// first; null without keys.
+    TimelineKey *keyInForce(int time) const;
     /// The blended local spatial state at `time`; a default one without keys.
     DisplayInfo displayInfoFromTime(int time) const;
 

@@ -186,15 +186,7 @@ Animation *DragPreview::build(const Animation *animation, int timeMs)
             }
         } else if (tl->keyCount() > 0) {
             // Nothing moves here: halve the keys' own times.
-            int lo = 0;
-            int hi = tl->keyCount();
-            while (lo < hi) {
-                const int mid = lo + (hi - lo) / 2;
-                if (tl->key(mid)->time(true) <= timeMs)
-                    lo = mid + 1;
-                else
-                    hi = mid;
-            }
+            const int lo = tl->upperBound(timeMs);
             for (const int k : {0, lo - 1, lo, tl->keyCount() - 1}) {
                 if (k >= 0 && k < tl->keyCount())
                     keys.push_back({k, tl->key(k)->time(true), false});

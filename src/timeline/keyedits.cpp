@@ -71,20 +71,6 @@ private:
     QUndoStack *mStack;
 };
 
-// The key of `tl` in force at `time`: the last one at or before it, else the first.
-TimelineKey *keyInForce(const Timeline *tl, int time)
-{
-    int lo = 0;
-    int hi = tl->keyCount();
-    while (lo < hi) {
-        const int mid = lo + (hi - lo) / 2;
-        if (tl->key(mid)->time(true) <= time)
-            lo = mid + 1;
-        else
-            hi = mid;
-    }
-    return tl->key(lo > 0 ? lo - 1 : 0);
-}
 
 // Deletes mainline keys (with their timeline keys) and timeline keys; the
 // references of the remaining mainline keys that showed a deleted key show
@@ -116,7 +102,7 @@ void removeKeys(Animation *anim, const QSet<MainlineKey *> &mainKeys,
         anim->deleteMainlineKey(mk, true);
     for (const auto &[ref, tl] : orphans) {
         if (tl && tl->keyCount() > 0)
-            ref->setKey(keyInForce(tl, ref->parentMainlineKey()->currentTime()));
+            ref->setKey(tl->keyInForce(ref->parentMainlineKey()->currentTime()));
     }
 }
 
